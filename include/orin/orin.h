@@ -1,0 +1,10 @@
+/* orin.h: every interface of ORIN SSE2.
+ * SPDX-License-Identifier: MIT
+ */
+#ifndef ORIN_ORIN_H
+#define ORIN_ORIN_H
+
+#include "orin/service.h"
+#include "orin/vector_math.h"
+
+#endif

@@ -1,0 +1,183 @@
+/* vector_math.h: elementwise functions over arrays, in three accuracy grades.
+ * SPDX-License-Identifier: MIT
+ *
+ * Names        _kor<t><Function><grade>; <t> is s float, d double, c complex float, z complex double.
+ * Grades       (none) and _HA  high accuracy: error below 1 ulp
+ *              _50 (d, z) _21 (s, c)  low accuracy: relative error at most 2^-50, 2^-21
+ *              _26 (d, z) _11 (s, c)  enhanced performance: relative error at most 2^-26, 2^-11
+ *              The measured worst error of every function and grade stands in docs/accuracy.md.
+ * Arrays       n elements each, n > 0, aligned to 4 bytes (doubles too). A result array may be any argument array;
+ *              otherwise they must not overlap. n <= 0 reports status -1, a null array -2; then nothing is read or
+ *              written.
+ * Results      the bits of an element depend on that element's arguments alone: not on n, on its place, on its
+ *              neighbours, on alignment, nor on the caller's rounding mode. Special arguments as in C Annex F and G.
+ * Errors       are kept per thread: see korErrStatus below. A kernel goes on after an error.
+ * Threads      every function may be called from any thread; mode, status and callback belong to the calling thread.
+ */
+#ifndef ORIN_VECTOR_MATH_H
+#define ORIN_VECTOR_MATH_H
+
+#include "orin/abi.h"
+
+ORIN_BEGIN_DECLS
+
+typedef struct {
+  float re, im;
+} KorComplex8;
+
+typedef struct {
+  double re, im;
+} KorComplex16;
+
+/* --- Mode word ------------------------------------------------------------------------------------------------------
+ * One 32-bit word per thread. A thread's word starts from the environment variable ORIN_KOR_MODE, a list of keywords
+ * such as KOR_EP,KOR_ERRMODE_IGNORE (the names below without the module's prefix), or else as KOR_MODE_DEFAULT.
+ */
+enum {
+  KOR_LA = 0x1, /* accuracy field, mask 0xF */
+  KOR_HA = 0x2,
+  KOR_EP = 0x3,
+  KOR_ACCURACY_MASK = 0xF,
+
+  KOR_DEFAULT_PRECISION = 0x00, /* x87 precision request, mask 0xF0: carried only, set by the environment alone */
+  KOR_FLOAT_CONSISTENT = 0x10,
+  KOR_DOUBLE_CONSISTENT = 0x20,
+  KOR_RESTORE = 0x30,
+  KOR_FPUMODE_MASK = 0xF0,
+
+  KOR_ERRMODE_IGNORE = 0x100, /* error mode, a set of bits, mask 0xFF00; IGNORE acts only when it stands alone */
+  KOR_ERRMODE_ERRNO = 0x200,
+  KOR_ERRMODE_STDERR = 0x400, /* prints a report on standard output */
+  KOR_ERRMODE_EXCEPT = 0x800, /* raises the floating-point exception */
+  KOR_ERRMODE_CALLBACK = 0x1000,
+  KOR_ERRMODE_DEFAULT = KOR_ERRMODE_ERRNO | KOR_ERRMODE_EXCEPT | KOR_ERRMODE_CALLBACK,
+  KOR_ERRMODE_MASK = 0xFF00,
+
+  KOR_FTZDAZ_ON = 0x280000, /* subnormal arguments and results as zero */
+  KOR_FTZDAZ_OFF = 0x140000,
+  KOR_FTZDAZ_MASK = 0x3C0000,
+
+  KOR_MODE_DEFAULT = KOR_ERRMODE_DEFAULT | KOR_HA
+};
+
+/* The calling thread's mode word. */
+ORIN_API uint32_t ORIN_CALL _korGetMode(void);
+ORIN_API uint32_t ORIN_CALL orin_kor_kernel_GetMode(void);
+
+/* Replaces the accuracy, error-mode and flush-to-zero fields that are non-zero in newMode, keeps everything else, and
+ * returns the previous word. A field cannot be set to 0. */
+ORIN_API uint32_t ORIN_CALL _korSetMode(uint32_t newMode);
+ORIN_API uint32_t ORIN_CALL orin_kor_kernel_SetMode(uint32_t newMode);
+
+/* Index into a function's kernel table (below) for the thread's mode, and for a given mode: accuracy - 1, so -1 for a
+ * mode without an accuracy, which is not an index. */
+ORIN_API int32_t ORIN_CALL orin_kor_kernel_GetTTableIndex(void);
+ORIN_API int32_t ORIN_CALL orin_kor_kernel_GetTTableIndexM(uint32_t ignored, uint32_t mode);
+
+/* Tells that the next calls of this thread work on pieces of the vector at `base`: reports then give the index in the
+ * whole first argument vector. Null ends it. Returns `base`. */
+ORIN_API const void* ORIN_CALL _korSetInterfInputVectorPointer(const void* base);
+ORIN_API const void* ORIN_CALL orin_kor_kernel_SetInterfInputVectorPointer(const void* base);
+
+/* --- Errors ---------------------------------------------------------------------------------------------------------
+ * The status of the last report of a thread stays until it is set or cleared.
+ */
+enum {
+  KOR_STATUS_OK = 0,
+  KOR_STATUS_BADSIZE = -1, /* n is not positive */
+  KOR_STATUS_BADMEM = -2,  /* an array is null */
+  KOR_STATUS_ERRDOM = 1,   /* argument out of domain */
+  KOR_STATUS_SING = 2,     /* pole */
+  KOR_STATUS_OVERFLOW = 3, /* finite arguments, the result overflows */
+  KOR_STATUS_UNDERFLOW = 4 /* the non-zero result is subnormal or rounds to zero */
+};
+
+/* What a report says of one element. The callback may change the result fields; they are written back when it returns
+ * 0. Doubles stand at multiples of 8 bytes. */
+typedef struct {
+  int32_t status;
+  int32_t index;     /* element index; n for KOR_STATUS_BADSIZE */
+  double a1, a2;     /* argument elements (real parts) */
+  double r1, r2;     /* result elements (real parts) */
+  char funcName[64]; /* "vdExp"; ended by a NUL */
+  int32_t funcNameLen;
+  int32_t reserved;
+  double a1Im, a2Im; /* imaginary parts, complex types only */
+  double r1Im, r2Im;
+} KorErrorContext;
+
+/* Returns non-zero when the error is handled: nothing more is done then, and the kernel's result stays. */
+typedef int32_t(ORIN_CALL* KorErrorCallBack)(KorErrorContext* context);
+
+ORIN_API int32_t ORIN_CALL _korSetErrStatus(int32_t status); /* returns the previous status, as the next but one */
+ORIN_API int32_t ORIN_CALL _korGetErrStatus(void);
+ORIN_API int32_t ORIN_CALL _korClearErrStatus(void);
+ORIN_API int32_t ORIN_CALL orin_kor_kernel_SetErrStatus(int32_t status);
+ORIN_API int32_t ORIN_CALL orin_kor_kernel_GetErrStatus(void);
+ORIN_API int32_t ORIN_CALL orin_kor_kernel_ClearErrStatus(void);
+
+/* Stores the callback (null: none), sets or clears KOR_ERRMODE_CALLBACK in the mode word (it stays set where it is the
+ * only error-mode bit) and returns the previous callback. */
+ORIN_API KorErrorCallBack ORIN_CALL _korSetErrorCallBack(KorErrorCallBack callback);
+ORIN_API KorErrorCallBack ORIN_CALL _korGetErrorCallBack(void);
+ORIN_API KorErrorCallBack ORIN_CALL _korClearErrorCallBack(void);
+ORIN_API KorErrorCallBack ORIN_CALL orin_kor_kernel_SetErrorCallBack(KorErrorCallBack callback);
+ORIN_API KorErrorCallBack ORIN_CALL orin_kor_kernel_GetErrorCallBack(void);
+ORIN_API KorErrorCallBack ORIN_CALL orin_kor_kernel_ClearErrorCallBack(void);
+
+/* --- Functions ------------------------------------------------------------------------------------------------------
+ * Beside its entries each function has two writable tables in the index order LA, HA, EP:
+ *   orin_kor_kernel_<t><F>_ttab  the three kernels; an entry calls through it, so a replaced kernel is called
+ *   orin_kor_kernel_<t><F>_ctab  relative cost per element of each (float), directly behind the kernels
+ */
+#define ORIN_KOR_ENTRIES(t, F, LA, EP, PARAMETERS)    \
+  ORIN_API void ORIN_CALL _kor##t##F PARAMETERS;      \
+  ORIN_API void ORIN_CALL _kor##t##F##_HA PARAMETERS; \
+  ORIN_API void ORIN_CALL _kor##t##F##LA PARAMETERS;  \
+  ORIN_API void ORIN_CALL _kor##t##F##EP PARAMETERS;  \
+  ORIN_DATA float orin_kor_kernel_##t##F##_ctab[3];
+#define ORIN_KOR_FUNCTION(t, F, LA, EP, PARAMETERS) \
+  ORIN_KOR_ENTRIES(t, F, LA, EP, PARAMETERS)        \
+  ORIN_DATA void(ORIN_CALL * orin_kor_kernel_##t##F##_ttab[3]) PARAMETERS;
+
+#define ORIN_KOR_REAL_UNARY(F)                                             \
+  ORIN_KOR_FUNCTION(s, F, _21, _11, (int32_t n, const float* a, float* r)) \
+  ORIN_KOR_FUNCTION(d, F, _50, _26, (int32_t n, const double* a, double* r))
+
+/* r = e^a. Status 3 where a finite argument overflows, 4 where the result is subnormal or underflows to +0. */
+ORIN_KOR_REAL_UNARY(Exp)
+
+/* --- Pack and unpack ------------------------------------------------------------------------------------------------
+ * Copies between a contiguous and a strided, indexed or masked vector; exact, nothing is checked or reported. Counts
+ * and increments are taken through their low 32 bits. Kernels have one more argument: 1, as the entries pass it, for
+ * 32-bit counts and int32 masks and indices; any other value for full 64-bit counts and int64 masks and indices.
+ *   PackI    y[i] = a[i * inca]        UnpackI  y[i * incy] = a[i]
+ *   PackV    y[i] = a[ia[i]]           UnpackV  y[iy[i]] = a[i]
+ *   PackM    y[k++] = a[i] where mask[i] is not zero
+ *   UnpackM  y[i] = a[k++] where mask[i] is not zero, other elements of y are left
+ */
+#define ORIN_KOR_PACK_FUNCTION(t, F, LA, EP, ENTRY, KERNEL) \
+  ORIN_KOR_ENTRIES(t, F, LA, EP, ENTRY)                     \
+  ORIN_DATA void(ORIN_CALL * orin_kor_kernel_##t##F##_ttab[3]) KERNEL;
+#define ORIN_KOR_PACK(t, T, LA, EP)                                                              \
+  ORIN_KOR_PACK_FUNCTION(t, PackI, LA, EP, (int64_t n, const T* a, int64_t inca, T* y),          \
+                         (int64_t n, const T* a, int64_t inca, T* y, int32_t indexing))          \
+  ORIN_KOR_PACK_FUNCTION(t, PackM, LA, EP, (int64_t n, const T* a, const int32_t* mask, T* y),   \
+                         (int64_t n, const T* a, const void* mask, T* y, int32_t indexing))      \
+  ORIN_KOR_PACK_FUNCTION(t, PackV, LA, EP, (int64_t n, const T* a, const int32_t* ia, T* y),     \
+                         (int64_t n, const T* a, const void* ia, T* y, int32_t indexing))        \
+  ORIN_KOR_PACK_FUNCTION(t, UnpackI, LA, EP, (int64_t n, const T* a, T* y, int64_t incy),        \
+                         (int64_t n, const T* a, T* y, int64_t incy, int32_t indexing))          \
+  ORIN_KOR_PACK_FUNCTION(t, UnpackM, LA, EP, (int64_t n, const T* a, T* y, const int32_t* mask), \
+                         (int64_t n, const T* a, T* y, const void* mask, int32_t indexing))      \
+  ORIN_KOR_PACK_FUNCTION(t, UnpackV, LA, EP, (int64_t n, const T* a, T* y, const int32_t* iy),   \
+                         (int64_t n, const T* a, T* y, const void* iy, int32_t indexing))
+
+ORIN_KOR_PACK(s, float, _21, _11)
+ORIN_KOR_PACK(d, double, _50, _26)
+ORIN_KOR_PACK(c, KorComplex8, _21, _11)
+ORIN_KOR_PACK(z, KorComplex16, _50, _26)
+
+ORIN_END_DECLS
+
+#endif
