@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# setup: installs the Debian packages that the builds, tests, benchmarks and tools need, as far as they are missing.
+# SPDX-License-Identifier: MIT
+set -euo pipefail
+
+compilers=(g++ clang cmake ninja-build ccache g++-mingw-w64-i686-posix g++-mingw-w64-i686-win32)
+tests=(googletest libeigen3-dev libmpfr-dev)
+wine=(wine wine32:i386)
+
+missing() {
+  local package
+  for package in "$@"; do
+    dpkg-query -W -f '${Status}\n' "$package" 2> /dev/null | grep -q '^install ok installed$' || echo "$package"
+  done
+}
+
+# Output of a quiet command is shown when it fails.
+quietly() {
+  local log
+  log=$(mktemp)
+  "$@" > "$log" 2>&1 || { cat "$log" >&2; rm -f "$log"; return 1; }
+  rm -f "$log"
+}
+
+as_root() { if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi; }
+apt() { as_root env DEBIAN_FRONTEND=noninteractive apt-get "$@"; }
+
+mapfile -t wanted < <(missing "${compilers[@]}" "${tests[@]}")
+mapfile -t wanted_wine < <(missing "${wine[@]}")
+if [ ${#wanted[@]} -eq 0 ] && [ ${#wanted_wine[@]} -eq 0 ]; then exit 0; fi
+echo "Installing ${wanted[*]} ${wanted_wine[*]}"
+
+quietly apt update || true
+if [ ${#wanted[@]} -gt 0 ]; then quietly apt install -y --no-install-recommends "${wanted[@]}"; fi
+
+# 32-bit Wine needs i386 libraries of the very versions of the installed amd64 ones. Where the i386 index of the security
+# archive cannot be read, installed security updates have no i386 twin: that archive is set aside for this one
+# installation, and apt may go back to the release's versions.
+if [ ${#wanted_wine[@]} -gt 0 ]; then
+  as_root dpkg --add-architecture i386
+  quietly apt update || true
+  if ! quietly apt install -y --no-install-recommends "${wanted_wine[@]}" 2> /dev/null; then
+    preferences=$(mktemp)
+    trap 'rm -f "$preferences"' EXIT
+    chmod 644 "$preferences"
+    printf 'Package: *\nPin: release l=Debian-Security\nPin-Priority: -1\n' > "$preferences"
+    quietly apt -o "Dir::Etc::preferences=$preferences" install -y --allow-downgrades --no-install-recommends \
+      "${wanted_wine[@]}"
+  fi
+fi
