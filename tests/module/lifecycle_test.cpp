@@ -1,0 +1,79 @@
+// lifecycle_test: loading, unloading and threads leave nothing behind.
+// SPDX-License-Identifier: MIT
+#include <cstdint>
+
+#include "orin/vector_math.h"
+#include "tests/module/module.h"
+#include "tests/support/threads.h"
+
+#if defined(_WIN32)
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+#include <vector>
+#else
+#include <malloc.h>
+#endif
+
+namespace {
+
+#if defined(_WIN32)
+
+// Busy blocks of all heaps of the process.
+long live_blocks() {
+  HANDLE heaps[64];
+  const DWORD count = GetProcessHeaps(64, heaps);
+  long busy = 0;
+  for (DWORD i = 0; i < count; ++i) {
+    PROCESS_HEAP_ENTRY entry{};
+    while (HeapWalk(heaps[i], &entry)) busy += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
+  }
+  return busy;
+}
+
+#else
+
+long live_blocks() { return static_cast<long>(mallinfo2().uordblks / 32); }
+
+#endif
+
+// More often than a process has thread-local slots.
+TEST(Lifecycle, ManyLoadsAndUnloads) {
+  long after_ten = 0;
+  for (int i = 0; i < 1200; ++i) {
+    const process::Library library = process::load(module_path());
+    ASSERT_NE(library, nullptr) << "load " << i;
+    auto* get_mode = reinterpret_cast<uint32_t(ORIN_CALL*)()>(process::symbol(library, "_korGetMode"));
+    ASSERT_EQ(get_mode(), 0x1A02u);
+    process::unload(library);
+    if (i == 10) after_ten = live_blocks();
+  }
+  EXPECT_LT(live_blocks() - after_ten, 100);
+}
+
+TEST(Lifecycle, ThousandsOfThreadsLeakNothing) {
+  const process::Library library = process::load(module_path());
+  ASSERT_NE(library, nullptr);
+  auto* set_mode = reinterpret_cast<uint32_t(ORIN_CALL*)(uint32_t)>(process::symbol(library, "_korSetMode"));
+  const auto batch = [&] { run_threads(20, [&](int) { set_mode(KOR_EP); }); };
+  batch();
+  const long before = live_blocks();
+  for (int i = 0; i < 150; ++i) batch();
+  EXPECT_LT(live_blocks() - before, 100);
+  process::unload(library);
+}
+
+// A thread that outlives the module: its record went with the heap, and its end must not reach into unloaded code.
+TEST(Lifecycle, UnloadUnderALivingThread) {
+  const process::Library library = process::load(module_path());
+  ASSERT_NE(library, nullptr);
+  auto* get_mode = reinterpret_cast<uint32_t(ORIN_CALL*)()>(process::symbol(library, "_korGetMode"));
+  uint32_t word = 0;
+  run_threads(1, [&](int) {
+    word = get_mode();
+    process::unload(library);
+  });
+  EXPECT_EQ(word, 0x1A02u);
+}
+
+}  // namespace
