@@ -6,7 +6,7 @@
 #include "symmetric_eigen.h"
 #include "triangular.h"
 
-#include <cmath>
+#include <limits>
 
 namespace orin::sequential {
 namespace {
@@ -50,8 +50,9 @@ std::int32_t trtri(const char* uplo, const char* diag, std::int32_t n, T* a, std
 // A size as a floating-point number that does not fall below it.
 template <class T>
 T size_as(std::int64_t size) noexcept {
-  const T value = static_cast<T>(size);
-  return static_cast<std::int64_t>(value) < size ? std::nextafter(value, std::numeric_limits<T>::infinity()) : value;
+  return static_cast<std::int64_t>(static_cast<T>(size)) < size
+             ? static_cast<T>(size) * (T(1) + std::numeric_limits<T>::epsilon())
+             : static_cast<T>(size);
 }
 
 template <class T>

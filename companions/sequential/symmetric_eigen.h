@@ -36,12 +36,14 @@ struct LowerColumns {
   T* operator[](Index j) const noexcept { return data + j * step - (packed ? j * (j - 1) / 2 : 0); }
 };
 
+// Largest elements between these are safe: squares do not overflow, and an off-diagonal whose square underflows is
+// below epsilon^2 times the largest.
 template <class T>
-struct ScaleLimits {
+struct Range {
   static constexpr T epsilon = std::numeric_limits<T>::epsilon() / 2;
-  static constexpr T safe = std::numeric_limits<T>::min();
-  static T least() noexcept { return Eigen::numext::sqrt(safe / std::numeric_limits<T>::epsilon()); }
-  static T most() noexcept { return T(1) / least(); }
+  static constexpr T tiny = std::numeric_limits<T>::min();
+  static T least() noexcept { return Eigen::numext::sqrt(tiny) / (epsilon * epsilon); }
+  static T most() noexcept { return T(0.25) / Eigen::numext::sqrt(tiny); }
 };
 
 // sqrt(x^2 + y^2) without overflow or harmful underflow.
@@ -63,8 +65,9 @@ T safe_scale(Index order, LowerColumns<T> a) noexcept {
       test += a[j][i] * T(0);  // NaN once an element is not finite
     }
   if (test != 0) return 0;
-  if (largest > ScaleLimits<T>::most()) return ScaleLimits<T>::most() / largest;
-  return largest > 0 && largest < ScaleLimits<T>::least() ? ScaleLimits<T>::least() / largest : T(1);
+  if (largest > Range<T>::most()) return Range<T>::most() / largest;
+  if (largest == 0 || largest >= Range<T>::least()) return 1;
+  return largest < Range<T>::tiny ? 1 / Range<T>::tiny : Range<T>::least() / largest;
 }
 
 // Makes x the vector v of a reflection I - tau v v' that turns x into (value, 0, ...); v[0] = 1. Returns tau.
@@ -197,10 +200,10 @@ void sweep(Index order, T* d, T* e, Index step, T* rotations) noexcept {
 // left over.
 template <class T>
 Index diagonalise(Index order, T* d, T* e, T* q, Index leading, T* rotations) noexcept {
-  const T tolerance = ScaleLimits<T>::epsilon * ScaleLimits<T>::epsilon;
+  const T tolerance = Range<T>::epsilon * Range<T>::epsilon;
   const auto negligible = [=](Index i) {
     const T size = std::fabs(e[i]);
-    return size * size <= tolerance * std::fabs(d[i]) * std::fabs(d[i + 1]) + ScaleLimits<T>::safe;
+    return size * size <= tolerance * std::fabs(d[i]) * std::fabs(d[i + 1]) + Range<T>::tiny;
   };
   Index last = order - 1, sweeps = 0;
   while (last > 0) {

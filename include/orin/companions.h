@@ -38,20 +38,21 @@ ORIN_API void ORIN_CALL orin_serv_deallocate(void* block);
  * compilers append for character arguments are neither needed nor looked at. `d` entries work in double, `s` entries in
  * single precision; both come from the same source.
  *
- * Flags       first character, either case. 'C' means 'T'.
- * Arrays      need an alignment of 4 bytes. Output arrays must not overlap others.
- * Increments  of vectors are not 0; a negative one runs through the vector from its far end.
- * Bad call    level 2 and 3 (orin_blas_): nothing is read or written beyond the arguments themselves. orin_lapack_:
- *             *info = -i, i being the first bad argument in the order of the routine's checks, and nothing else
- * happens. Zero        alpha = 0 or an inner size of 0: the matrices on the right are not read. beta = 0: the result is
- * written without being read, so that it may start out as anything, NaN included. Rounding    each element is a chain
- * of products added in order of the inner index, in runs of 256; the chain does not depend on the other sizes, the
- * leading dimensions, the alignment, the processor or the target, so that a matrix product gives the same bits
- * everywhere. The error is within the textbook bound k * 2^-53 * |A| |B| (2^-24 for float) for an inner size of k.
- * Memory      matrix products with more than about 32 KB of packed panels take work memory for the time of the call; if
- * there is none to be had they go on with what fits on the stack and give the same result. No call can fail for want of
- * memory. Source      Dongarra et al., ACM TOMS 14 (1988) and 16 (1990) for levels 2 and 3; Anderson et al., LAPACK
- * Users' Guide, 3rd ed. (1999). */
+ * Flags       First character, either case; 'C' means 'T'.
+ * Arrays      An alignment of 4 bytes is enough. Output arrays must not overlap others.
+ * Increments  Of vectors: not 0; a negative one runs through the memory from its far end.
+ * Bad call    orin_blas_: returns without touching any array. orin_lapack_: *info = -i, i being the first bad argument
+ *             in the order of the routine's checks, and no matrix is touched.
+ * Zero        alpha = 0 or an inner size of 0: the factors are not read. beta = 0: the result is written without being
+ *             read, so it may start out as anything, NaN included.
+ * Rounding    Every element of a matrix product is a sum in order of the inner index, in runs of 256. It depends on no
+ *             other size, on no leading dimension, alignment or processor: gemm and syrk give the same bits everywhere.
+ *             The error of an inner product of size k is within (k + 2) u times the product of the absolute values,
+ *             u = 2^-53 in double and 2^-24 in single precision.
+ * Memory      Matrix products beyond 32 KB of packed panels take work memory for the time of the call. Where there is
+ *             none left they go on with panels on the stack and give the same result: no call fails for want of memory.
+ * Source      Dongarra, Du Croz, Hammarling, Hanson: ACM TOMS 14 (1988); Dongarra, Du Croz, Duff, Hammarling: ACM TOMS
+ *             16 (1990); Anderson et al.: LAPACK Users' Guide, 3rd edition (1999). */
 
 /* C := alpha op(A) op(B) + beta C; op(A) is m x k, op(B) k x n; trans 'N': op(X) = X, 'T' or 'C': its transpose. */
 ORIN_API void ORIN_CALL orin_blas_dgemm(const char* transa, const char* transb, const int32_t* m, const int32_t* n,
