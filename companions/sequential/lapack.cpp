@@ -47,12 +47,13 @@ std::int32_t trtri(const char* uplo, const char* diag, std::int32_t n, T* a, std
   return 0;
 }
 
-// A size as a floating-point number that does not fall below it.
+// A size as the nearest number of type T that does not fall below it. Sizes are computed in double, which holds all
+// that can be met: their 64-bit integers would go through the x87 on the 32-bit target, and there keep more bits than T
+// has.
 template <class T>
-T size_as(std::int64_t size) noexcept {
-  return static_cast<std::int64_t>(static_cast<T>(size)) < size
-             ? static_cast<T>(size) * (T(1) + std::numeric_limits<T>::epsilon())
-             : static_cast<T>(size);
+T size_as(double size) noexcept {
+  const T value = static_cast<T>(size);
+  return value < size ? value * (T(1) + std::numeric_limits<T>::epsilon()) : value;
 }
 
 template <class T>
@@ -62,7 +63,7 @@ std::int32_t syev(const char* jobz, const char* uplo, std::int32_t n, T* a, std:
   if (const std::int32_t bad =
           first_bad({{1, vectors || is(jobz, 'N')}, {2, is_triangle(uplo)}, {3, n >= 0}, {5, holds(lda, n)}}))
     return -bad;
-  const std::int64_t least = std::max<std::int64_t>(1, 3 * std::int64_t(n) - 1);
+  const double least = std::max(1.0, 3.0 * n - 1);
   work[0] = size_as<T>(least);
   if (lwork == -1) return 0;
   if (lwork < least) return -8;
@@ -93,11 +94,11 @@ std::int32_t spevd(const char* jobz, const char* uplo, std::int32_t n, T* ap, T*
   if (const std::int32_t bad = first_bad(
           {{1, vectors || is(jobz, 'N')}, {2, is_triangle(uplo)}, {3, n >= 0}, {7, holds(ldz, vectors ? n : 1)}}))
     return -bad;
-  const std::int64_t order = n;
-  const std::int64_t least = n < 2 ? 1 : vectors ? 1 + 6 * order + order * order : 2 * order;
-  const std::int64_t least_integers = n < 2 || !vectors ? 1 : 3 + 5 * order;
+  const double order = n;
+  const double least = n < 2 ? 1 : vectors ? 1 + 6 * order + order * order : 2 * order;
+  const double least_integers = n < 2 || !vectors ? 1 : 3 + 5 * order;
   work[0] = size_as<T>(least);
-  iwork[0] = static_cast<std::int32_t>(std::min<std::int64_t>(least_integers, INT32_MAX));
+  iwork[0] = static_cast<std::int32_t>(std::min<double>(least_integers, INT32_MAX));
   if (lwork == -1 || liwork == -1) return 0;
   if (lwork < least) return -9;
   if (liwork < least_integers) return -11;
