@@ -1,0 +1,217 @@
+// product: C := alpha A B + beta C, whole or one triangle, the one routine in which the time of all others goes.
+// SPDX-License-Identifier: MIT
+//
+// Method    C is cut into tiles of a few registers. Panels of A and B are packed so that a tile reads both in order; B
+//           is packed with each element repeated over a packet, so that the inner loop is nothing but load, multiply,
+//           add. Eigen's packets do the arithmetic; its own blocked product is not used: it loads and spreads B in the
+//           inner loop, takes its panels from the heap, and its sums depend on the place of an element in the matrix.
+// Blocking  inner index in runs of `depth_block`, rows of A in `row_block` (the panel stays in the second-level cache),
+//           columns of B in `column_block`. Constants, not queries: the same bits on every processor.
+// Rounding  an element gets  beta c + alpha s1,  then  + alpha s2 ...,  s being the sum over one run in order of the
+//           inner index. Neither tile size nor blocking of rows and columns enters.
+// Memory    panels of small products live on the stack; so do those of large ones when the heap has no memory left.
+// Bound by  two multiplications and two additions per cycle; in the 32-bit build a tile is 1 packet x 4 columns (eight
+//           registers), in the 64-bit build 2 x 4.
+// Source    Goto, van de Geijn: Anatomy of high-performance matrix multiplication, ACM TOMS 34 (2008).
+#ifndef ORIN_COMPANIONS_SEQUENTIAL_PRODUCT_H
+#define ORIN_COMPANIONS_SEQUENTIAL_PRODUCT_H
+
+#include "../core/aligned_memory.h"
+#include "packets.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace orin::sequential {
+
+// Which elements of the result are computed; the others are neither read nor written.
+enum class Part { all, lower, upper };
+
+inline constexpr Part transposed(Part part) noexcept {
+  return part == Part::all ? Part::all : part == Part::lower ? Part::upper : Part::lower;
+}
+
+template <class T>
+struct Tile {
+  static constexpr Index packets = sizeof(void*) == 8 ? 2 : 1;
+  static constexpr Index rows = packets * lanes<T>;
+  static constexpr Index columns = 4;
+  alignas(16) T sums[columns][rows];
+};
+
+inline constexpr Index depth_block = 256;
+
+inline constexpr Index round_down(Index value, Index unit) noexcept { return value / unit * unit; }
+inline constexpr Index round_up(Index value, Index unit) noexcept { return round_down(value + unit - 1, unit); }
+
+// C may be the same matrix as one of the factors if the other factor is a square of at most this order: then one panel
+// holds all of that square, and no part of C is stored before it has been packed.
+inline constexpr Index in_place_order = 32;
+
+// Room for packed panels of A (row_block x depth) and B (depth x column_block), sized for the product at hand.
+template <class T>
+class Panels {
+ public:
+  Panels(Index rows, Index columns, Index depth, bool may_allocate) noexcept {
+    const Index run = std::min(depth, depth_block);
+    row_block_ = round_up(std::min(rows, most_rows), Tile<T>::rows);
+    column_block_ = round_up(std::min(columns, most_columns), Tile<T>::columns);
+    const std::size_t count = static_cast<std::size_t>((row_block_ + column_block_ * lanes<T>)*run);
+    if (count > std::size(stack_) && may_allocate)
+      heap_ = static_cast<T*>(core::allocate_aligned(count * sizeof(T), 64));
+    if (count > std::size(stack_) && heap_ == nullptr) {
+      row_block_ = std::min(row_block_, round_down(half_stack / run, Tile<T>::rows));
+      column_block_ = std::min(column_block_, round_down(half_stack / (run * lanes<T>), Tile<T>::columns));
+    }
+    b_ = heap_ != nullptr ? heap_ : stack_;
+    a_ = b_ + column_block_ * lanes<T> * run;
+  }
+  ~Panels() { core::release_aligned(heap_); }
+  Panels(const Panels&) = delete;
+  Panels& operator=(const Panels&) = delete;
+
+  T* a() const noexcept { return a_; }
+  T* b() const noexcept { return b_; }
+  Index row_block() const noexcept { return row_block_; }
+  Index column_block() const noexcept { return column_block_; }
+
+ private:
+  static constexpr Index most_rows = 96, most_columns = 128, half_stack = 16384 / sizeof(T);
+  static_assert(half_stack / depth_block >= Tile<T>::rows && half_stack / (depth_block * lanes<T>) >= Tile<T>::columns);
+  static_assert(half_stack / (in_place_order * lanes<T>) >= in_place_order && most_columns >= in_place_order);
+
+  Index row_block_, column_block_;
+  T* a_;
+  T* b_;
+  T* heap_ = nullptr;
+  alignas(16) T stack_[2 * half_stack];
+};
+
+// Slivers of Tile::rows rows, each stored depth-major; rows beyond the matrix are zero.
+template <class T>
+void pack_rows(MatrixView<const T> a, Index rows, Index depth, T* out) noexcept {
+  constexpr Index height = Tile<T>::rows;
+  for (Index i = 0; i < rows; i += height) {
+    const Index live = std::min(height, rows - i);
+    const bool whole_packets = live == height && a.row_step == 1;
+    for (Index p = 0; p < depth; ++p, out += height) {
+      const T* from = &a(i, p);
+      if (whole_packets)
+        for (Index r = 0; r < height; r += lanes<T>) store_aligned(out + r, load(from + r));
+      else
+        for (Index r = 0; r < height; ++r) out[r] = r < live ? from[r * a.row_step] : T(0);
+    }
+  }
+}
+
+// Slivers of Tile::columns columns, each stored depth-major with every element repeated over a packet.
+template <class T>
+void pack_columns(MatrixView<const T> b, Index columns, Index depth, T* out) noexcept {
+  constexpr Index width = Tile<T>::columns;
+  for (Index j = 0; j < columns; j += width) {
+    const Index live = std::min(width, columns - j);
+    for (Index p = 0; p < depth; ++p) {
+      const T* from = &b(p, j);
+      for (Index c = 0; c < width; ++c, out += lanes<T>)
+        store_aligned(out, spread(c < live ? from[c * b.column_step] : T(0)));
+    }
+  }
+}
+
+// sums[c][r] = sum over p of a[p][r] b[p][c], in order of p.
+template <class T>
+void multiply_slivers(const T* a, const T* b, Index depth, Tile<T>& tile) noexcept {
+  constexpr int packets = Tile<T>::packets, columns = Tile<T>::columns;
+  Packet<T> sums[columns][packets];
+#pragma GCC unroll 4
+  for (int c = 0; c < columns; ++c)
+#pragma GCC unroll 4
+    for (int r = 0; r < packets; ++r) sums[c][r] = spread(T(0));
+  for (Index p = 0; p < depth; ++p) {
+#pragma GCC unroll 4
+    for (int c = 0; c < columns; ++c) {
+      const auto factor = load_aligned(b + c * lanes<T>);
+#pragma GCC unroll 4
+      for (int r = 0; r < packets; ++r) sums[c][r] = padd(sums[c][r], pmul(load_aligned(a + r * lanes<T>), factor));
+    }
+    a += Tile<T>::rows;
+    b += columns * lanes<T>;
+  }
+#pragma GCC unroll 4
+  for (int c = 0; c < columns; ++c)
+#pragma GCC unroll 4
+    for (int r = 0; r < packets; ++r) store_aligned(&tile.sums[c][r * lanes<T>], sums[c][r]);
+}
+
+// c := beta c + alpha sums, c not being read where beta is 0; rows [from, to) of one column.
+template <class T>
+void merge_column(const T* sums, Index from, Index to, T alpha, T beta, T* c, Index step) noexcept {
+  if (from == 0 && to == Tile<T>::rows && step == 1) {
+    for (Index r = 0; r < Tile<T>::rows; r += lanes<T>) {
+      auto value = pmul(spread(alpha), load_aligned(sums + r));
+      if (beta != 0) value = padd(pmul(spread(beta), load(c + r)), value);
+      store(c + r, value);
+    }
+    return;
+  }
+  for (Index r = from; r < to; ++r) {
+    const T value = alpha * sums[r];
+    c[r * step] = beta != 0 ? beta * c[r * step] + value : value;
+  }
+}
+
+// C := beta C on the part, 0 without reading.
+template <class T>
+void scale(Index rows, Index columns, T beta, MatrixView<T> c, Part part) noexcept {
+  if (beta == 1) return;
+  for (Index j = 0; j < columns; ++j) {
+    const Index from = part == Part::lower ? std::min(j, rows) : 0;
+    const Index to = part == Part::upper ? std::min(j + 1, rows) : rows;
+    for (Index i = from; i < to; ++i) c(i, j) = beta != 0 ? beta * c(i, j) : T(0);
+  }
+}
+
+template <class T>
+void product(Index rows, Index columns, Index depth, T alpha, MatrixView<const T> a, MatrixView<const T> b, T beta,
+             MatrixView<T> c, Part part = Part::all, bool may_allocate = true) noexcept {
+  if (rows <= 0 || columns <= 0) return;
+  if (depth <= 0 || alpha == 0) return scale(rows, columns, beta, c, part);
+  if (c.row_step != 1 && c.column_step == 1)  // C' = B' A', so that tiles are stored along the columns of memory
+    return product(columns, rows, depth, alpha, b.transposed(), a.transposed(), beta, c.transposed(), transposed(part),
+                   may_allocate);
+
+  constexpr Index height = Tile<T>::rows, width = Tile<T>::columns;
+  const Panels<T> panels(rows, columns, depth, may_allocate);
+  Tile<T> tile;
+  for (Index j0 = 0; j0 < columns; j0 += panels.column_block()) {
+    const Index block_columns = std::min(panels.column_block(), columns - j0);
+    for (Index p0 = 0; p0 < depth; p0 += depth_block) {
+      const Index run = std::min(depth_block, depth - p0);
+      const T keep = p0 == 0 ? beta : T(1);
+      pack_columns(b.from(p0, j0), block_columns, run, panels.b());
+      for (Index i0 = 0; i0 < rows; i0 += panels.row_block()) {
+        const Index block_rows = std::min(panels.row_block(), rows - i0);
+        if ((part == Part::lower && i0 + block_rows <= j0) || (part == Part::upper && j0 + block_columns <= i0))
+          continue;
+        pack_rows(a.from(i0, p0), block_rows, run, panels.a());
+        for (Index j = 0; j < block_columns; j += width)
+          for (Index i = 0; i < block_rows; i += height) {
+            const Index live_rows = std::min(height, block_rows - i), live_columns = std::min(width, block_columns - j);
+            const Index diagonal = (j0 + j) - (i0 + i);  // tile row that holds the diagonal element of its first column
+            if ((part == Part::lower && live_rows <= diagonal) || (part == Part::upper && diagonal + live_columns <= 0))
+              continue;
+            multiply_slivers(panels.a() + i * run, panels.b() + j * run * lanes<T>, run, tile);
+            for (Index q = 0; q < live_columns; ++q) {
+              const Index from = part == Part::lower ? std::max<Index>(0, diagonal + q) : 0;
+              const Index to = part == Part::upper ? std::min(live_rows, diagonal + q + 1) : live_rows;
+              merge_column(tile.sums[q], from, to, alpha, keep, &c(i0 + i, j0 + j + q), c.row_step);
+            }
+          }
+      }
+    }
+  }
+}
+
+}  // namespace orin::sequential
+
+#endif
