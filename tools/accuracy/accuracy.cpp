@@ -1,0 +1,201 @@
+// accuracy: measures the error of every function and grade against MPFR and writes docs/accuracy.md.
+// SPDX-License-Identifier: MIT
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sstream>
+#include <thread>
+
+#include "tools/accuracy/cases.h"
+#include "tools/accuracy/scan.h"
+
+namespace {
+
+using namespace accuracy;
+using namespace orin::vector_math;
+
+constexpr const char* manual =
+    R"(usage: accuracy [OPTION...] [FUNCTION...]
+
+Measures the error of the functions (all without names: Exp ...) in both precisions and three grades, prints the worst
+of each with its argument, and enters it in docs/accuracy.md. Ends with PASS or FAIL.
+
+  --root DIR      the source tree (default: the current directory)
+  --samples N     double: N sampled arguments (default 50000000)
+  --sampled       single precision too; without it, all 2^32 arguments
+  --threads N     default: as many as the machine has
+  --cases         also write tests/data/vector_math/<name>.cases and digests.txt
+  --digests       only write digests.txt
+)";
+
+struct Options {
+  std::string root = ".";
+  std::int64_t samples = 50'000'000;
+  bool sampled = false, cases = false, digests_only = false;
+  int threads = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+  std::vector<std::string> functions;
+
+  bool wants(const char* function) const {
+    return functions.empty() || std::find(functions.begin(), functions.end(), function) != functions.end();
+  }
+};
+
+std::string format(const char* pattern, auto... values) {
+  char text[300];
+  std::snprintf(text, sizeof text, pattern, values...);
+  return text;
+}
+
+// docs/accuracy.md: a fixed head and one row for each kernel. Rows of functions not measured now are kept.
+class Document {
+ public:
+  explicit Document(std::string path) : path_(std::move(path)) {
+    std::ifstream file(path_);
+    for (std::string line; std::getline(file, line);)
+      if (line.starts_with("| v")) rows_[key(line)] = line;
+  }
+  void enter(const std::string& line) { rows_[key(line)] = line; }
+  void write() const {
+    std::ofstream file(path_);
+    file << R"(# Accuracy
+
+Written by `./run accuracy`; every figure is measured against MPFR. An ulp is the spacing of the numbers at the exact
+result. HA promises a largest error in ulp, LA and EP a largest relative error (one spacing more on subnormal results).
+Single precision is measured over all 2^32 arguments unless the row says otherwise; double over random bit patterns,
+random and evenly spaced arguments of the usual domain, and a climb from the worst of them through their neighbours.
+The same bits come out on Windows and Linux (`tests/data/vector_math/digests.txt`).
+
+| Function | Grade | Bound | Worst error, ulp | at | Worst relative error | at | Arguments |
+|---|---|---|---|---|---|---|---|
+)";
+    const auto write_rows = [&](const auto& functions) {
+      for (const auto& function : functions)
+        for (const char* grade : grade_names)
+          if (const auto row = rows_.find(std::string(function.name) + " " + grade); row != rows_.end())
+            file << row->second << '\n';
+    };
+    write_rows(unary_functions<float>());
+    write_rows(unary_functions<double>());
+  }
+
+ private:
+  static std::string key(const std::string& line) {
+    std::istringstream words(line);
+    std::string bar, name, grade;
+    words >> bar >> name >> bar >> grade;
+    return name + " " + grade;
+  }
+
+  std::string path_;
+  std::map<std::string, std::string> rows_;
+};
+
+// Whether the finding keeps the grade's bound: HA in ulp, the others relative, one spacing more below normal numbers.
+template <class T>
+bool keeps_bound(const UnaryFunction<T>& function, int grade, const ScanResult<T>& result) {
+  if (Grade(grade) == Grade::ha)
+    return result.by_ulp[grade].empty() || result.by_ulp[grade][0].ulp <= function.ha_ulp();
+  if (!result.by_relative[grade].empty() &&
+      result.by_relative[grade][0].relative > function.relative_bound(Grade(grade)))
+    return false;
+  for (const Finding<T>& finding : result.by_ulp[grade]) {
+    Truth truth;
+    truth.set(reference_of(function.function), finding.argument);
+    const T exact = truth.rounded<T>();
+    const bool subnormal = std::isfinite(exact) && !truth.is_normal<T>();
+    const double relative_part = function.relative_bound(Grade(grade)) * static_cast<double>(ordinal(std::fabs(exact)));
+    if (subnormal ? finding.ulp > 1 + relative_part : std::isinf(finding.ulp)) return false;
+  }
+  return true;
+}
+
+template <class T>
+bool measure(const UnaryFunction<T>& function, const Options& options, Document& document) {
+  const auto start = std::chrono::steady_clock::now();
+  const std::int64_t samples = sizeof(T) == 8 || options.sampled ? options.samples : 0;
+  const ScanResult<T> result = scan(function, samples, options.threads);
+  bool pass = true;
+  for (int grade = 0; grade < grades; ++grade) {
+    const bool kept = keeps_bound(function, grade, result);
+    pass &= kept;
+    const Finding<T> none{T(0), 0, 0};
+    const Finding<T> ulp = result.by_ulp[grade].empty() ? none : result.by_ulp[grade][0];
+    const Finding<T> relative = result.by_relative[grade].empty() ? none : result.by_relative[grade][0];
+    const std::string bound = Grade(grade) == Grade::ha
+                                  ? format("%.2f ulp", function.ha_ulp())
+                                  : format("2^%d", std::ilogb(function.relative_bound(Grade(grade))));
+    const std::string arguments = samples == 0 ? "all" : format("%.3g", static_cast<double>(result.arguments));
+    std::printf("%-10s %s  bound %-8s  worst %.4f ulp at %a (%.9g), relative 2^%.2f at %a  %s\n", function.name,
+                grade_names[grade], bound.c_str(), ulp.ulp, static_cast<double>(ulp.argument),
+                static_cast<double>(ulp.argument), std::log2(relative.relative), static_cast<double>(relative.argument),
+                kept ? "kept" : "BROKEN");
+    document.enter(format("| %s | %s | %s | %.4f | `%a` | 2^%.2f | `%a` | %s |", function.name, grade_names[grade],
+                          bound.c_str(), ulp.ulp, static_cast<double>(ulp.argument), std::log2(relative.relative),
+                          static_cast<double>(relative.argument), arguments.c_str()));
+  }
+  if (options.cases) write_cases(function, result, options.root + "/tests/data/vector_math");
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+  std::printf("%-10s     %.4g arguments in %.1f s\n", function.name, static_cast<double>(result.arguments),
+              elapsed.count());
+  return pass;
+}
+
+Options parse(int count, char** words) {
+  Options options;
+  for (int k = 1; k < count; ++k) {
+    const std::string word = words[k];
+    const auto value = [&]() -> std::string {
+      return k + 1 < count ? words[++k] : (std::fputs(manual, stderr), std::exit(2), "");
+    };
+    if (word == "--root")
+      options.root = value();
+    else if (word == "--samples")
+      options.samples = std::max(1LL, std::atoll(value().c_str()));
+    else if (word == "--threads")
+      options.threads = std::max(1, std::atoi(value().c_str()));
+    else if (word == "--sampled")
+      options.sampled = true;
+    else if (word == "--cases")
+      options.cases = true;
+    else if (word == "--digests")
+      options.digests_only = true;
+    else if (word.starts_with("-"))
+      std::fputs(manual, stderr), std::exit(2);
+    else
+      options.functions.push_back(word);
+  }
+  return options;
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  const Options options = parse(count, words);
+  const std::string data = options.root + "/tests/data/vector_math";
+  if (options.digests_only) {
+    write_digests(data);
+    return 0;
+  }
+  Document document(options.root + "/docs/accuracy.md");
+  bool pass = true, any = false;
+  const auto measure_all = [&](const auto& functions) {
+    for (const auto& function : functions) {
+      if (!options.wants(function.function)) continue;
+      any = true;
+      pass &= measure(function, options, document);
+    }
+  };
+  measure_all(unary_functions<double>());
+  measure_all(unary_functions<float>());
+  if (!any) {
+    std::fputs("no such function\n", stderr);
+    return 2;
+  }
+  document.write();
+  if (options.cases) write_digests(data);
+  std::puts(pass ? "PASS" : "FAIL");
+  return pass ? 0 : 1;
+}

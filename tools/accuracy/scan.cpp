@@ -1,0 +1,252 @@
+// scan: the search for the worst errors of a function's three kernels.
+// SPDX-License-Identifier: MIT
+#include "tools/accuracy/scan.h"
+
+#include <array>
+#include <deque>
+#include <thread>
+
+namespace accuracy {
+
+using namespace orin::vector_math;
+
+namespace quick {
+using std::exp;
+}  // namespace quick
+
+const Reference& reference_of(const char* function) {
+  static const Reference references[] = {
+#define ORIN_CATALOG(F, reference, q, ...) \
+  {#F, reference, [](double x) { return quick::q(x); }, [](long double x) { return quick::q(x); }},
+#include "vector_math/catalog.def"
+#undef ORIN_CATALOG
+  };
+  for (const Reference& reference : references)
+    if (std::strcmp(reference.function, function) == 0) return reference;
+  std::abort();
+}
+
+namespace {
+
+constexpr int block = 1024;
+constexpr std::size_t kept = 64;
+
+// Marsaglia's xorshift64* with the multiplier of Vigna (2014): arguments must be the same at every run.
+class Random {
+ public:
+  explicit Random(std::uint64_t seed) : state_(seed * UINT64_C(0x9e3779b97f4a7c15) + 1) {}
+  std::uint64_t next() {
+    state_ ^= state_ >> 12;
+    state_ ^= state_ << 25;
+    state_ ^= state_ >> 27;
+    return state_ * UINT64_C(0x2545f4914f6cdd1d);
+  }
+  double uniform() { return static_cast<double>(next() >> 11) * 0x1p-53; }
+
+ private:
+  std::uint64_t state_;
+};
+
+// The largest `kept` of what is offered.
+template <class T>
+class Worst {
+ public:
+  void offer(T argument, double error) {
+    if (error <= floor_) return;
+    entries_.push_back({argument, error});
+    if (entries_.size() >= 2 * kept) shrink();
+  }
+  void shrink() {
+    std::sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) {
+      return a.error != b.error ? a.error > b.error : ordinal(a.argument) < ordinal(b.argument);
+    });
+    const auto same = [](const Entry& a, const Entry& b) { return ordinal(a.argument) == ordinal(b.argument); };
+    entries_.erase(std::unique(entries_.begin(), entries_.end(), same), entries_.end());
+    if (entries_.size() > kept) entries_.resize(kept);
+    if (entries_.size() == kept) floor_ = entries_.back().error;
+  }
+  void merge(const Worst& other) {
+    for (const Entry& entry : other.entries_) offer(entry.argument, entry.error);
+  }
+  std::vector<T> arguments() {
+    shrink();
+    std::vector<T> out;
+    for (const Entry& entry : entries_) out.push_back(entry.argument);
+    return out;
+  }
+
+ private:
+  struct Entry {
+    T argument;
+    double error;
+  };
+  std::vector<Entry> entries_;
+  double floor_ = 0;
+};
+
+// The inverse spacings of T by exponent field less one (the field 0 counts as 1).
+template <class T>
+struct Spacings {
+  static constexpr int count = 2 * std::numeric_limits<T>::max_exponent - 2;
+  Wide<T> inverse[count];
+
+  Spacings() {
+    for (int k = 0; k < count; ++k) inverse[k] = std::ldexp(Wide<T>(1), -lowest_spacing<T> - k);
+  }
+};
+
+template <class T>
+class Scanner {
+ public:
+  explicit Scanner(const UnaryFunction<T>& function)
+      : function_(function), reference_(reference_of(function.function)) {}
+
+  void add(T x) {
+    arguments_[filled_++] = x;
+    if (filled_ == block) flush();
+  }
+  void flush() {
+    for (int i = 0; i < filled_; ++i) exact_[i] = reference_.quick(static_cast<Wide<T>>(arguments_[i]));
+    for (int grade = 0; grade < grades; ++grade) {
+      if (filled_ > 0) function_.kernels[grade](filled_, arguments_, results_);
+      for (int i = 0; i < filled_; ++i) judge(grade, arguments_[i], results_[i], exact_[i]);
+    }
+    count_ += filled_;
+    filled_ = 0;
+  }
+  void merge(Scanner& other) {
+    other.flush();
+    count_ += other.count_;
+    for (int grade = 0; grade < grades; ++grade) {
+      ulp_[grade].merge(other.ulp_[grade]);
+      relative_[grade].merge(other.relative_[grade]);
+    }
+  }
+  // Neighbours near and far of the worst arguments so far, again and again.
+  void climb(Random& random, int rounds) {
+    for (int round = 0; round < rounds; ++round) {
+      std::vector<T> starts;
+      for (int grade = 0; grade < grades; ++grade)
+        for (T x : ulp_[grade].arguments()) starts.push_back(x);
+      for (T start : starts) {
+        for (int k = 0; k < 128; ++k) {
+          const std::int64_t distance = static_cast<std::int64_t>(random.next() >> (1 + random.next() % 63));
+          const T x = from_ordinal<T>(ordinal(start) + (k % 2 == 0 ? distance : -distance) % (INT64_C(1) << 50));
+          if (std::isfinite(x)) add(x);
+        }
+      }
+      flush();
+    }
+  }
+
+  ScanResult<T> result() {
+    flush();
+    ScanResult<T> out;
+    out.arguments = count_;
+    Truth truth;
+    const auto findings = [&](int grade, Worst<T>& worst) {
+      std::vector<Finding<T>> all;
+      for (T x : worst.arguments()) {
+        T y;
+        function_.kernels[grade](1, &x, &y);
+        truth.set(reference_, x);
+        all.push_back({x, std::fabs(truth.excess_over(y)), truth.relative_error(y)});
+      }
+      return all;
+    };
+    for (int grade = 0; grade < grades; ++grade) {
+      out.by_ulp[grade] = findings(grade, ulp_[grade]);
+      out.by_relative[grade] = findings(grade, relative_[grade]);
+      std::sort(out.by_ulp[grade].begin(), out.by_ulp[grade].end(),
+                [](const auto& a, const auto& b) { return a.ulp > b.ulp; });
+      std::sort(out.by_relative[grade].begin(), out.by_relative[grade].end(),
+                [](const auto& a, const auto& b) { return a.relative > b.relative; });
+    }
+    return out;
+  }
+
+ private:
+  void judge(int grade, T x, T result, Wide<T> exact) {
+    const T nearest = static_cast<T>(exact);
+    if (!std::isfinite(result) || !std::isfinite(nearest)) {
+      if (result != nearest && !(std::isnan(result) && std::isnan(nearest)))
+        ulp_[grade].offer(x, std::numeric_limits<double>::infinity());
+      return;
+    }
+    // The spacing is taken from the smaller of the two: a result at a power of two may stand for a value below it.
+    const auto smaller = std::bit_cast<BitsOf<T>>(std::min(std::fabs(result), std::fabs(nearest)));
+    constexpr int fraction_bits = std::numeric_limits<T>::digits - 1;
+    const int exponent = std::max(1, static_cast<int>(smaller >> fraction_bits));
+    const Wide<T> difference = std::fabs(static_cast<Wide<T>>(result) - exact);
+    const double in_ulp = static_cast<double>(difference * spacings_.inverse[exponent - 1]);
+    ulp_[grade].offer(x, in_ulp);
+    if (exponent > 1) relative_[grade].offer(x, static_cast<double>(difference / std::fabs(exact)));
+  }
+
+  inline static const Spacings<T> spacings_;
+  const UnaryFunction<T>& function_;
+  const Reference& reference_;
+  T arguments_[block], results_[block];
+  Wide<T> exact_[block];
+  int filled_ = 0;
+  std::int64_t count_ = 0;
+  std::array<Worst<T>, grades> ulp_, relative_;
+};
+
+// Thread `part` of `parts` takes its share of the sampled arguments.
+template <class T>
+void sample(Scanner<T>& scanner, const UnaryFunction<T>& function, std::int64_t samples, int part, int parts) {
+  Random random(static_cast<std::uint64_t>(part) + 1);
+  const double low = function.low(), high = function.high();
+  const std::int64_t share = samples / parts;
+  for (std::int64_t k = 0; k < share; ++k) {
+    switch (k % 4) {
+      case 0:
+        scanner.add(std::bit_cast<T>(static_cast<BitsOf<T>>(random.next())));
+        break;
+      case 1:
+        scanner.add(
+            static_cast<T>(low + (high - low) * static_cast<double>(k * parts + part) / static_cast<double>(samples)));
+        break;
+      default:
+        scanner.add(static_cast<T>(low + (high - low) * random.uniform()));
+    }
+  }
+  scanner.flush();
+  scanner.climb(random, 30);
+}
+
+template <class T>
+void exhaust(Scanner<T>& scanner, int part, int parts) {
+  constexpr std::uint64_t all = UINT64_C(1) << 32;
+  for (std::uint64_t bits = all * static_cast<unsigned>(part) / static_cast<unsigned>(parts);
+       bits < all * static_cast<unsigned>(part + 1) / static_cast<unsigned>(parts); ++bits)
+    scanner.add(std::bit_cast<T>(static_cast<BitsOf<T>>(bits)));
+  scanner.flush();
+}
+
+}  // namespace
+
+template <class T>
+ScanResult<T> scan(const UnaryFunction<T>& function, std::int64_t samples, int threads) {
+  std::deque<Scanner<T>> scanners;
+  for (int part = 0; part < threads; ++part) scanners.emplace_back(function);
+  std::vector<std::thread> running;
+  for (int part = 0; part < threads; ++part)
+    running.emplace_back([&, part] {
+      _korSetMode(KOR_HA | KOR_ERRMODE_IGNORE | KOR_FTZDAZ_OFF);
+      if (samples > 0)
+        sample(scanners[static_cast<std::size_t>(part)], function, samples, part, threads);
+      else
+        exhaust(scanners[static_cast<std::size_t>(part)], part, threads);
+      mpfr_free_cache();
+    });
+  for (std::thread& thread : running) thread.join();
+  for (std::size_t k = 1; k < scanners.size(); ++k) scanners[0].merge(scanners[k]);
+  return scanners[0].result();
+}
+
+template ScanResult<float> scan(const UnaryFunction<float>&, std::int64_t, int);
+template ScanResult<double> scan(const UnaryFunction<double>&, std::int64_t, int);
+
+}  // namespace accuracy

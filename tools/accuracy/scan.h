@@ -1,0 +1,37 @@
+// scan.h: the search for the worst errors of a function's three kernels.
+// SPDX-License-Identifier: MIT
+//
+// Candidates are found with the quick reference and judged by the truth. Double: random bits, random and evenly spaced
+// arguments of the usual domain, then a climb from the worst of them through their neighbours. Single: all arguments.
+#ifndef ORIN_TOOLS_ACCURACY_SCAN_H
+#define ORIN_TOOLS_ACCURACY_SCAN_H
+
+#include <cstdint>
+#include <vector>
+
+#include "tools/accuracy/truth.h"
+
+namespace accuracy {
+
+template <class T>
+struct Finding {
+  T argument;
+  double ulp;
+  double relative;
+};
+
+template <class T>
+struct ScanResult {
+  std::int64_t arguments = 0;
+  // Per grade: the worst ones by error in ulp (first) and by relative error, largest first.
+  std::vector<Finding<T>> by_ulp[orin::vector_math::grades];
+  std::vector<Finding<T>> by_relative[orin::vector_math::grades];
+};
+
+// Scans with `threads` threads. `samples` arguments for double, and for single when it is positive; else all of them.
+template <class T>
+ScanResult<T> scan(const orin::vector_math::UnaryFunction<T>& function, std::int64_t samples, int threads);
+
+}  // namespace accuracy
+
+#endif

@@ -1,0 +1,138 @@
+// truth.h: the exact value of a function at a point, and the distance of a result from it.
+// SPDX-License-Identifier: MIT
+#ifndef ORIN_TOOLS_ACCURACY_TRUTH_H
+#define ORIN_TOOLS_ACCURACY_TRUTH_H
+
+#include <mpfr.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <type_traits>
+
+#include "vector_math/catalog.h"
+
+namespace accuracy {
+
+using MpfrFunction = int (*)(mpfr_t, mpfr_srcptr, mpfr_rnd_t);
+
+template <class T>
+using BitsOf = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
+// The type of quick references: enough bits beyond T that an error is known to a thousandth of an ulp.
+template <class T>
+using Wide = std::conditional_t<sizeof(T) == 8, long double, double>;
+
+// Where the spacing of T stops to shrink.
+template <class T>
+inline constexpr int lowest_spacing = std::numeric_limits<T>::min_exponent - std::numeric_limits<T>::digits;
+
+// The numbers in order as integers, so that neighbours differ by one.
+template <class T>
+std::int64_t ordinal(T x) {
+  const auto magnitude = static_cast<std::int64_t>(std::bit_cast<BitsOf<T>>(std::fabs(x)));
+  return std::signbit(x) ? -magnitude : magnitude;
+}
+template <class T>
+T from_ordinal(std::int64_t k) {
+  const T magnitude = std::bit_cast<T>(static_cast<BitsOf<T>>(k < 0 ? -k : k));
+  return k < 0 ? -magnitude : magnitude;
+}
+
+// A reference of one function: the truth, and a quick neighbour of it.
+struct Reference {
+  const char* function;
+  MpfrFunction truth;
+  double (*quick_d)(double);
+  long double (*quick_l)(long double);
+
+  double quick(double x) const { return quick_d(x); }
+  long double quick(long double x) const { return quick_l(x); }
+};
+const Reference& reference_of(const char* function);
+
+// One exact value, to 140 bits.
+class Truth {
+ public:
+  Truth() { mpfr_inits2(140, argument_, value_, scratch_, nullptr); }
+  ~Truth() { mpfr_clears(argument_, value_, scratch_, nullptr); }
+  Truth(const Truth&) = delete;
+  Truth& operator=(const Truth&) = delete;
+
+  template <class T>
+  void set(const Reference& reference, T x) {
+    mpfr_set_d(argument_, static_cast<double>(x), MPFR_RNDN);
+    mpfr_clear_flags();
+    reference.truth(value_, argument_, MPFR_RNDN);
+    pole_ = mpfr_divby0_p() != 0;
+    vanished_ = mpfr_underflow_p() != 0;
+  }
+
+  // The nearest T; infinite beyond the largest number and half a spacing.
+  template <class T>
+  T rounded() const {
+    if (mpfr_nan_p(value_)) return std::numeric_limits<T>::quiet_NaN();
+    if (!mpfr_regular_p(value_)) return static_cast<T>(mpfr_get_d(value_, MPFR_RNDN));
+    if (mpfr_get_exp(value_) > std::numeric_limits<T>::max_exponent)
+      return mpfr_sgn(value_) < 0 ? -std::numeric_limits<T>::infinity() : std::numeric_limits<T>::infinity();
+    if constexpr (sizeof(T) == 8)
+      return mpfr_get_d(value_, MPFR_RNDN);
+    else
+      return mpfr_get_flt(value_, MPFR_RNDN);
+  }
+
+  // (value - x) in ulp of the value; 0 where both are the same infinity or NaN, infinite where only one is.
+  template <class T>
+  double excess_over(T x) {
+    if (mpfr_nan_p(value_) || std::isnan(x))
+      return (mpfr_nan_p(value_) != 0) == std::isnan(x) ? 0 : std::numeric_limits<double>::infinity();
+    const T nearest = rounded<T>();
+    if (std::isinf(nearest) || std::isinf(x)) return nearest == x ? 0 : std::numeric_limits<double>::infinity();
+    mpfr_set_d(scratch_, static_cast<double>(x), MPFR_RNDN);
+    mpfr_sub(scratch_, value_, scratch_, MPFR_RNDN);
+    mpfr_mul_2si(scratch_, scratch_, -spacing<T>(), MPFR_RNDN);
+    return mpfr_get_d(scratch_, MPFR_RNDN);
+  }
+  // |value - x| / |value| where the value is a normal number, else 0.
+  template <class T>
+  double relative_error(T x) {
+    if (!is_normal<T>() || !std::isfinite(x)) return 0;
+    mpfr_set_d(scratch_, static_cast<double>(x), MPFR_RNDN);
+    mpfr_sub(scratch_, value_, scratch_, MPFR_RNDN);
+    mpfr_div(scratch_, scratch_, value_, MPFR_RNDN);
+    return std::fabs(mpfr_get_d(scratch_, MPFR_RNDN));
+  }
+  template <class T>
+  bool is_normal() const {
+    return mpfr_regular_p(value_) != 0 && mpfr_get_exp(value_) >= std::numeric_limits<T>::min_exponent &&
+           std::isfinite(rounded<T>());
+  }
+
+  // The status that a kernel must report at the argument.
+  template <class T>
+  int status(bool reports_underflow) const {
+    if (mpfr_nan_p(argument_)) return KOR_STATUS_OK;
+    if (mpfr_nan_p(value_)) return KOR_STATUS_ERRDOM;
+    if (mpfr_inf_p(argument_)) return KOR_STATUS_OK;
+    if (pole_) return KOR_STATUS_SING;
+    if (std::isinf(rounded<T>())) return KOR_STATUS_OVERFLOW;
+    if (reports_underflow && (mpfr_zero_p(value_) == 0 || vanished_) && !is_normal<T>()) return KOR_STATUS_UNDERFLOW;
+    return KOR_STATUS_OK;
+  }
+
+ private:
+  // Exponent of the spacing of T at the value.
+  template <class T>
+  long spacing() const {
+    if (!mpfr_regular_p(value_)) return lowest_spacing<T>;
+    return std::max<long>(mpfr_get_exp(value_) - std::numeric_limits<T>::digits, lowest_spacing<T>);
+  }
+
+  mpfr_t argument_, value_, scratch_;
+  bool pole_ = false, vanished_ = false;  // vanished: below the range of MPFR itself, not an exact zero
+};
+
+}  // namespace accuracy
+
+#endif

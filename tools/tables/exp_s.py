@@ -1,0 +1,57 @@
+# exp_s.py: tables and polynomials of the single-precision exponential.
+# SPDX-License-Identifier: MIT
+#
+#   python3 tools/tables/exp_s.py > vector_math/data/exp_s_data.h
+from mpmath import mp, mpf
+
+from minimax import Header, exponent_text, fit, hex_float, max_error, to_bits, to_float
+
+ln2 = mp.log(2)
+slack = 1 + mpf(2) ** -10  # reduction may leave the interval by its own rounding
+out = Header("exp_s", "tables and polynomials of the single-precision exponential", "tools/tables/exp_s.py")
+
+step = ln2 / 256
+parts = [to_bits(step, 8)]
+parts.append(to_bits(step - parts[0], 8))
+parts.append(to_float(step - parts[0] - parts[1]))
+out.comment("ln2/256 in three parts, the first two of 8 bits: their products with n are exact.")
+for k, part in enumerate(parts):
+    out.constant(f"step_{k + 1}", hex_float(part), "float")
+out.comment("The second and the third in one.")
+out.constant("step_rest", hex_float(step - parts[0]), "float")
+
+pairs = []
+for j in range(256):
+    power = mpf(2) ** (mpf(j) / 256)
+    pairs += [hex_float(power), hex_float((power - to_float(power)) / to_float(power))]
+out.comment("2^(j/256) = T (1 + tail): T nearest, then the tail.")
+out.table("ha_pairs", pairs, "float")
+
+h = step / 2 * slack
+growth = lambda x: mp.expm1(x) if x else mpf(0)
+c, _ = fit(lambda x: growth(x) / x if x else mpf(1), [lambda x: mpf(1), lambda x: x], -h, h)
+ha = [to_float(c[0]), to_float(c[1])]
+error = max_error(lambda x: 1 + x * (ha[0] + ha[1] * x), mp.exp, -h, h)
+out.comment(f"e^r - 1 = r (ha_1 + ha_2 r), |r| <= ln2/512, error below {exponent_text(error)}.")
+for k in range(2):
+    out.constant(f"ha_{k + 1}", hex_float(ha[k]), "float")
+
+# e^r = s (w^2 + b), w = r + shift: Taylor's parabola asks for a shift of 1, to which 369 steps are nearest.
+shift = 369 * step
+c, _ = fit(mp.exp, [lambda x: mpf(1), lambda x: (x + shift) ** 2], -h, h)
+b = to_float(c[0] / c[1])
+error = max_error(lambda x: c[1] * ((x + shift) ** 2 + b), mp.exp, -h, h)
+out.comment(f"e^r = s ((r + 369 ln2/256)^2 + la_0), |r| <= ln2/512, relative error below {exponent_text(error)}.")
+out.constant("la_0", hex_float(b), "float")
+out.comment("s 2^(j/256), nearest.")
+out.table("la_powers", [hex_float(c[1] * mpf(2) ** (mpf(j) / 256)) for j in range(256)], "float")
+
+h = slack / 2
+power = lambda x: mpf(2) ** x
+c, _ = fit(power, [lambda x, m=m: x**m for m in range(4)], -h, h)
+ep = [to_float(value) for value in c]
+error = max_error(lambda x: sum(value * x**m for m, value in enumerate(ep)), power, -h, h)
+out.comment(f"2^f = ep_0 + ep_1 f + ep_2 f^2 + ep_3 f^3, |f| <= 1/2, relative error below {exponent_text(error)}.")
+for k in range(4):
+    out.constant(f"ep_{k}", hex_float(ep[k]), "float")
+out.write()

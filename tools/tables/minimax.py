@@ -1,0 +1,116 @@
+# minimax.py: best approximation by a linear combination of functions, and the text of the data headers.
+# SPDX-License-Identifier: MIT
+"""Remez' exchange in multiple precision, for any linear basis, and writers for the headers under vector_math/data."""
+
+import struct
+import sys
+
+from mpmath import mp, mpf
+
+mp.prec = 240
+
+
+def fit(target, basis, low, high, relative=True, rounds=12):
+    """Coefficients of the combination of `basis` nearest to `target` on [low, high], and the error reached.
+
+    The error is relative to the target unless told otherwise. The basis must satisfy Haar's condition there.
+    """
+    low, high = mpf(low), mpf(high)
+    count = len(basis)
+    weight = (lambda x: 1 / target(x)) if relative else (lambda x: mpf(1))
+    middle, half = (low + high) / 2, (high - low) / 2
+    nodes = [middle - half * mp.cos(mp.pi * k / count) for k in range(count + 1)]
+    grid = [middle - half * mp.cos(mp.pi * k / (24 * count)) for k in range(24 * count + 1)]
+    coefficients = None
+    for _ in range(rounds):
+        rows = mp.matrix(count + 1, count + 1)
+        right = mp.matrix(count + 1, 1)
+        for k, x in enumerate(nodes):
+            for m, function in enumerate(basis):
+                rows[k, m] = function(x) * weight(x)
+            rows[k, count] = (-1) ** k
+            right[k] = target(x) * weight(x)
+        solution = mp.lu_solve(rows, right)
+        coefficients = [solution[m] for m in range(count)]
+
+        def error(x):
+            return (sum(c * function(x) for c, function in zip(coefficients, basis)) - target(x)) * weight(x)
+
+        values = [error(x) for x in grid]
+        extrema = []  # the largest error of each run of one sign
+        for x, value in zip(grid, values):
+            if extrema and (value > 0) == (extrema[-1][1] > 0):
+                if abs(value) > abs(extrema[-1][1]):
+                    extrema[-1] = (x, value)
+            else:
+                extrema.append((x, value))
+        if len(extrema) != count + 1:
+            raise ArithmeticError(f"{len(extrema)} alternations where {count + 1} are due")
+        nodes = [x for x, _ in extrema]
+    return coefficients, max_error(lambda x: error(x) + 1, lambda x: mpf(1), low, high)
+
+
+def max_error(approximation, exact, low, high, points=4000):
+    """Largest relative error over an even grid of [low, high]."""
+    step = (mpf(high) - mpf(low)) / points
+    return max(abs(approximation(low + k * step) / exact(low + k * step) - 1) for k in range(points + 1))
+
+
+def exponent_text(error):
+    """An error as a power of two, rounded up: '2^-52.3'."""
+    return f"2^{float(mp.ceil(mp.log(error, 2) * 10) / 10):.1f}"
+
+
+def to_double(x):
+    return mpf(struct.unpack("<d", struct.pack("<d", float(x)))[0])
+
+
+def to_bits(x, significant):
+    """x rounded to nearest with so many significant bits."""
+    with mp.workprec(significant):
+        return +mpf(x)
+
+
+def to_float(x):
+    return to_bits(x, 24)  # for values in the normal range of float
+
+
+def hex_double(x):
+    return float(x).hex().replace(".0000000000000p", "p")
+
+
+def hex_float(x):
+    return hex_double(to_float(x)) + "f"
+
+
+class Header:
+    """One header of generated data, written to standard output."""
+
+    def __init__(self, name, purpose, program):
+        self.guard = f"ORIN_VECTOR_MATH_DATA_{name.upper()}_DATA_H"
+        self.space = f"orin::vector_math::{name}_data"
+        self.lines = [
+            f"// {name}_data.h: {purpose}, made by {program}.",
+            "// SPDX-License-Identifier: MIT",
+            "// clang-format off",
+            f"#ifndef {self.guard}",
+            f"#define {self.guard}",
+            "",
+            f"namespace {self.space} {{",
+        ]
+
+    def comment(self, text):
+        self.lines += ["", f"// {text}"]
+
+    def constant(self, name, text, kind="double"):
+        self.lines.append(f"inline constexpr {kind} {name} = {text};")
+
+    def table(self, name, entries, kind="double", per_line=4):
+        self.lines.append(f"alignas(64) inline constexpr {kind} {name}[{len(entries)}] = {{")
+        for k in range(0, len(entries), per_line):
+            self.lines.append("    " + ", ".join(entries[k : k + per_line]) + ",")
+        self.lines.append("};")
+
+    def write(self):
+        self.lines += ["", f"}}  // namespace {self.space}", "", "#endif"]
+        sys.stdout.write("\n".join(self.lines) + "\n")

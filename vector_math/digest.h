@@ -1,0 +1,55 @@
+// digest.h: one number for the bits of a kernel's results over arguments of all kinds.
+// SPDX-License-Identifier: MIT
+//
+// Not part of the module: the accuracy scanner writes the digests, a test compares them on every target.
+#ifndef ORIN_VECTOR_MATH_DIGEST_H
+#define ORIN_VECTOR_MATH_DIGEST_H
+
+#include <bit>
+#include <cinttypes>
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <string>
+#include <type_traits>
+
+#include "orin/vector_math.h"
+
+namespace orin::vector_math {
+
+// FNV-1a, a word at a time, over the results of 2^20 arguments whose bit patterns step evenly through all of them.
+template <class T>
+std::uint64_t digest(void(ORIN_CALL* kernel)(std::int32_t, const T*, T*)) {
+  using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
+  constexpr int count = 1 << 20, block = 1024;
+  constexpr Bits step = static_cast<Bits>(static_cast<Bits>(-1) / count) | 1;  // odd: the low bits vary too
+  std::uint64_t sum = UINT64_C(0xcbf29ce484222325);
+  Bits argument = 0;
+  T a[block], r[block];
+  for (int done = 0; done < count; done += block) {
+    for (T& x : a) {
+      x = std::bit_cast<T>(argument);
+      argument = static_cast<Bits>(argument + step);
+    }
+    kernel(block, a, r);
+    for (const T& y : r) sum = (sum ^ std::bit_cast<Bits>(y)) * UINT64_C(0x100000001b3);
+  }
+  return sum;
+}
+
+// The stored digests by "name grade", from lines of these and a hexadecimal number.
+inline std::map<std::string, std::uint64_t> read_digests(const char* path) {
+  std::map<std::string, std::uint64_t> digests;
+  if (std::FILE* file = std::fopen(path, "r")) {
+    char name[80], grade[8];
+    std::uint64_t value;
+    while (std::fscanf(file, "%79s %7s %" SCNx64, name, grade, &value) == 3)
+      digests[std::string(name) + " " + grade] = value;
+    std::fclose(file);
+  }
+  return digests;
+}
+
+}  // namespace orin::vector_math
+
+#endif

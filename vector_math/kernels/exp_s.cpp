@@ -1,0 +1,164 @@
+// exp_s: elementwise e^x, single precision.
+// SPDX-License-Identifier: MIT
+//
+// Method    HA  x = n ln2/256 + r, n = 256 k + j;  e^x = 2^k (T + T (tail + p(r))), T (1 + tail) = 2^(j/256)
+//           LA  the same reduction, shifted by 369 steps;  e^x = 2^k T (w^2 + b), w = r + 369 ln2/256
+//           EP  x/ln2 = k + f;  e^x = 2^k q(f), q a cubic
+// Bounds    HA below 1 ulp, LA relative 2^-21, EP relative 2^-11; subnormal results one spacing more in LA and EP
+// Budget    HA  in ulp: polynomial 2^-8, tail + p 2^-9, reduction 2^-10, last rounding 1/2
+//           LA  in 2^-24: w 2, its square 1/2, the sum 1, table 1, product 1
+//           EP  polynomial 2^-13.2, reduction x/ln2 2^-18
+// Special   NaN -> NaN, +inf -> +inf, -inf -> +0, no status; overflow -> +inf, status 3; underflow -> +0, status 4;
+//           subnormal results rounded once, status 4
+// Data      data/exp_s_data.h from tools/tables/exp_s.py
+// Source    P. T. P. Tang, Table-driven implementation of the exponential function, ACM TOMS 15 (1989), 144-157
+#include <cfloat>
+#include <cmath>
+
+#include "vector_math/data/exp_s_data.h"
+#include "vector_math/kernels.h"
+#include "vector_math/simd/elementwise.h"
+#include "vector_math/simd/rounding.h"
+#include "vector_math/simd/table.h"
+
+namespace orin::vector_math {
+namespace {
+
+using namespace simd;
+namespace data = exp_s_data;
+
+constexpr float to_integer = 0x1.8p23f;  // x + to_integer: x rounded to an integer, in the low bits
+
+constexpr struct {
+  Constant<std::int32_t> largest_word = 0x42aeac4f;  // |x| <= 87.33654
+  Constant<float> inverse = 0x1.715476p+8f;          // 256/ln2, nearest
+  Constant<float> to_integer = ::orin::vector_math::to_integer;
+  Constant<float> step_1 = data::step_1, step_2 = data::step_2, step_3 = data::step_3;
+  Constant<float> p1 = data::ha_1, p2 = data::ha_2;
+} ha_constants{};
+
+constexpr struct {
+  Constant<std::int32_t> largest_word = 0x42acffff;  // |x| below 86.5: 2^k T stays normal although T is near 1/2
+  Constant<float> inverse = 0x1.715476p+8f;          // 256/ln2, nearest
+  Constant<float> to_integer = ::orin::vector_math::to_integer;
+  Constant<float> to_integer_shifted = ::orin::vector_math::to_integer + 369.0f;
+  Constant<float> step_1 = data::step_1, step_rest = data::step_rest;
+  Constant<float> b = data::la_0;
+} la_constants{};
+
+constexpr struct {
+  Constant<std::int32_t> largest_word = 0x42aeac4f;  // |x| <= 87.33654
+  Constant<float> inverse = 0x1.715476p+0f;          // 1/ln2, nearest
+  Constant<float> to_integer = ::orin::vector_math::to_integer;
+  Constant<float> q0 = data::ep_0, q1 = data::ep_1, q2 = data::ep_2, q3 = data::ep_3;
+} ep_constants{};
+
+// e^x 2^extra by grade, for arguments whose result is a normal number, and e^x where it is subnormal. Both ways past
+// the range of 2^k are in two steps: a power near 1, then an exact or once rounded product with the rest.
+template <Grade grade>
+struct Power;
+
+template <>
+struct Power<Grade::ha> {
+  static constexpr const auto& constants = ha_constants;
+
+  // e^x = 2^k (high + rest), k above the lowest eight bits of t.
+  struct Parts {
+    Vec4f high, rest;
+    Vec4i t;
+  };
+  static ORIN_INLINE Parts parts(Vec4f x) {
+    const auto& k = in_memory(constants);
+    const Vec4f t = x * k.inverse + k.to_integer;
+    const Vec4f n = t - k.to_integer;
+    const Vec4f r = ((x - n * k.step_1) - n * k.step_2) - n * k.step_3;
+    const auto [power, tail] = look_up_pairs(data::ha_pairs, low_bits<8>(bits(t)));
+    return {power, power * (tail + r * (k.p1 + r * k.p2)), bits(t)};
+  }
+  // v 2^(k + extra). The power is added in the exponent: v lies within [1/2, 2] and the result is normal, so nothing is
+  // rounded.
+  template <int extra>
+  static ORIN_INLINE Vec4f scale(Vec4f v, Vec4i t) {
+    Vec4i exponent = shift_right<8>(t);
+    if constexpr (extra != 0) exponent = exponent + Vec4i(extra);
+    return from_bits(bits(v) + shift_left<23>(exponent));
+  }
+
+  template <int extra>
+  static ORIN_INLINE Vec4f of(Vec4f x) {
+    const auto [high, rest, t] = parts(x);
+    return scale<extra>(high + rest, t);
+  }
+  static float subnormal(float x) {
+    const auto [high, rest, t] = parts(x);
+    const Vec4f power = scale<126>(1.0f, t);
+    return sum_at_spacing_of_one(first_lane(high * power), first_lane(rest * power)) * FLT_MIN;
+  }
+};
+
+template <>
+struct Power<Grade::la> {
+  static constexpr const auto& constants = la_constants;
+  static constexpr PowersOfTwo<Vec4f, 8> powers{data::la_powers};
+
+  template <int extra>
+  static ORIN_INLINE Vec4f of(Vec4f x) {
+    const auto& k = in_memory(constants);
+    const Vec4f t = x * k.inverse + k.to_integer;
+    const Vec4f n = t - k.to_integer_shifted;
+    const Vec4f w = (x - n * k.step_1) - n * k.step_rest;
+    return powers.of<extra>(bits(t)) * (w * w + k.b);
+  }
+  static float subnormal(float x) { return first_lane(of<126>(x)) * FLT_MIN; }
+};
+
+template <>
+struct Power<Grade::ep> {
+  static constexpr const auto& constants = ep_constants;
+
+  template <int extra>
+  static ORIN_INLINE Vec4f of(Vec4f x) {
+    const auto& k = in_memory(constants);
+    const Vec4f y = x * k.inverse;
+    const Vec4f t = y + k.to_integer;
+    const Vec4f f = y - (t - k.to_integer);
+    const Vec4f q = ((f * k.q3 + k.q2) * f + k.q1) * f + k.q0;
+    Vec4i exponent = bits(t);
+    if constexpr (extra != 0) exponent = exponent + Vec4i(extra);
+    return from_bits(bits(q) + shift_left<23>(exponent));
+  }
+  static float subnormal(float x) { return first_lane(of<126>(x)) * FLT_MIN; }
+};
+
+template <Grade grade>
+struct ExpS : OneToOne<float> {
+  static constexpr const char* name = "vsExp";
+  static constexpr float ordinary = 0.0f;
+  static constexpr float overflow = 0x1.62e43p+6f;     // at or above: +inf
+  static constexpr float subnormal = -0x1.5d589ep+6f;  // below: subnormal
+  static constexpr float underflow = -0x1.9fe36ap+6f;  // at or below: +0
+
+  static ORIN_INLINE Vec4i special_lanes(Vec4i high) {
+    return magnitude(high) > in_memory(Power<grade>::constants).largest_word;
+  }
+  static ORIN_INLINE Vec4f fast(Vec4f x) { return Power<grade>::template of<0>(x); }
+
+  static Outcome<float> special(float x) {
+    if (x != x) return {{x + x}, KOR_STATUS_OK};
+    if (x >= overflow) return {{HUGE_VALF}, x > FLT_MAX ? KOR_STATUS_OK : KOR_STATUS_OVERFLOW};
+    if (x <= underflow) return {{0.0f}, x < -FLT_MAX ? KOR_STATUS_OK : KOR_STATUS_UNDERFLOW};
+    if (x < subnormal) return {{Power<grade>::subnormal(x)}, KOR_STATUS_UNDERFLOW};
+    if (x < 0) return {{first_lane(Power<grade>::template of<126>(x)) * FLT_MIN}, KOR_STATUS_OK};
+    // The coarser grades may err past the largest number, whose logarithm the bound is.
+    const Vec4f half = min(Power<grade>::template of<-1>(x), FLT_MAX / 2);
+    return {{first_lane(half) * 2.0f}, KOR_STATUS_OK};
+  }
+};
+
+}  // namespace
+
+void ORIN_CALL exp_s_la(std::int32_t n, const float* a, float* r) { elementwise<ExpS<Grade::la>>({}, n, {a}, {r}); }
+void ORIN_CALL exp_s_ha(std::int32_t n, const float* a, float* r) { elementwise<ExpS<Grade::ha>>({}, n, {a}, {r}); }
+void ORIN_CALL exp_s_ep(std::int32_t n, const float* a, float* r) { elementwise<ExpS<Grade::ep>>({}, n, {a}, {r}); }
+
+}  // namespace orin::vector_math

@@ -1,0 +1,262 @@
+// elementwise.h: the loop that every elementwise kernel runs in.
+// SPDX-License-Identifier: MIT
+//
+// A function is a record F with
+//   Element, name          float or double; the name in reports
+//   inputs, outputs        1 or 2 each (from OneToOne, TwoToOne, OneToTwo)
+//   fast(v...)             the value(s) of a register of ordinary arguments: V, or Two<V> for two outputs
+//   special_lanes(w...)    mask of the arguments that fast must not see, from the high words of four arguments
+//   special(x...)          the Outcome of one such argument: value(s) and status
+//   ordinary               an argument that fast takes silently; it stands in for absent and special lanes
+// A function without special arguments leaves the last three out. Scalar parameters are members of F.
+//
+// The loop guarantees: nothing outside the vectors is touched; they need only the alignment of a float; a result vector
+// may be an argument vector; an element's bits depend on its own arguments alone, since a tail and a group with a
+// special lane go through the same fast code on a padded copy; fast never raises a floating-point exception for a lane
+// it has no business with.
+#ifndef ORIN_VECTOR_MATH_SIMD_ELEMENTWISE_H
+#define ORIN_VECTOR_MATH_SIMD_ELEMENTWISE_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "vector_math/errors.h"
+#include "vector_math/grade.h"
+#include "vector_math/mode.h"
+#include "vector_math/simd/fp_frame.h"
+#include "vector_math/simd/vec.h"
+
+namespace orin::vector_math::simd {
+
+template <class V>
+struct Two {
+  V first, second;
+};
+
+// What the special path makes of one element.
+template <class T, int outputs = 1>
+struct Outcome {
+  T value[outputs];
+  std::int32_t status;
+};
+
+template <class T, int inputs_, int outputs_>
+struct Shape {
+  using Element = T;
+  static constexpr int inputs = inputs_;
+  static constexpr int outputs = outputs_;
+  static constexpr int groups_per_step = 2;  // 1 where fast is long: then the group test weighs little
+};
+template <class T>
+using OneToOne = Shape<T, 1, 1>;
+template <class T>
+using TwoToOne = Shape<T, 2, 1>;
+template <class T>
+using OneToTwo = Shape<T, 1, 2>;
+
+// Four consecutive elements: the unit of the loop.
+template <class T>
+struct Group;
+
+template <>
+struct Group<double> {
+  static constexpr int registers = 2;
+  Vec2d part[registers];
+
+  static ORIN_INLINE Group load(const double* from) { return {{Vec2d::load(from), Vec2d::load(from + 2)}}; }
+  ORIN_INLINE void store(double* to) const {
+    part[0].store(to);
+    part[1].store(to + 2);
+  }
+  ORIN_INLINE Vec4i words() const { return high_words(part[0], part[1]); }
+};
+
+template <>
+struct Group<float> {
+  static constexpr int registers = 1;
+  Vec4f part[registers];
+
+  static ORIN_INLINE Group load(const float* from) { return {{Vec4f::load(from)}}; }
+  ORIN_INLINE void store(float* to) const { part[0].store(to); }
+  ORIN_INLINE Vec4i words() const { return bits(part[0]); }
+};
+
+inline void report(std::int32_t status, std::int32_t i, const float* a1, const float* a2, float* r1, float* r2,
+                   const char* name) {
+  ReportKorError_s(status, i, a1, a2, r1, r2, name);
+}
+inline void report(std::int32_t status, std::int32_t i, const double* a1, const double* a2, double* r1, double* r2,
+                   const char* name) {
+  ReportKorError_d(status, i, a1, a2, r1, r2, name);
+}
+
+template <class F>
+class Elementwise {
+ public:
+  using T = typename F::Element;
+  using Arguments = std::array<const T*, F::inputs>;
+  using Results = std::array<T*, F::outputs>;
+
+  static void run(F f, std::int32_t n, Arguments a, Results r) noexcept {
+    if (!accepts(n, a, r)) [[unlikely]]
+      return;
+    const FpFrame frame(orin_kor_kernel_GetMode());
+    std::int32_t i = 0;
+    if constexpr (F::groups_per_step > 1)
+      for (; n - i >= 4 * F::groups_per_step; i += 4 * F::groups_per_step) step<F::groups_per_step>(f, i, a, r);
+    for (; n - i >= 4; i += 4) step<1>(f, i, a, r);
+    if (i < n) piece(f, i, n - i, a, r);
+  }
+
+ private:
+  using In = std::array<Group<T>, F::inputs>;
+  using Out = std::array<Group<T>, F::outputs>;
+  static constexpr bool has_special = requires { F::ordinary; };
+
+  // `groups` groups from element i on. One test decides for all of them.
+  template <int groups>
+  static ORIN_INLINE void step(const F& f, std::int32_t i, Arguments a, Results r) {
+    In x[groups];
+#pragma GCC unroll 2
+    for (int g = 0; g < groups; ++g) x[g] = load(a, i + 4 * g);
+    Vec4i special = special_lanes(f, x[0]);
+    if constexpr (groups == 2) special = special | special_lanes(f, x[1]);
+    if (lane_bits(special) != 0) [[unlikely]] {
+      for (int g = 0; g < groups; ++g) piece(f, i + 4 * g, 4, a, r);
+      return;
+    }
+#pragma GCC unroll 2
+    for (int g = 0; g < groups; ++g) {
+      const Out y = evaluate(f, x[g]);
+      for (int k = 0; k < F::outputs; ++k) y[k].store(r[k] + i + 4 * g);
+    }
+  }
+
+  static bool accepts(std::int32_t n, Arguments a, Results r) noexcept {
+    std::int32_t status = n <= 0 ? KOR_STATUS_BADSIZE : KOR_STATUS_OK;
+    if (status == KOR_STATUS_OK) {
+      for (const T* vector : a)
+        if (vector == nullptr) status = KOR_STATUS_BADMEM;
+      for (const T* vector : r)
+        if (vector == nullptr) status = KOR_STATUS_BADMEM;
+    }
+    if (status == KOR_STATUS_OK) return true;
+    report(status, status == KOR_STATUS_BADSIZE ? n : 0, a[0], a[F::inputs - 1], r[0], r[F::outputs - 1], F::name);
+    return false;
+  }
+
+  static ORIN_INLINE In load(Arguments a, std::int32_t i) {
+    In x;
+#pragma GCC unroll 2
+    for (int k = 0; k < F::inputs; ++k) x[k] = Group<T>::load(a[k] + i);
+    return x;
+  }
+
+  static ORIN_INLINE Vec4i special_lanes(const F& f, const In& x) {
+    if constexpr (!has_special)
+      return 0;
+    else if constexpr (F::inputs == 1)
+      return f.special_lanes(x[0].words());
+    else
+      return f.special_lanes(x[0].words(), x[1].words());
+  }
+
+  static ORIN_INLINE Out evaluate(const F& f, const In& x) {
+    Out y;
+#pragma GCC unroll 2
+    for (int p = 0; p < Group<T>::registers; ++p) {
+      const auto value = [&]() __attribute__((always_inline)) {
+        if constexpr (F::inputs == 1)
+          return f.fast(x[0].part[p]);
+        else
+          return f.fast(x[0].part[p], x[1].part[p]);
+      }
+      ();
+      if constexpr (F::outputs == 1) {
+        y[0].part[p] = value;
+      } else {
+        y[0].part[p] = value.first;
+        y[1].part[p] = value.second;
+      }
+    }
+    return y;
+  }
+
+  // The elements i to i + count - 1, at most four: the tail, and every group with a special lane.
+  [[gnu::noinline]] static void piece(F f, std::int32_t i, std::int32_t count, Arguments a, Results r) noexcept {
+    T x[F::inputs][4];
+    for (int k = 0; k < F::inputs; ++k)
+      for (int lane = 0; lane < 4; ++lane) x[k][lane] = lane < count ? load_element(a[k] + i + lane) : padding();
+
+    const unsigned special = lane_bits(special_lanes(f, load(rows(x), 0)));
+    T safe[F::inputs][4];
+    for (int k = 0; k < F::inputs; ++k)
+      for (int lane = 0; lane < 4; ++lane) safe[k][lane] = (special >> lane & 1) != 0 ? padding() : x[k][lane];
+
+    const Out fast = evaluate(f, load(rows(safe), 0));
+    T y[F::outputs][4];
+    for (int k = 0; k < F::outputs; ++k) fast[k].store(y[k]);
+
+    for (int lane = 0; lane < count; ++lane) {
+      if ((special >> lane & 1) != 0) {
+        special_element(f, i + lane, std::make_index_sequence<F::inputs>{}, x, lane, a, r);
+      } else {
+        for (int k = 0; k < F::outputs; ++k) store_element(r[k] + i + lane, y[k][lane]);
+      }
+    }
+  }
+
+  template <std::size_t... k>
+  static void special_element(const F& f, std::int32_t i, std::index_sequence<k...>, const T (&x)[F::inputs][4],
+                              int lane, Arguments a, Results r) noexcept {
+    if constexpr (has_special) {
+      auto outcome = f.special(x[k][lane]...);
+      if (outcome.status == KOR_STATUS_OK) {
+        for (int out = 0; out < F::outputs; ++out) store_element(r[out] + i, outcome.value[out]);
+        return;
+      }
+      // The report reads element i of the argument vectors. In place that element is the result's too: the result then
+      // waits in the outcome, passed as the vector whose element i it is, until the report is done.
+      Results seen;
+      for (int out = 0; out < F::outputs; ++out) {
+        bool in_place = false;
+        for (const T* vector : a) in_place |= vector == r[out];
+        seen[out] = in_place ? vector_with_element(i, &outcome.value[out]) : r[out];
+        if (!in_place) store_element(r[out] + i, outcome.value[out]);
+      }
+      report(outcome.status, i, a[0], a[F::inputs - 1], seen[0], seen[F::outputs - 1], F::name);
+      for (int out = 0; out < F::outputs; ++out)
+        if (seen[out] != r[out]) store_element(r[out] + i, outcome.value[out]);
+    }
+  }
+
+  static T* vector_with_element(std::int32_t i, T* element) {
+    return reinterpret_cast<T*>(reinterpret_cast<std::uintptr_t>(element) - static_cast<std::uintptr_t>(i) * sizeof(T));
+  }
+
+  static constexpr T padding() {
+    if constexpr (has_special)
+      return F::ordinary;
+    else
+      return T(1);
+  }
+
+  static ORIN_INLINE Arguments rows(const T (&x)[F::inputs][4]) {
+    Arguments pointers;
+    for (int k = 0; k < F::inputs; ++k) pointers[k] = x[k];
+    return pointers;
+  }
+};
+
+// The kernel of F: as an exported entry calls it.
+template <class F>
+void elementwise(F f, std::int32_t n, typename Elementwise<F>::Arguments a,
+                 typename Elementwise<F>::Results r) noexcept {
+  Elementwise<F>::run(f, n, a, r);
+}
+
+}  // namespace orin::vector_math::simd
+
+#endif
