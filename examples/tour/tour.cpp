@@ -43,11 +43,6 @@ void* module() {
   return loaded;
 }
 
-void tally(bool passed) {
-  ++checks;
-  if (!passed) ++failures;
-}
-
 }  // namespace
 
 void* exported(const char* name) {
@@ -61,16 +56,18 @@ void* exported(const char* name) {
 
 void heading(const char* text) { std::printf("\n%s\n\n", text); }
 
-void check(const char* what, double value, double known, double tolerance) {
-  const bool passed = std::fabs(value - known) <= tolerance;
-  std::printf("  %-44s %18.10g   known %18.10g   %s\n", what, value, known, passed ? "ok" : "WRONG");
-  tally(passed);
+const char* tally(bool passed) {
+  ++checks;
+  if (!passed) ++failures;
+  return passed ? "ok" : "WRONG";
 }
 
-void check(const char* what, bool holds) {
-  std::printf("  %-44s %-43s %s\n", what, "", holds ? "ok" : "WRONG");
-  tally(holds);
+void check(const char* what, double value, double known, double tolerance) {
+  std::printf("  %-44s %18.10g   known %18.10g   %s\n", what, value, known,
+              tally(std::fabs(value - known) <= tolerance));
 }
+
+void check(const char* what, bool holds) { std::printf("  %-44s %-46s %s\n", what, "", tally(holds)); }
 
 }  // namespace tour
 

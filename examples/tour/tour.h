@@ -15,6 +15,9 @@ Function* exported(const char* name) {
 
 void heading(const char* text);
 
+// Counts a check and gives the word for its outcome, "ok" or "WRONG".
+const char* tally(bool passed);
+
 // Prints "what  value  (known ...)" and counts a failure unless the value is within `tolerance` of the known one.
 void check(const char* what, double value, double known, double tolerance);
 
