@@ -43,14 +43,26 @@ using Eigen::internal::pmul;
 // y += sum of the scale[c] * x[c], column after column for every element.
 template <int Columns, class T>
 void add_scaled(Index count, const T (&scale)[Columns], const T* const (&x)[Columns], T* y) noexcept {
+  Packet<T> factors[Columns];
+#pragma GCC unroll 4
+  for (int c = 0; c < Columns; ++c) factors[c] = spread(scale[c]);
   Index i = 0;
-  for (; i + lanes<T> <= count; i += lanes<T>) {
-    auto sum = load(y + i);
-    for (int c = 0; c < Columns; ++c) sum = padd(sum, pmul(spread(scale[c]), load(x[c] + i)));
-    store(y + i, sum);
+  for (; i + 2 * lanes<T> <= count; i += 2 * lanes<T>) {
+    auto even = load(y + i), odd = load(y + i + lanes<T>);
+#pragma GCC unroll 4
+    for (int c = 0; c < Columns; ++c) {
+      even = padd(even, pmul(factors[c], load(x[c] + i)));
+      odd = padd(odd, pmul(factors[c], load(x[c] + i + lanes<T>)));
+    }
+    store(y + i, even);
+    store(y + i + lanes<T>, odd);
   }
-  for (; i < count; ++i)
-    for (int c = 0; c < Columns; ++c) y[i] += scale[c] * x[c][i];
+  for (; i < count; ++i) {
+    T sum = y[i];
+#pragma GCC unroll 4
+    for (int c = 0; c < Columns; ++c) sum += scale[c] * x[c][i];
+    y[i] = sum;
+  }
 }
 
 template <class T>
@@ -64,17 +76,21 @@ void add_scaled(Index count, T scale, const T* x, T* y) noexcept {
 template <int Columns, class T>
 void dot(Index count, const T* const (&x)[Columns], const T* y, T (&result)[Columns]) noexcept {
   Packet<T> even[Columns], odd[Columns];
+#pragma GCC unroll 4
   for (int c = 0; c < Columns; ++c) even[c] = odd[c] = spread(T(0));
   Index i = 0;
   for (; i + 2 * lanes<T> <= count; i += 2 * lanes<T>) {
     const auto y0 = load(y + i), y1 = load(y + i + lanes<T>);
+#pragma GCC unroll 4
     for (int c = 0; c < Columns; ++c) {
       even[c] = padd(even[c], pmul(load(x[c] + i), y0));
       odd[c] = padd(odd[c], pmul(load(x[c] + i + lanes<T>), y1));
     }
   }
+#pragma GCC unroll 4
   for (int c = 0; c < Columns; ++c) result[c] = Eigen::internal::predux(padd(even[c], odd[c]));
   for (; i < count; ++i)
+#pragma GCC unroll 4
     for (int c = 0; c < Columns; ++c) result[c] += x[c][i] * y[i];
 }
 

@@ -44,21 +44,16 @@ inline constexpr Index depth_block = 256;
 inline constexpr Index round_down(Index value, Index unit) noexcept { return value / unit * unit; }
 inline constexpr Index round_up(Index value, Index unit) noexcept { return round_down(value + unit - 1, unit); }
 
-// C may be the same matrix as one of the factors if the other factor is a square of at most this order: then one panel
-// holds all of that square, and no part of C is stored before it has been packed.
-inline constexpr Index in_place_order = 32;
-
 // Room for packed panels of A (row_block x depth) and B (depth x column_block), sized for the product at hand.
 template <class T>
 class Panels {
  public:
-  Panels(Index rows, Index columns, Index depth, bool may_allocate) noexcept {
+  Panels(Index rows, Index columns, Index depth) noexcept {
     const Index run = std::min(depth, depth_block);
     row_block_ = round_up(std::min(rows, most_rows), Tile<T>::rows);
     column_block_ = round_up(std::min(columns, most_columns), Tile<T>::columns);
     const std::size_t count = static_cast<std::size_t>((row_block_ + column_block_ * lanes<T>)*run);
-    if (count > std::size(stack_) && may_allocate)
-      heap_ = static_cast<T*>(core::allocate_aligned(count * sizeof(T), 64));
+    if (count > std::size(stack_)) heap_ = static_cast<T*>(core::allocate_aligned(count * sizeof(T), 64));
     if (count > std::size(stack_) && heap_ == nullptr) {
       row_block_ = std::min(row_block_, round_down(half_stack / run, Tile<T>::rows));
       column_block_ = std::min(column_block_, round_down(half_stack / (run * lanes<T>), Tile<T>::columns));
@@ -78,8 +73,6 @@ class Panels {
  private:
   static constexpr Index most_rows = 96, most_columns = 128, half_stack = 16384 / sizeof(T);
   static_assert(half_stack / depth_block >= Tile<T>::rows && half_stack / (depth_block * lanes<T>) >= Tile<T>::columns);
-  static_assert(half_stack / (in_place_order * lanes<T>) >= in_place_order && most_columns >= in_place_order);
-
   Index row_block_, column_block_;
   T* a_;
   T* b_;
@@ -171,42 +164,50 @@ void scale(Index rows, Index columns, T beta, MatrixView<T> c, Part part) noexce
   }
 }
 
+// A block of C, whose first element is `diagonal` rows above that of the same number of the column (row + diagonal =
+// column on the diagonal of C), from one pair of packed panels. Row i of the panel of A holds zeros from depth
+// `factor_row + i` on (exclusive) where `factor` is lower, before it where it is upper; those are not multiplied.
+template <class T>
+void multiply_block(const Panels<T>& panels, Index rows, Index columns, Index run, T alpha, T beta, MatrixView<T> c,
+                    Part part, Index diagonal, Part factor = Part::all, Index factor_row = 0) noexcept {
+  constexpr Index height = Tile<T>::rows, width = Tile<T>::columns;
+  Tile<T> tile;
+  for (Index j = 0; j < columns; j += width)
+    for (Index i = 0; i < rows; i += height) {
+      const Index live_rows = std::min(height, rows - i), live_columns = std::min(width, columns - j);
+      const Index ahead = diagonal + j - i;  // tile row that holds the diagonal element of the tile's first column
+      if ((part == Part::lower && live_rows <= ahead) || (part == Part::upper && ahead + live_columns <= 0)) continue;
+      const Index first = factor == Part::upper ? factor_row + i : 0;
+      const Index last = factor == Part::lower ? std::min(run, factor_row + i + height) : run;
+      multiply_slivers(panels.a() + i * run + first * height, panels.b() + (j * run + first * width) * lanes<T>,
+                       last - first, tile);
+      for (Index q = 0; q < live_columns; ++q) {
+        const Index from = part == Part::lower ? std::max<Index>(0, ahead + q) : 0;
+        const Index to = part == Part::upper ? std::min(live_rows, ahead + q + 1) : live_rows;
+        merge_column(tile.sums[q], from, to, alpha, beta, &c(i, j + q), c.row_step);
+      }
+    }
+}
+
 template <class T>
 void product(Index rows, Index columns, Index depth, T alpha, MatrixView<const T> a, MatrixView<const T> b, T beta,
-             MatrixView<T> c, Part part = Part::all, bool may_allocate = true) noexcept {
+             MatrixView<T> c, Part part = Part::all) noexcept {
   if (rows <= 0 || columns <= 0) return;
   if (depth <= 0 || alpha == 0) return scale(rows, columns, beta, c, part);
   if (c.row_step != 1 && c.column_step == 1)  // C' = B' A', so that tiles are stored along the columns of memory
-    return product(columns, rows, depth, alpha, b.transposed(), a.transposed(), beta, c.transposed(), transposed(part),
-                   may_allocate);
+    return product(columns, rows, depth, alpha, b.transposed(), a.transposed(), beta, c.transposed(), transposed(part));
 
-  constexpr Index height = Tile<T>::rows, width = Tile<T>::columns;
-  const Panels<T> panels(rows, columns, depth, may_allocate);
-  Tile<T> tile;
-  for (Index j0 = 0; j0 < columns; j0 += panels.column_block()) {
-    const Index block_columns = std::min(panels.column_block(), columns - j0);
-    for (Index p0 = 0; p0 < depth; p0 += depth_block) {
-      const Index run = std::min(depth_block, depth - p0);
-      const T keep = p0 == 0 ? beta : T(1);
-      pack_columns(b.from(p0, j0), block_columns, run, panels.b());
-      for (Index i0 = 0; i0 < rows; i0 += panels.row_block()) {
-        const Index block_rows = std::min(panels.row_block(), rows - i0);
-        if ((part == Part::lower && i0 + block_rows <= j0) || (part == Part::upper && j0 + block_columns <= i0))
-          continue;
-        pack_rows(a.from(i0, p0), block_rows, run, panels.a());
-        for (Index j = 0; j < block_columns; j += width)
-          for (Index i = 0; i < block_rows; i += height) {
-            const Index live_rows = std::min(height, block_rows - i), live_columns = std::min(width, block_columns - j);
-            const Index diagonal = (j0 + j) - (i0 + i);  // tile row that holds the diagonal element of its first column
-            if ((part == Part::lower && live_rows <= diagonal) || (part == Part::upper && diagonal + live_columns <= 0))
-              continue;
-            multiply_slivers(panels.a() + i * run, panels.b() + j * run * lanes<T>, run, tile);
-            for (Index q = 0; q < live_columns; ++q) {
-              const Index from = part == Part::lower ? std::max<Index>(0, diagonal + q) : 0;
-              const Index to = part == Part::upper ? std::min(live_rows, diagonal + q + 1) : live_rows;
-              merge_column(tile.sums[q], from, to, alpha, keep, &c(i0 + i, j0 + j + q), c.row_step);
-            }
-          }
+  const Panels<T> panels(rows, columns, depth);
+  for (Index j = 0; j < columns; j += panels.column_block()) {
+    const Index block_columns = std::min(panels.column_block(), columns - j);
+    for (Index p = 0; p < depth; p += depth_block) {
+      const Index run = std::min(depth_block, depth - p);
+      pack_columns(b.from(p, j), block_columns, run, panels.b());
+      for (Index i = 0; i < rows; i += panels.row_block()) {
+        const Index block_rows = std::min(panels.row_block(), rows - i);
+        if ((part == Part::lower && i + block_rows <= j) || (part == Part::upper && j + block_columns <= i)) continue;
+        pack_rows(a.from(i, p), block_rows, run, panels.a());
+        multiply_block(panels, block_rows, block_columns, run, alpha, p == 0 ? beta : T(1), c.from(i, j), part, j - i);
       }
     }
   }

@@ -45,8 +45,8 @@ ORIN_API void ORIN_CALL orin_serv_deallocate(void* block);
  *             in the order of the routine's checks, and no matrix is touched.
  * Zero        alpha = 0 or an inner size of 0: the factors are not read. beta = 0: the result is written without being
  *             read, so it may start out as anything, NaN included.
- * Rounding    Every element of a matrix product is a sum in order of the inner index, in runs of 256. It depends on no
- *             other size, on no leading dimension, alignment or processor: gemm and syrk give the same bits everywhere.
+ * Rounding    gemm and syrk: every element is a sum in order of the inner index, in runs of 256. It depends on no other
+ *             size, on no leading dimension, alignment or processor: the same bits everywhere.
  *             The error of an inner product of size k is within (k + 2) u times the product of the absolute values,
  *             u = 2^-53 in double and 2^-24 in single precision.
  * Memory      Matrix products beyond 32 KB of packed panels take work memory for the time of the call. Where there is

@@ -155,25 +155,22 @@ struct Eigensystem {
     const Real bound =
         slack * n * Sequential<T>::u * norm * std::sqrt(Real(n)) + n * Real(std::numeric_limits<T>::denorm_min());
     std::vector<T> first;
-    for (const char uplo : {'L', 'l', 'U', 'u'})
-      for (const char jobz : {'V', 'v', 'N', 'n'})
-        for (const bool packed : {false, true}) {
-          SCOPED_TRACE(testing::Message() << uplo << jobz << n << (packed ? " packed" : " full"));
-          const bool vectors = jobz == 'V' || jobz == 'v';
-          Matrix<T> z(n, n, draw, draw.below(3)), w(n, 1, draw);
-          if (packed) {
-            solve_packed(jobz, uplo, w, z);
-            ASSERT_TRUE(vectors || z.kept());
-          } else {
-            solve_full(jobz, uplo, w, z);
-            ASSERT_TRUE(z.kept_but([=](int i, int j) { return vectors || in_triangle(uplo, i, j); }));
-          }
-          ASSERT_TRUE(z.kept_but(everywhere) && w.kept_but(everywhere));
-          ASSERT_TRUE(std::is_sorted(w.data(), w.data() + n));
-          if (first.empty()) first.assign(w.data(), w.data() + n);
-          for (int j = 0; j < n; ++j) ASSERT_LE(std::fabs(Real(w(j, 0)) - first[static_cast<std::size_t>(j)]), bound);
-          if (vectors) check_vectors(w, z, bound);
-        }
+    for (const auto& [jobz, uplo] : {std::pair{'V', 'l'}, {'v', 'U'}, {'N', 'L'}, {'n', 'u'}})
+      for (const bool packed : {false, true}) {
+        SCOPED_TRACE(testing::Message() << jobz << uplo << n << (packed ? " packed" : " full"));
+        const bool vectors = jobz == 'V' || jobz == 'v';
+        Matrix<T> z(n, n, draw, draw.below(3)), w(n, 1, draw);
+        if (packed)
+          solve_packed(jobz, uplo, w, z);
+        else
+          solve_full(jobz, uplo, w, z);
+        ASSERT_TRUE(z.kept_but([&](int i, int j) { return vectors || (!packed && in_triangle(uplo, i, j)); }));
+        ASSERT_TRUE(w.kept_but(everywhere));
+        ASSERT_TRUE(std::is_sorted(w.data(), w.data() + n));
+        if (first.empty()) first.assign(w.data(), w.data() + n);
+        for (int j = 0; j < n; ++j) ASSERT_LE(std::fabs(Real(w(j, 0)) - first[static_cast<std::size_t>(j)]), bound);
+        if (vectors) check_vectors(w, z, bound);
+      }
     values = first;
   }
 
@@ -251,7 +248,7 @@ TYPED_TEST(Factors, EigensystemsOfRandomAndSpecialMatrices) {
   Draw draw(14);
   const T tiny = std::numeric_limits<T>::min() * 4, subnormal = std::numeric_limits<T>::denorm_min() * 3000,
           huge = std::numeric_limits<T>::max() / 64;
-  for (const int n : {0, 1, 2, 3, 4, 8, 21, 60, 130}) {
+  for (const int n : {0, 1, 2, 3, 4, 8, 21, 45, 130}) {
     Eigensystem<T> system(n, draw);
     for (const T scale : {T(1), tiny, subnormal, huge}) {
       system.fill([&](int, int) { return scale * draw.value<T>(); });

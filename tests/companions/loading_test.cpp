@@ -2,9 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <iterator>
+#include <string>
 #include <vector>
 
 #include "orin/abi.h"
@@ -38,7 +37,7 @@ process::Library load(const Sibling& sibling) {
   return process::load(process::library_folder() + "/" + process::library_name(sibling.stem));
 }
 
-// What a leak at each load would use up: slots of thread-local storage on Windows, mappings elsewhere.
+// What a leak at each load would use up: slots of thread-local storage on Windows, mappings of the siblings elsewhere.
 long free_resources() {
 #if defined(_WIN32)
   std::vector<DWORD> slots;
@@ -47,7 +46,10 @@ long free_resources() {
   return static_cast<long>(slots.size());
 #else
   std::ifstream maps("/proc/self/maps");
-  return -std::count(std::istreambuf_iterator<char>(maps), {}, '\n');
+  long mapped = 0;
+  for (std::string line; std::getline(maps, line);)
+    for (const Sibling& sibling : siblings) mapped += line.find(sibling.stem + std::string(".so")) != std::string::npos;
+  return -mapped;
 #endif
 }
 
