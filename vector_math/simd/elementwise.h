@@ -17,7 +17,6 @@
 #ifndef ORIN_VECTOR_MATH_SIMD_ELEMENTWISE_H
 #define ORIN_VECTOR_MATH_SIMD_ELEMENTWISE_H
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -29,6 +28,17 @@
 #include "vector_math/simd/vec.h"
 
 namespace orin::vector_math::simd {
+
+// One or two of a kind: the vectors of a call, the registers of a group.
+template <class T, int count>
+struct Few {
+  T item[count];
+
+  ORIN_INLINE T& operator[](int k) { return item[k]; }
+  ORIN_INLINE const T& operator[](int k) const { return item[k]; }
+  const T* begin() const { return item; }
+  const T* end() const { return item + count; }
+};
 
 template <class V>
 struct Two {
@@ -96,8 +106,8 @@ template <class F>
 class Elementwise {
  public:
   using T = typename F::Element;
-  using Arguments = std::array<const T*, F::inputs>;
-  using Results = std::array<T*, F::outputs>;
+  using Arguments = Few<const T*, F::inputs>;
+  using Results = Few<T*, F::outputs>;
 
   static void run(F f, std::int32_t n, Arguments a, Results r) noexcept {
     if (!accepts(n, a, r)) [[unlikely]]
@@ -111,8 +121,8 @@ class Elementwise {
   }
 
  private:
-  using In = std::array<Group<T>, F::inputs>;
-  using Out = std::array<Group<T>, F::outputs>;
+  using In = Few<Group<T>, F::inputs>;
+  using Out = Few<Group<T>, F::outputs>;
   static constexpr bool has_special = requires { F::ordinary; };
 
   // `groups` groups from element i on. One test decides for all of them.
