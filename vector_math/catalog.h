@@ -17,6 +17,11 @@
 
 namespace orin::vector_math {
 
+// Where the quick references of the catalog are looked up; functions that the standard library lacks are added here.
+namespace reference_function {
+using std::exp;
+}  // namespace reference_function
+
 struct Promise {
   const char* function;
   double ha_ulp_s, ha_ulp_d;

@@ -10,14 +10,11 @@ namespace accuracy {
 
 using namespace orin::vector_math;
 
-namespace quick {
-using std::exp;
-}  // namespace quick
-
 const Reference& reference_of(const char* function) {
   static const Reference references[] = {
-#define ORIN_CATALOG(F, reference, q, ...) \
-  {#F, reference, [](double x) { return quick::q(x); }, [](long double x) { return quick::q(x); }},
+#define ORIN_CATALOG(F, reference, q, ...)                           \
+  {#F, reference, [](double x) { return reference_function::q(x); }, \
+   [](long double x) { return reference_function::q(x); }},
 #include "vector_math/catalog.def"
 #undef ORIN_CATALOG
   };

@@ -17,7 +17,6 @@
 #ifndef ORIN_VECTOR_MATH_SIMD_ELEMENTWISE_H
 #define ORIN_VECTOR_MATH_SIMD_ELEMENTWISE_H
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -29,6 +28,17 @@
 #include "vector_math/simd/vec.h"
 
 namespace orin::vector_math::simd {
+
+// One or two of a kind: the vectors of a call, the registers of a group.
+template <class T, int count>
+struct Few {
+  T item[count];
+
+  ORIN_INLINE T& operator[](int k) { return item[k]; }
+  ORIN_INLINE const T& operator[](int k) const { return item[k]; }
+  const T* begin() const { return item; }
+  const T* end() const { return item + count; }
+};
 
 template <class V>
 struct Two {
@@ -65,10 +75,23 @@ struct Group<double> {
   static constexpr int registers = 2;
   Vec2d part[registers];
 
-  static ORIN_INLINE Group load(const double* from) { return {{Vec2d::load(from), Vec2d::load(from + 2)}}; }
-  ORIN_INLINE void store(double* to) const {
+  // The first `count` elements at `from`, more than three of them meaning four, then paddings.
+  static ORIN_INLINE Group load(const double* from, std::int32_t count, double padding) {
+    if (count >= 4) [[likely]]
+      return {{Vec2d::load(from), Vec2d::load(from + 2)}};
+    Group x = {{padding, padding}};
+    if (count >= 2) x.part[0] = Vec2d::load(from);
+    if (count == 1) x.part[0] = _mm_loadl_pd(x.part[0].raw, from);
+    if (count == 3) x.part[1] = _mm_loadl_pd(x.part[1].raw, from + 2);
+    return x;
+  }
+  ORIN_INLINE void store(double* to, std::int32_t count) const {
+    if (count == 1) return _mm_storel_pd(to, part[0].raw);
     part[0].store(to);
-    part[1].store(to + 2);
+    if (count >= 4) [[likely]]
+      part[1].store(to + 2);
+    else if (count == 3)
+      _mm_storel_pd(to + 2, part[1].raw);
   }
   ORIN_INLINE Vec4i words() const { return high_words(part[0], part[1]); }
 };
@@ -78,8 +101,23 @@ struct Group<float> {
   static constexpr int registers = 1;
   Vec4f part[registers];
 
-  static ORIN_INLINE Group load(const float* from) { return {{Vec4f::load(from)}}; }
-  ORIN_INLINE void store(float* to) const { part[0].store(to); }
+  static ORIN_INLINE Group load(const float* from, std::int32_t count, float padding) {
+    if (count >= 4) [[likely]]
+      return {{Vec4f::load(from)}};
+    __m128 lanes = Vec4f(padding).raw;
+    if (count >= 2) lanes = _mm_loadl_pi(lanes, reinterpret_cast<const __m64*>(from));
+    if (count == 1) lanes = _mm_move_ss(lanes, _mm_load_ss(from));
+    if (count == 3) lanes = _mm_movelh_ps(lanes, _mm_unpacklo_ps(_mm_load_ss(from + 2), Vec4f(padding).raw));
+    return {{lanes}};
+  }
+  ORIN_INLINE void store(float* to, std::int32_t count) const {
+    if (count >= 4) [[likely]]
+      return part[0].store(to);
+    const __m128 lanes = part[0].raw;
+    if (count >= 2) _mm_storel_pi(reinterpret_cast<__m64*>(to), lanes);
+    if (count == 1) _mm_store_ss(to, lanes);
+    if (count == 3) _mm_store_ss(to + 2, _mm_movehl_ps(lanes, lanes));
+  }
   ORIN_INLINE Vec4i words() const { return bits(part[0]); }
 };
 
@@ -96,42 +134,42 @@ template <class F>
 class Elementwise {
  public:
   using T = typename F::Element;
-  using Arguments = std::array<const T*, F::inputs>;
-  using Results = std::array<T*, F::outputs>;
+  using Arguments = Few<const T*, F::inputs>;
+  using Results = Few<T*, F::outputs>;
 
   static void run(F f, std::int32_t n, Arguments a, Results r) noexcept {
     if (!accepts(n, a, r)) [[unlikely]]
       return;
     const FpFrame frame(orin_kor_kernel_GetMode());
     std::int32_t i = 0;
-    if constexpr (F::groups_per_step > 1)
-      for (; n - i >= 4 * F::groups_per_step; i += 4 * F::groups_per_step) step<F::groups_per_step>(f, i, a, r);
-    for (; n - i >= 4; i += 4) step<1>(f, i, a, r);
-    if (i < n) piece(f, i, n - i, a, r);
+    if constexpr (F::groups_per_step == 2)
+      for (; n - i >= 8; i += 8) two_groups(f, i, a, r);
+    for (; i < n; i += 4) group(f, i, n - i, a, r);
   }
 
  private:
-  using In = std::array<Group<T>, F::inputs>;
-  using Out = std::array<Group<T>, F::outputs>;
+  using In = Few<Group<T>, F::inputs>;
+  using Out = Few<Group<T>, F::outputs>;
   static constexpr bool has_special = requires { F::ordinary; };
 
-  // `groups` groups from element i on. One test decides for all of them.
-  template <int groups>
-  static ORIN_INLINE void step(const F& f, std::int32_t i, Arguments a, Results r) {
-    In x[groups];
-#pragma GCC unroll 2
-    for (int g = 0; g < groups; ++g) x[g] = load(a, i + 4 * g);
-    Vec4i special = special_lanes(f, x[0]);
-    if constexpr (groups == 2) special = special | special_lanes(f, x[1]);
-    if (lane_bits(special) != 0) [[unlikely]] {
-      for (int g = 0; g < groups; ++g) piece(f, i + 4 * g, 4, a, r);
-      return;
+  // One test decides for both groups.
+  static ORIN_INLINE void two_groups(const F& f, std::int32_t i, Arguments a, Results r) {
+    const In x[2] = {load(a, i, 4), load(a, i + 4, 4)};
+    if (lane_bits(special_lanes(f, x[0]) | special_lanes(f, x[1])) != 0) [[unlikely]] {
+      special_group(f, i, 4, a, r);
+      return special_group(f, i + 4, 4, a, r);
     }
 #pragma GCC unroll 2
-    for (int g = 0; g < groups; ++g) {
-      const Out y = evaluate(f, x[g]);
-      for (int k = 0; k < F::outputs; ++k) y[k].store(r[k] + i + 4 * g);
-    }
+    for (int g = 0; g < 2; ++g) store(evaluate(f, x[g]), r, i + 4 * g, 4);
+  }
+
+  // The next group from i on, of which `count` elements are left, padded where these are less than four.
+  static ORIN_INLINE void group(const F& f, std::int32_t i, std::int32_t count, Arguments a, Results r) {
+    const In x = load(a, i, count);
+    if (lane_bits(special_lanes(f, x)) != 0) [[unlikely]]
+      special_group(f, i, count < 4 ? count : 4, a, r);
+    else
+      store(evaluate(f, x), r, i, count);
   }
 
   static bool accepts(std::int32_t n, Arguments a, Results r) noexcept {
@@ -147,11 +185,15 @@ class Elementwise {
     return false;
   }
 
-  static ORIN_INLINE In load(Arguments a, std::int32_t i) {
+  static ORIN_INLINE In load(Arguments a, std::int32_t i, std::int32_t count) {
     In x;
 #pragma GCC unroll 2
-    for (int k = 0; k < F::inputs; ++k) x[k] = Group<T>::load(a[k] + i);
+    for (int k = 0; k < F::inputs; ++k) x[k] = Group<T>::load(a[k] + i, count, padding());
     return x;
+  }
+  static ORIN_INLINE void store(const Out& y, Results r, std::int32_t i, std::int32_t count) {
+#pragma GCC unroll 2
+    for (int k = 0; k < F::outputs; ++k) y[k].store(r[k] + i, count);
   }
 
   static ORIN_INLINE Vec4i special_lanes(const F& f, const In& x) {
@@ -184,20 +226,19 @@ class Elementwise {
     return y;
   }
 
-  // The elements i to i + count - 1, at most four: the tail, and every group with a special lane.
-  [[gnu::noinline]] static void piece(F f, std::int32_t i, std::int32_t count, Arguments a, Results r) noexcept {
+  // The `count` elements from i on, at least one of them special: the others are computed beside a padding.
+  [[gnu::noinline, gnu::cold]] static void special_group(F f, std::int32_t i, std::int32_t count, Arguments a,
+                                                         Results r) noexcept {
     T x[F::inputs][4];
     for (int k = 0; k < F::inputs; ++k)
       for (int lane = 0; lane < 4; ++lane) x[k][lane] = lane < count ? load_element(a[k] + i + lane) : padding();
-
-    const unsigned special = lane_bits(special_lanes(f, load(rows(x), 0)));
+    const unsigned special = lane_bits(special_lanes(f, load(rows(x), 0, 4)));
     T safe[F::inputs][4];
     for (int k = 0; k < F::inputs; ++k)
       for (int lane = 0; lane < 4; ++lane) safe[k][lane] = (special >> lane & 1) != 0 ? padding() : x[k][lane];
-
-    const Out fast = evaluate(f, load(rows(safe), 0));
+    const Out fast = evaluate(f, load(rows(safe), 0, 4));
     T y[F::outputs][4];
-    for (int k = 0; k < F::outputs; ++k) fast[k].store(y[k]);
+    for (int k = 0; k < F::outputs; ++k) fast[k].store(y[k], 4);
 
     for (int lane = 0; lane < count; ++lane) {
       if ((special >> lane & 1) != 0) {

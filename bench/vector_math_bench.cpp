@@ -1,0 +1,250 @@
+// vector_math_bench: every vector function and grade beside its peers.
+// SPDX-License-Identifier: MIT
+//
+// Method    arguments uniform in the catalog's usual range, warm caches; contenders take turns, minimum and median over
+// 31
+//           rounds of the mean time per element. n = 1000 sits in L1 with branches the processor has learnt; n = 16000
+//           is too long to learn by heart; n = 1 and 8 are nanoseconds per call. "special" has one argument in 64 from
+//           the special ones. Results are compared with long double first: a row that is off prints WRONG.
+// Classes   HA stands beside the peers that promise 1 ulp, LA beside all of them, EP beside this library's own LA.
+// Options   --costs       relative cost per element and grade, in units in which the double HA exponential is 26.45
+//           --times       a plain list "name grade ns" for n = 1000, as --other reads it
+//           --other FILE  times of another build, to print beside these
+//           NAME...       only these functions
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "bench/vector_math_peers.h"
+#include "vector_math/catalog.h"
+
+namespace {
+
+using namespace orin::vector_math;
+using Clock = std::chrono::steady_clock;
+
+struct Time {
+  double best, median;  // ns
+};
+
+// ns per call of each contender. They take turns, so that a busy machine disturbs all of them alike.
+std::vector<Time> race(const std::vector<std::function<void()>>& contenders) {
+  const auto elapsed = [](const std::function<void()>& call, int calls) {
+    const auto start = Clock::now();
+    for (int i = 0; i < calls; ++i) call();
+    return std::chrono::duration<double, std::nano>(Clock::now() - start).count();
+  };
+  std::vector<int> calls;
+  for (const auto& call : contenders) {
+    elapsed(call, 3);
+    calls.push_back(std::max(1, static_cast<int>(200000 / (elapsed(call, 10) / 10 + 1))));
+  }
+  std::vector<std::vector<double>> times(contenders.size());
+  for (int round = 0; round < 31; ++round)
+    for (std::size_t k = 0; k < contenders.size(); ++k) times[k].push_back(elapsed(contenders[k], calls[k]) / calls[k]);
+  std::vector<Time> out;
+  for (auto& list : times) {
+    std::sort(list.begin(), list.end());
+    out.push_back({list.front(), list[list.size() / 2]});
+  }
+  return out;
+}
+
+// The times of all kernels of one function, and of its peers.
+template <class T>
+class Contest {
+ public:
+  explicit Contest(const UnaryFunction<T>& function) : function_(function) {
+    for (const Peer<T>& peer : peers<T>())
+      if (std::strcmp(peer.function, function.function) == 0) peers_.push_back(peer);
+  }
+
+  // Per element; kernels first, then peers (scalar ones only where n is no multiple of four).
+  std::vector<Time> per_element(std::int32_t n, bool with_peers, bool with_specials = false) {
+    const std::vector<T> a = arguments(n, with_specials);
+    std::vector<T> r(a.size());
+    std::vector<std::function<void()>> contenders;
+    for (auto* kernel : function_.kernels) contenders.push_back([&, kernel] { kernel(n, a.data(), r.data()); });
+    if (with_peers)
+      for (const Peer<T>& peer : peers_)
+        if (peer.scalar || n % 4 == 0) contenders.push_back([&, call = peer.call] { call(n, a.data(), r.data()); });
+    std::vector<Time> times = race(contenders);
+    for (Time& time : times) time = {time.best / n, time.median / n};
+    return times;
+  }
+
+  const std::vector<Peer<T>>& peers_of() const { return peers_; }
+
+  // Whether the grade's results are those of the quick reference, within its bound and the reference's own.
+  bool correct(int grade) const {
+    const std::vector<T> a = arguments(1000, false);
+    std::vector<T> r(a.size());
+    function_.kernels[grade](1000, a.data(), r.data());
+    const double ulp = std::ldexp(1.0, 1 - std::numeric_limits<T>::digits);
+    const double bound = Grade(grade) == Grade::ha ? ulp : function_.relative_bound(Grade(grade));
+    for (std::size_t i = 0; i < a.size(); ++i) {
+      const long double exact = reference(static_cast<long double>(a[i]));
+      if (!(std::fabs(static_cast<long double>(r[i]) - exact) <= bound * 1.01L * std::fabs(exact))) return false;
+    }
+    return true;
+  }
+
+ private:
+  std::vector<T> arguments(std::int32_t n, bool with_specials) const {
+    std::mt19937 random(1);
+    std::vector<T> a(static_cast<std::size_t>(n));
+    const double low = function_.promise->usual_low, high = function_.promise->usual_high;
+    for (T& x : a) x = static_cast<T>(low + (high - low) * (static_cast<double>(random()) + 0.5) * 0x1p-32);
+    if (with_specials)
+      for (std::size_t i = 0; i < a.size(); i += 64) a[i] = i % 128 == 0 ? std::numeric_limits<T>::infinity() : T(1e30);
+    return a;
+  }
+  long double reference(long double x) const {
+    const std::map<std::string, long double (*)(long double)> references = {
+#define ORIN_CATALOG(F, truth, quick, ...) {#F, [](long double y) { return reference_function::quick(y); }},
+#include "vector_math/catalog.def"
+#undef ORIN_CATALOG
+    };
+    return references.at(function_.function)(x);
+  }
+
+  const UnaryFunction<T>& function_;
+  std::vector<Peer<T>> peers_;
+};
+
+struct Options {
+  bool costs = false, times = false;
+  std::map<std::string, double> other;
+  std::vector<std::string> functions;
+
+  bool wants(const char* function) const {
+    return functions.empty() || std::find(functions.begin(), functions.end(), function) != functions.end();
+  }
+};
+
+template <class T>
+void print_contest(const UnaryFunction<T>& function, const Options& options) {
+  Contest<T> contest(function);
+  const auto one = contest.per_element(1, true), eight = contest.per_element(8, true);
+  const auto cached = contest.per_element(1000, true), fresh = contest.per_element(16000, true);
+  const auto special = contest.per_element(1000, false, true);
+  std::size_t scalars = 0;
+  for (std::size_t p = 0; p < contest.peers_of().size(); ++p) {
+    const Peer<T>& peer = contest.peers_of()[p];
+    const std::size_t k = grades + p;
+    std::printf("%-9s %-10s %7.3f %7.3f %7.3f", function.name, peer.name, cached[k].best, cached[k].median,
+                fresh[k].best);
+    if (peer.scalar)
+      std::printf(" %7.1f %7.1f\n", one[grades + scalars++].best, 8 * eight[k].best);
+    else
+      std::printf(" %7s %7.1f\n", "", 8 * eight[k].best);
+  }
+  for (const Grade grade : {Grade::ha, Grade::la, Grade::ep}) {
+    const auto g = static_cast<std::size_t>(grade);
+    const char* name = grade_names[g];
+    std::printf("%-9s %-10s %7.3f %7.3f %7.3f %7.1f %7.1f %7.3f", function.name, name, cached[g].best, cached[g].median,
+                fresh[g].best, one[g].best, 8 * eight[g].best, special[g].best);
+    if (const auto other = options.other.find(std::string(function.name) + " " + name); other != options.other.end())
+      std::printf(" %7.3f %5.2f", other->second, other->second / cached[g].best);
+    else
+      std::printf(" %7s %5s", "", "");
+    if (!contest.correct(static_cast<int>(g))) {
+      std::printf("  WRONG\n");
+      continue;
+    }
+    if (grade == Grade::ep) {
+      const auto la = static_cast<std::size_t>(Grade::la);
+      std::printf("  %5.2f %5.2f LA\n", cached[la].best / cached[g].best, fresh[la].best / fresh[g].best);
+      continue;
+    }
+    // The fastest peer of the class, in each column its own.
+    std::size_t best = 0, best_fresh = 0;
+    for (std::size_t p = 0; p < contest.peers_of().size(); ++p) {
+      if (grade == Grade::ha && contest.peers_of()[p].ulp > 1) continue;
+      const std::size_t k = grades + p;
+      if (best == 0 || cached[k].best < cached[best].best) best = k;
+      if (best_fresh == 0 || fresh[k].best < fresh[best_fresh].best) best_fresh = k;
+    }
+    if (best != 0)
+      std::printf("  %5.2f %5.2f %s", cached[best].best / cached[g].best, fresh[best_fresh].best / fresh[g].best,
+                  contest.peers_of()[best - grades].name);
+    std::printf("\n");
+  }
+  std::fflush(stdout);
+}
+
+// The nanoseconds of a double HA exponential, the unit of the cost figures.
+double unit_of_cost() {
+  for (const auto& function : unary_functions<double>())
+    if (std::strcmp(function.function, "Exp") == 0)
+      return Contest<double>(function).per_element(1000, false)[static_cast<std::size_t>(Grade::ha)].best / 26.45;
+  return 1;
+}
+
+template <class T>
+void print_list(const UnaryFunction<T>& function, const Options& options, double unit) {
+  Contest<T> contest(function);
+  const auto times = contest.per_element(1000, false);
+  if (options.costs) {
+    std::printf("%-10s", function.name + 1);
+    for (const Time& time : times) std::printf(" %8.2f", time.best / unit);
+    std::printf("\n");
+  } else {
+    for (std::size_t g = 0; g < grades; ++g) std::printf("%s %s %.4f\n", function.name, grade_names[g], times[g].best);
+  }
+}
+
+Options parse(int count, char** words) {
+  Options options;
+  for (int k = 1; k < count; ++k) {
+    if (std::strcmp(words[k], "--costs") == 0) {
+      options.costs = true;
+    } else if (std::strcmp(words[k], "--times") == 0) {
+      options.times = true;
+    } else if (std::strcmp(words[k], "--other") == 0 && k + 1 < count) {
+      if (std::FILE* file = std::fopen(words[++k], "r")) {
+        char name[80], grade[8];
+        double time;
+        while (std::fscanf(file, "%79s %7s %lf", name, grade, &time) == 3)
+          options.other[std::string(name) + " " + grade] = time;
+        std::fclose(file);
+      }
+    } else {
+      options.functions.push_back(words[k]);
+    }
+  }
+  return options;
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  const Options options = parse(count, words);
+  _korSetMode(KOR_HA | KOR_ERRMODE_IGNORE | KOR_FTZDAZ_OFF);
+  const double unit = options.costs ? unit_of_cost() : 1;
+  if (options.costs)
+    std::puts("function         LA       HA       EP");
+  else if (!options.times)
+    std::puts(
+        "                     n = 1000        16000     n=1     n=8 special  32-bit build  ahead of the best of its "
+        "class\n"
+        "function  who             ns  median      ns ns/call ns/call      ns      ns ratio   1000 16000");
+  const auto all = [&](const auto& functions) {
+    for (const auto& function : functions) {
+      if (!options.wants(function.function)) continue;
+      if (options.costs || options.times)
+        print_list(function, options, unit);
+      else
+        print_contest(function, options);
+    }
+  };
+  all(unary_functions<double>());
+  all(unary_functions<float>());
+}

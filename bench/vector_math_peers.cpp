@@ -1,0 +1,105 @@
+// vector_math_peers: what a user would call instead, by function name.
+// SPDX-License-Identifier: MIT
+//
+// glibc     the scalar function in a loop
+// SLEEF     the SSE2 functions; u10 and u15 promise about 1 ulp, u35 promises 3.5
+// libmvec   glibc's vector functions of 128 bits, 4 ulp; inside they use SSE4.1
+// Eigen     array expressions, built for SSE2 like everything here
+#include "bench/vector_math_peers.h"
+
+#if !defined(_WIN32)
+#include <emmintrin.h>
+#include <sleef.h>
+
+#include <Eigen/Core>
+#include <cmath>
+
+#define GLIBC(F, name)
+#define SLEEF(F, name, accuracy)
+#define EIGEN(F, name)
+#define LIBMVEC(F, name)            \
+  __m128d _ZGVbN2v_##name(__m128d); \
+  __m128 _ZGVbN4v_##name##f(__m128);
+extern "C" {
+#include "bench/vector_math_peers.def"
+}
+#undef LIBMVEC
+
+namespace {
+
+template <class T, T (*f)(T)>
+void loop(std::int32_t n, const T* a, T* r) {
+  for (std::int32_t i = 0; i < n; ++i) r[i] = f(a[i]);
+}
+template <auto f>
+void pairs(std::int32_t n, const double* a, double* r) {
+  for (std::int32_t i = 0; i < n; i += 2) _mm_storeu_pd(r + i, f(_mm_loadu_pd(a + i)));
+}
+template <auto f>
+void quads(std::int32_t n, const float* a, float* r) {
+  for (std::int32_t i = 0; i < n; i += 4) _mm_storeu_ps(r + i, f(_mm_loadu_ps(a + i)));
+}
+template <class T, class Expression>
+void arrays(std::int32_t n, const T* a, T* r) {
+  using Array = Eigen::Array<T, Eigen::Dynamic, 1>;
+  Eigen::Map<Array>(r, n) = Expression()(Eigen::Map<const Array>(a, n));
+}
+
+#undef EIGEN
+#define EIGEN(F, name)                                       \
+  struct Eigen##F {                                          \
+    auto operator()(const auto& a) const { return name(a); } \
+  };
+#undef GLIBC
+#undef SLEEF
+#define GLIBC(F, name)
+#define SLEEF(F, name, accuracy)
+#define LIBMVEC(F, name)
+#include "bench/vector_math_peers.def"
+
+constexpr int u10 = 1, u15 = 1, u35 = 4;
+
+}  // namespace
+
+#undef GLIBC
+#undef SLEEF
+#undef LIBMVEC
+#undef EIGEN
+#define GLIBC(F, name) {#F, "glibc", 1, true, loop<double, static_cast<double (*)(double)>(name)>},
+#define SLEEF(F, name, accuracy) {#F, "SLEEF " #accuracy, accuracy, false, pairs<Sleef_##name##d2_##accuracy##sse2>},
+#define LIBMVEC(F, name) {#F, "libmvec", 4, false, pairs<_ZGVbN2v_##name>},
+#define EIGEN(F, name) {#F, "Eigen", 4, false, arrays<double, Eigen##F>},
+template <>
+std::vector<Peer<double>> peers() {
+  return {
+#include "bench/vector_math_peers.def"
+  };
+}
+
+#undef GLIBC
+#undef SLEEF
+#undef LIBMVEC
+#undef EIGEN
+#define GLIBC(F, name) {#F, "glibc", 1, true, loop<float, name##f>},
+#define SLEEF(F, name, accuracy) {#F, "SLEEF " #accuracy, accuracy, false, quads<Sleef_##name##f4_##accuracy##sse2>},
+#define LIBMVEC(F, name) {#F, "libmvec", 4, false, quads<_ZGVbN4v_##name##f>},
+#define EIGEN(F, name) {#F, "Eigen", 4, false, arrays<float, Eigen##F>},
+template <>
+std::vector<Peer<float>> peers() {
+  return {
+#include "bench/vector_math_peers.def"
+  };
+}
+
+#else
+
+template <>
+std::vector<Peer<double>> peers() {
+  return {};
+}
+template <>
+std::vector<Peer<float>> peers() {
+  return {};
+}
+
+#endif
