@@ -73,52 +73,49 @@ struct Group;
 template <>
 struct Group<double> {
   static constexpr int registers = 2;
-  Vec2d part[registers];
+  Vec2d low, high;
 
   // The first `count` elements at `from`, more than three of them meaning four, then paddings.
   static ORIN_INLINE Group load(const double* from, std::int32_t count, double padding) {
     if (count >= 4) [[likely]]
-      return {{Vec2d::load(from), Vec2d::load(from + 2)}};
-    Group x = {{padding, padding}};
-    if (count >= 2) x.part[0] = Vec2d::load(from);
-    if (count == 1) x.part[0] = _mm_loadl_pd(x.part[0].raw, from);
-    if (count == 3) x.part[1] = _mm_loadl_pd(x.part[1].raw, from + 2);
-    return x;
+      return {Vec2d::load(from), Vec2d::load(from + 2)};
+    if (count == 3) return {Vec2d::load(from), _mm_loadl_pd(Vec2d(padding).raw, from + 2)};
+    if (count == 2) return {Vec2d::load(from), padding};
+    return {_mm_loadl_pd(Vec2d(padding).raw, from), padding};
   }
   ORIN_INLINE void store(double* to, std::int32_t count) const {
-    if (count == 1) return _mm_storel_pd(to, part[0].raw);
-    part[0].store(to);
+    if (count == 1) return _mm_storel_pd(to, low.raw);
+    low.store(to);
     if (count >= 4) [[likely]]
-      part[1].store(to + 2);
+      high.store(to + 2);
     else if (count == 3)
-      _mm_storel_pd(to + 2, part[1].raw);
+      _mm_storel_pd(to + 2, high.raw);
   }
-  ORIN_INLINE Vec4i words() const { return high_words(part[0], part[1]); }
+  ORIN_INLINE Vec4i words() const { return high_words(low, high); }
 };
 
 template <>
 struct Group<float> {
   static constexpr int registers = 1;
-  Vec4f part[registers];
+  Vec4f low;
 
   static ORIN_INLINE Group load(const float* from, std::int32_t count, float padding) {
     if (count >= 4) [[likely]]
-      return {{Vec4f::load(from)}};
-    __m128 lanes = Vec4f(padding).raw;
-    if (count >= 2) lanes = _mm_loadl_pi(lanes, reinterpret_cast<const __m64*>(from));
-    if (count == 1) lanes = _mm_move_ss(lanes, _mm_load_ss(from));
-    if (count == 3) lanes = _mm_movelh_ps(lanes, _mm_unpacklo_ps(_mm_load_ss(from + 2), Vec4f(padding).raw));
-    return {{lanes}};
+      return {Vec4f::load(from)};
+    const __m128 paddings = Vec4f(padding).raw;
+    if (count == 1) return {_mm_move_ss(paddings, _mm_load_ss(from))};
+    const __m128 two = _mm_loadl_pi(paddings, reinterpret_cast<const __m64*>(from));
+    if (count == 2) return {two};
+    return {_mm_movelh_ps(two, _mm_unpacklo_ps(_mm_load_ss(from + 2), paddings))};
   }
   ORIN_INLINE void store(float* to, std::int32_t count) const {
     if (count >= 4) [[likely]]
-      return part[0].store(to);
-    const __m128 lanes = part[0].raw;
-    if (count >= 2) _mm_storel_pi(reinterpret_cast<__m64*>(to), lanes);
-    if (count == 1) _mm_store_ss(to, lanes);
-    if (count == 3) _mm_store_ss(to + 2, _mm_movehl_ps(lanes, lanes));
+      return low.store(to);
+    if (count == 1) return _mm_store_ss(to, low.raw);
+    _mm_storel_pi(reinterpret_cast<__m64*>(to), low.raw);
+    if (count == 3) _mm_store_ss(to + 2, _mm_movehl_ps(low.raw, low.raw));
   }
-  ORIN_INLINE Vec4i words() const { return bits(part[0]); }
+  ORIN_INLINE Vec4i words() const { return bits(low); }
 };
 
 inline void report(std::int32_t status, std::int32_t i, const float* a1, const float* a2, float* r1, float* r2,
@@ -154,13 +151,17 @@ class Elementwise {
 
   // One test decides for both groups.
   static ORIN_INLINE void two_groups(const F& f, std::int32_t i, Arguments a, Results r) {
-    const In x[2] = {load(a, i, 4), load(a, i + 4, 4)};
-    if (lane_bits(special_lanes(f, x[0]) | special_lanes(f, x[1])) != 0) [[unlikely]] {
+    const In x = load(a, i, 4), next = load(a, i + 4, 4);
+    if (lane_bits(special_lanes(f, x) | special_lanes(f, next)) != 0) [[unlikely]] {
       special_group(f, i, 4, a, r);
       return special_group(f, i + 4, 4, a, r);
     }
-#pragma GCC unroll 2
-    for (int g = 0; g < 2; ++g) store(evaluate(f, x[g]), r, i + 4 * g, 4);
+    evaluate_and_store(f, x, next, i, r);
+  }
+  // By value, so that the second group is in registers before the first one's lookups go through memory.
+  static ORIN_INLINE void evaluate_and_store(const F& f, In x, In next, std::int32_t i, Results r) {
+    store(evaluate(f, x), r, i, 4);
+    store(evaluate(f, next), r, i + 4, 4);
   }
 
   // The next group from i on, of which `count` elements are left, padded where these are less than four.
@@ -186,44 +187,48 @@ class Elementwise {
   }
 
   static ORIN_INLINE In load(Arguments a, std::int32_t i, std::int32_t count) {
-    In x;
-#pragma GCC unroll 2
-    for (int k = 0; k < F::inputs; ++k) x[k] = Group<T>::load(a[k] + i, count, padding());
-    return x;
+    if constexpr (F::inputs == 1)
+      return {{Group<T>::load(a[0] + i, count, padding())}};
+    else
+      return {{Group<T>::load(a[0] + i, count, padding()), Group<T>::load(a[1] + i, count, padding())}};
   }
   static ORIN_INLINE void store(const Out& y, Results r, std::int32_t i, std::int32_t count) {
-#pragma GCC unroll 2
-    for (int k = 0; k < F::outputs; ++k) y[k].store(r[k] + i, count);
+    y[0].store(r[0] + i, count);
+    if constexpr (F::outputs == 2) y[1].store(r[1] + i, count);
   }
 
   static ORIN_INLINE Vec4i special_lanes(const F& f, const In& x) {
     if constexpr (!has_special)
       return 0;
     else if constexpr (F::inputs == 1)
-      return f.special_lanes(x[0].words());
+      return f.special_lanes(x.item[0].words());
     else
-      return f.special_lanes(x[0].words(), x[1].words());
+      return f.special_lanes(x.item[0].words(), x.item[1].words());
   }
 
-  static ORIN_INLINE Out evaluate(const F& f, const In& x) {
-    Out y;
-#pragma GCC unroll 2
-    for (int p = 0; p < Group<T>::registers; ++p) {
-      const auto value = [&]() __attribute__((always_inline)) {
-        if constexpr (F::inputs == 1)
-          return f.fast(x[0].part[p]);
-        else
-          return f.fast(x[0].part[p], x[1].part[p]);
-      }
-      ();
-      if constexpr (F::outputs == 1) {
-        y[0].part[p] = value;
-      } else {
-        y[0].part[p] = value.first;
-        y[1].part[p] = value.second;
-      }
+  static ORIN_INLINE Out evaluate(const F& f, In x) {
+    if constexpr (Group<T>::registers == 1) {
+      const auto y = value(f, x.item[0].low, x.item[F::inputs - 1].low);
+      if constexpr (F::outputs == 1)
+        return {{{y}}};
+      else
+        return {{{y.first}, {y.second}}};
+    } else {
+      const auto low = value(f, x.item[0].low, x.item[F::inputs - 1].low);
+      const auto high = value(f, x.item[0].high, x.item[F::inputs - 1].high);
+      if constexpr (F::outputs == 1)
+        return {{{low, high}}};
+      else
+        return {{{low.first, high.first}, {low.second, high.second}}};
     }
-    return y;
+  }
+  // f of one register of each argument; one argument comes twice.
+  template <class V>
+  static ORIN_INLINE auto value(const F& f, V a, V b) {
+    if constexpr (F::inputs == 1)
+      return f.fast(a);
+    else
+      return f.fast(a, b);
   }
 
   // The `count` elements from i on, at least one of them special: the others are computed beside a padding.
