@@ -20,7 +20,8 @@ struct StreamHeader {
   uint8_t reserved[3];  // not interpreted
   uint64_t chunks;      // address of the first JunStreamChunk, 0 for none
 };
-static_assert(sizeof(StreamHeader) == 16 && offsetof(StreamHeader, created) == 4 && offsetof(StreamHeader, chunks) == 8);
+static_assert(sizeof(StreamHeader) == 16 && offsetof(StreamHeader, created) == 4 &&
+              offsetof(StreamHeader, chunks) == 8);
 
 inline StreamHeader& header_of(void* stream) { return *static_cast<StreamHeader*>(stream); }
 inline const StreamHeader& header_of(const void* stream) { return *static_cast<const StreamHeader*>(stream); }
