@@ -29,6 +29,9 @@ inline int32_t refuse_partition(int32_t method) {
                                         : JUN_RNG_BAD_METHOD;
 }
 
+// Count of outputs that the params of method 2 hold, low word first.
+inline uint64_t skip_count(const uint32_t* params) { return params[0] | uint64_t{params[1]} << 32; }
+
 }  // namespace orin::rng
 
 #endif
