@@ -328,9 +328,10 @@ TEST_F(SharedData, MakesNewKeys) {
 
 // Threads share, copy and drop the same few keys; at the end nothing is left of any of them.
 TEST_F(SharedData, IsSafeUnderThreads) {
-  constexpr int thread_count = 4, rounds = 300, key_count = 3;
-  std::atomic<int> wrong{0};
+  constexpr int thread_count = 4, rounds = 3000, key_count = 3;
+  std::atomic<int> all_wrong{0};
   run_threads(thread_count, [&](int thread) {
+    int wrong = 0;  // an atomic counter here would order the threads' accesses
     for (int round = 0; round < rounds; ++round) {
       const uint64_t key[2] = {static_cast<uint64_t>((round + thread) % key_count), 1000};
       Stream stream = patterned(0x100000);
@@ -341,11 +342,23 @@ TEST_F(SharedData, IsSafeUnderThreads) {
       stream.reset();
       wrong += text != static_cast<const char*>(__junSearchChunk(copy, 1));
       __junDeleteStream(&copy);
+
+      const uint64_t direct[2] = {key[0], 2000};
+      JunGlobRODataEntry* entry = nullptr;
+      JunStreamChunk chunk = {};
+      wrong += __junCreateGlobRODataTableEntry(&entry, direct, nullptr) != 0;
+      __junRegisterGlobRODataReference(&chunk, direct);
+      wrong += __junFindGlobRODataTableEntry(&entry, direct) != 0;
+      __junUnregisterGlobRODataReference(direct);
+      __junUnregisterGlobRODataReference(direct);
     }
+    all_wrong += wrong;
   });
-  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(all_wrong, 0);
   for (uint64_t i = 0; i < key_count; ++i) {
-    const uint64_t key[2] = {i, 1000};
-    EXPECT_EQ(references(key), 0u);
+    for (const uint64_t family : {1000u, 2000u}) {
+      const uint64_t key[2] = {i, family};
+      EXPECT_EQ(references(key), 0u);
+    }
   }
 }
