@@ -1,0 +1,250 @@
+// mrg32k3a: two recurrences of order 3, z = (x1 - x2) mod m1, u = z / m1, m1 = 2^32 - 209.
+// SPDX-License-Identifier: MIT
+//
+// Source    P. L'Ecuyer, Operations Research 47 (1999) 159-164. Period (m1^3 - 1)(m2^3 - 1)/2.
+//               x1[n] = (1403580 x1[n-2] - 810728 x1[n-3]) mod m1
+//               x2[n] = (527612 x2[n-1] - 1370589 x2[n-3]) mod m2,    m2 = 2^32 - 22853
+//           State: x1[n-3], x1[n-2], x1[n-1], then x2 likewise. Advances, then delivers.
+// Method    A long run is cut into eight stretches, whose starts are found by jumps; eight lanes walk along them at
+//           once, in doubles. The coefficients are so small that a step stays below 2^53 and is exact; residues are
+//           kept between -m/2 and m/2, which saves a comparison, and made nonnegative on delivery.
+// Jumps     by e steps: the matrices of the recurrences to the powers 2^k, from a table made at compile time
+// Streams   skip n: a jump. No leapfrog.
+// Proof     tests/rng/generators/sequence_test.cpp: 64-bit arithmetic, value by value; jumps_test.cpp: matrix powers
+#include <algorithm>
+
+#include "rng/generators/generators.h"
+#include "rng/generators/sinks.h"
+
+namespace orin::rng {
+namespace {
+
+struct State {
+  uint32_t x1[3];  // oldest first
+  uint32_t x2[3];
+};
+static_assert(sizeof(State) == 40 - sizeof(StreamHeader));
+
+// x[n] = (plus x[n - plus_lag] - minus x[n-3]) mod 2^32 - excess
+struct Recurrence {
+  uint32_t plus, plus_lag, minus, excess;
+
+  constexpr uint32_t modulus() const { return 0U - excess; }
+  // 2^32 = excess (mod m). Two folds bring any 64-bit number below 2m.
+  constexpr uint32_t residue(uint64_t p) const {
+    p = (p >> 32) * excess + (p & 0xffffffff);
+    p = (p >> 32) * excess + (p & 0xffffffff);
+    return static_cast<uint32_t>(p >= modulus() ? p - modulus() : p);
+  }
+  constexpr uint32_t next(const uint32_t x[3]) const {
+    return residue(uint64_t{plus} * x[3 - plus_lag] + uint64_t{minus} * (modulus() - x[0]));
+  }
+};
+constexpr Recurrence recurrence1{1403580, 2, 810728, 209};
+constexpr Recurrence recurrence2{527612, 1, 1370589, 22853};
+
+struct Matrix {
+  uint32_t at[3][3];
+};
+
+constexpr Matrix product(const Matrix& a, const Matrix& b, const Recurrence& r) {
+  Matrix c{};
+  for (int i = 0; i < 3; ++i)
+    for (int j = 0; j < 3; ++j) {
+      uint64_t sum = 0;
+      for (int k = 0; k < 3; ++k) sum += r.residue(uint64_t{a.at[i][k]} * b.at[k][j]);
+      c.at[i][j] = r.residue(sum);
+    }
+  return c;
+}
+
+struct Powers {
+  Matrix of[64];  // of[k]: 2^k steps
+};
+
+constexpr Powers powers(const Recurrence& r) {
+  Powers p{};
+  p.of[0] = {{{0, 1, 0}, {0, 0, 1}, {r.modulus() - r.minus, 0, 0}}};
+  p.of[0].at[2][3 - r.plus_lag] = r.plus;
+  for (int k = 1; k < 64; ++k) p.of[k] = product(p.of[k - 1], p.of[k - 1], r);
+  return p;
+}
+constexpr Powers powers1 = powers(recurrence1), powers2 = powers(recurrence2);
+
+void apply(const Matrix& a, uint32_t x[3], const Recurrence& r) {
+  uint32_t y[3];
+  for (int i = 0; i < 3; ++i) {
+    uint64_t sum = 0;
+    for (int k = 0; k < 3; ++k) sum += r.residue(uint64_t{a.at[i][k]} * x[k]);
+    y[i] = r.residue(sum);
+  }
+  std::copy_n(y, 3, x);
+}
+
+void jump(State& state, uint64_t steps) {
+  for (int k = 0; steps != 0; ++k, steps >>= 1) {
+    if ((steps & 1) == 0) continue;
+    apply(powers1.of[k], state.x1, recurrence1);
+    apply(powers2.of[k], state.x2, recurrence2);
+  }
+}
+
+uint32_t advance(State& state) {
+  const uint32_t x1 = recurrence1.next(state.x1), x2 = recurrence2.next(state.x2);
+  state.x1[0] = state.x1[1], state.x1[1] = state.x1[2], state.x1[2] = x1;
+  state.x2[0] = state.x2[1], state.x2[1] = state.x2[2], state.x2[2] = x2;
+  return x1 < x2 ? x1 - x2 + recurrence1.modulus() : x1 - x2;
+}
+
+// One recurrence in two lanes, residues between -m/2 and m/2 (and, at the start, 0 and m).
+class LaneRecurrence {
+ public:
+  explicit LaneRecurrence(const Recurrence& r)
+      : plus_(_mm_set1_pd(r.plus)),
+        minus_(_mm_set1_pd(r.minus)),
+        modulus_(_mm_set1_pd(r.modulus())),
+        reciprocal_(_mm_set1_pd(1.0 / r.modulus())) {}
+  __m128d next(__m128d plus_value, __m128d oldest) const {
+    const __m128d shifter = _mm_set1_pd(0x1.8p52);
+    const __m128d p = _mm_sub_pd(_mm_mul_pd(plus_, plus_value), _mm_mul_pd(minus_, oldest));
+    const __m128d q = _mm_sub_pd(_mm_add_pd(_mm_mul_pd(p, reciprocal_), shifter), shifter);
+    return _mm_sub_pd(p, _mm_mul_pd(q, modulus_));
+  }
+  __m128d nonnegative(__m128d x) const {
+    return _mm_add_pd(x, _mm_and_pd(_mm_cmplt_pd(x, _mm_setzero_pd()), modulus_));
+  }
+
+ private:
+  __m128d plus_, minus_, modulus_, reciprocal_;
+};
+
+constexpr std::size_t pairs = 4, lanes = 2 * pairs;
+constexpr std::size_t run = 32;  // steps of all lanes between two deliveries
+
+// Sinks of z, as doubles.
+class RawOutputs {
+ public:
+  explicit RawOutputs(uint32_t* r) : r_(r) {}
+  void two(__m128d z) {
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(r_), words(z));
+    r_ += 2;
+  }
+  void one(__m128d z) { *r_++ = static_cast<uint32_t>(_mm_cvtsi128_si32(words(z))); }
+  RawOutputs at(std::size_t offset) const { return RawOutputs(r_ + offset); }
+
+ private:
+  static __m128i words(__m128d z) {  // the conversion is a signed one
+    return _mm_xor_si128(_mm_cvttpd_epi32(_mm_sub_pd(z, _mm_set1_pd(0x1p31))), splat_word(0x80000000));
+  }
+
+  uint32_t* r_;
+};
+
+template <class T, bool Unit>
+class Quotients {
+ public:
+  Quotients(T* r, const Interval<T>& to) : sink_(r, to) {}
+  void two(__m128d z) { sink_.two(u(z)); }
+  void one(__m128d z) { sink_.one(u(z)); }
+  Quotients at(std::size_t offset) const { return Quotients(sink_.at(offset)); }
+
+ private:
+  explicit Quotients(const RealSink<T, Unit>& sink) : sink_(sink) {}
+  static __m128d u(__m128d z) { return _mm_mul_pd(z, _mm_set1_pd(1.0 / recurrence1.modulus())); }
+
+  RealSink<T, Unit> sink_;
+};
+
+// lanes * stretch outputs, stretch = 2^log2_stretch a multiple of run.
+template <class Sink>
+void generate_stretches(State& state, int log2_stretch, Sink& sink) {
+  const std::size_t stretch = std::size_t{1} << log2_stretch;
+  const LaneRecurrence first(recurrence1), second(recurrence2);
+  __m128d x1[3 + run][pairs], x2[3 + run][pairs];  // in time order, the newest three move to the front
+  for (std::size_t p = 0; p < pairs; ++p) {
+    const State even = state;
+    jump(state, stretch);
+    for (std::size_t i = 0; i < 3; ++i) {
+      x1[i][p] = _mm_set_pd(state.x1[i], even.x1[i]);
+      x2[i][p] = _mm_set_pd(state.x2[i], even.x2[i]);
+    }
+    jump(state, stretch);
+  }
+  for (std::size_t done = 0; done < stretch; done += run) {
+    for (std::size_t k = 0; k < run; ++k)
+      for (std::size_t p = 0; p < pairs; ++p) {
+        x1[k + 3][p] = first.next(x1[k + 1][p], x1[k][p]);
+        x2[k + 3][p] = second.next(x2[k + 2][p], x2[k][p]);
+      }
+    const auto z = [&](std::size_t k, std::size_t p) {
+      return first.nonnegative(_mm_sub_pd(first.nonnegative(x1[k + 3][p]), second.nonnegative(x2[k + 3][p])));
+    };
+    for (std::size_t p = 0; p < pairs; ++p) {
+      Sink even = sink.at(2 * p * stretch + done), odd = sink.at((2 * p + 1) * stretch + done);
+      for (std::size_t k = 0; k < run; k += 2) {
+        const __m128d z0 = z(k, p), z1 = z(k + 1, p);
+        even.two(_mm_unpacklo_pd(z0, z1));
+        odd.two(_mm_unpackhi_pd(z0, z1));
+      }
+    }
+    for (std::size_t i = 0; i < 3; ++i) {
+      std::copy_n(x1[run + i], pairs, x1[i]);
+      std::copy_n(x2[run + i], pairs, x2[i]);
+    }
+  }
+  sink = sink.at(lanes * stretch);
+}
+
+struct Mrg32k3a {
+  template <class Sink>
+  static int32_t generate(void* stream, std::size_t n, Sink& sink) {
+    State& state = state_of<State>(stream);
+    for (int log2_stretch = 10; log2_stretch >= 5; --log2_stretch)
+      for (; n >= lanes << log2_stretch; n -= lanes << log2_stretch) generate_stretches(state, log2_stretch, sink);
+    for (; n != 0; --n) sink.one(_mm_set_sd(advance(state)));
+    return JUN_RNG_OK;
+  }
+};
+
+// From seeds[first] on.
+void seed_component(uint32_t x[3], int32_t first, int32_t n, const uint32_t* seeds, uint32_t modulus) {
+  for (int32_t i = 0; i < 3; ++i) x[i] = first + i < n ? seeds[first + i] % modulus : 1;
+  if ((x[0] | x[1] | x[2]) == 0) x[0] = 1;
+}
+
+}  // namespace
+}  // namespace orin::rng
+
+using namespace orin::rng;
+
+ORIN_BEGIN_DECLS
+
+ORIN_API int32_t ORIN_CALL __junBRngMRG32K3AInitStream(int32_t method, void* stream, int32_t n,
+                                                       const uint32_t* params) {
+  State& state = state_of<State>(stream);
+  switch (method) {
+    case JUN_RNG_SEED:
+      seed_component(state.x1, 0, n, params, recurrence1.modulus());
+      seed_component(state.x2, 3, n, params, recurrence2.modulus());
+      return JUN_RNG_OK;
+    case JUN_RNG_SKIP_AHEAD:
+      jump(state, skip_count(params));
+      return JUN_RNG_OK;
+    default:
+      return refuse_partition(method);
+  }
+}
+
+ORIN_API int32_t ORIN_CALL __junsBRngMRG32K3A(void* stream, int32_t n, float* r, float a, float b) {
+  return uniforms<Mrg32k3a, Quotients>(stream, n, r, a, b);
+}
+
+ORIN_API int32_t ORIN_CALL __jundBRngMRG32K3A(void* stream, int32_t n, double* r, double a, double b) {
+  return uniforms<Mrg32k3a, Quotients>(stream, n, r, a, b);
+}
+
+ORIN_API int32_t ORIN_CALL __juniBRngMRG32K3A(void* stream, int32_t n, uint32_t* r) {
+  return raw_words<Mrg32k3a, RawOutputs>(stream, n, r);
+}
+
+ORIN_END_DECLS
