@@ -121,6 +121,7 @@ class Persistence : public NoLeaks {
 
   // Both loads are refused and leave nothing; memory_status 0: memory has no such fault.
   void refused(const Bytes& image, int32_t file_status, int32_t memory_status) {
+    const long blocks = faulty_core::live_blocks();
     void* stream = &stream;
     EXPECT_EQ(load_file(&stream, image), file_status);
     EXPECT_EQ(stream, nullptr);
@@ -129,7 +130,7 @@ class Persistence : public NoLeaks {
       EXPECT_EQ(load_memory(&stream, image), memory_status);
       EXPECT_EQ(stream, nullptr);
     }
-    EXPECT_EQ(faulty_core::live_blocks(), blocks_);
+    EXPECT_EQ(faulty_core::live_blocks(), blocks);
   }
 };
 
