@@ -39,50 +39,52 @@ __m128i product(__m128i x, __m128i y) {
   return _mm_add_epi32(_mm_and_si128(s, splat_word(modulus)), _mm_srli_epi32(s, 31));
 }
 
-template <class Sink>
-void generate(State& state, std::size_t n, Sink sink) {
-  if (n >= 16) {
-    uint32_t lane[8] = {state.x};
-    for (int i = 1; i < 8; ++i) lane[i] = product(lane[i - 1], state.a);
-    const uint32_t a2 = product(state.a, state.a), a4 = product(a2, a2);
-    const __m128i step = splat_word(product(a4, a4));
-    __m128i x0 = load_words(lane), x1 = load_words(lane + 4);
-    for (; n >= 8; n -= 8) {
-      sink.four(x0);
-      sink.four(x1);
-      x0 = product(x0, step);
-      x1 = product(x1, step);
+struct Mcg31m1 {
+  template <class Sink>
+  static int32_t generate(void* stream, std::size_t n, Sink& sink) {
+    State& state = state_of<State>(stream);
+    Sink local = sink;
+    if (n >= 16) {
+      uint32_t lane[8] = {state.x};
+      for (int i = 1; i < 8; ++i) lane[i] = product(lane[i - 1], state.a);
+      const uint32_t a2 = product(state.a, state.a), a4 = product(a2, a2);
+      const __m128i step = splat_word(product(a4, a4));
+      __m128i x0 = load_words(lane), x1 = load_words(lane + 4);
+      for (; n >= 8; n -= 8) {
+        local.four(x0);
+        local.four(x1);
+        x0 = product(x0, step);
+        x1 = product(x1, step);
+      }
+      state.x = static_cast<uint32_t>(_mm_cvtsi128_si32(x0));
     }
-    state.x = static_cast<uint32_t>(_mm_cvtsi128_si32(x0));
-  }
-  while (n != 0) {
-    uint32_t group[4] = {};
-    std::size_t count = 0;
-    for (; count < 4 && n != 0; ++count, --n) {
-      group[count] = state.x;
-      state.x = product(state.x, state.a);
+    while (n != 0) {
+      uint32_t group[4] = {};
+      std::size_t count = 0;
+      for (; count < 4 && n != 0; ++count, --n) {
+        group[count] = state.x;
+        state.x = product(state.x, state.a);
+      }
+      local.some(load_words(group), count);
     }
-    sink.some(load_words(group), count);
+    sink = local;
+    return JUN_RNG_OK;
   }
-}
+};
 
-// a + scale x. The words are below 2^31.
-class DoubleSink {
+template <class T, bool Unit>
+class Uniforms;
+
+// The formula has no bound and no unit interval.
+template <bool Unit>
+class Uniforms<double, Unit> : public Sink<Uniforms<double, Unit>, double> {
  public:
-  DoubleSink(double* r, double a, double b) : r_(r), a_(_mm_set1_pd(a)), scale_(_mm_set1_pd((b - a) * reciprocal)) {}
-  void four(__m128i x) {
+  Uniforms(double* r, const Interval<double>& to)
+      : Sink<Uniforms, double>(r), a_(_mm_set1_pd(to.a)), scale_(_mm_set1_pd(to.width * reciprocal)) {}
+  void put(double* r, __m128i x) const {
     const __m128i magnitude = splat_word(0x43300000);  // upper half of 2^52
-    store(r_, map(_mm_unpacklo_epi32(x, magnitude)));
-    store(r_ + 2, map(_mm_unpackhi_epi32(x, magnitude)));
-    r_ += 4;
-  }
-  void some(__m128i x, std::size_t count) {
-    double group[4];
-    DoubleSink spare = *this;
-    spare.r_ = group;
-    spare.four(x);
-    std::memcpy(r_, group, count * sizeof *r_);
-    r_ += count;
+    _mm_storeu_pd(r, map(_mm_unpacklo_epi32(x, magnitude)));
+    _mm_storeu_pd(r + 2, map(_mm_unpackhi_epi32(x, magnitude)));
   }
 
  private:
@@ -90,42 +92,18 @@ class DoubleSink {
     return _mm_add_pd(a_, _mm_mul_pd(scale_, _mm_sub_pd(_mm_castsi128_pd(shifted), _mm_set1_pd(0x1p52))));
   }
 
-  double* r_;
   __m128d a_, scale_;
 };
 
-class FloatSink {
+template <bool Unit>
+class Uniforms<float, Unit> : public Sink<Uniforms<float, Unit>, float> {
  public:
-  FloatSink(float* r, const Interval<float>& to)
-      : r_(r), a_(_mm_set1_ps(to.a)), width_(_mm_set1_ps(to.width)), last_(_mm_set1_ps(to.last)) {}
-  void four(__m128i x) {
-    store(r_, map(x));
-    r_ += 4;
-  }
-  void some(__m128i x, std::size_t count) {
-    float group[4];
-    store(group, map(x));
-    std::memcpy(r_, group, count * sizeof *r_);
-    r_ += count;
-  }
+  Uniforms(float* r, const Interval<float>& to) : Sink<Uniforms, float>(r), map_(to, static_cast<float>(reciprocal)) {}
+  void put(float* r, __m128i x) const { _mm_storeu_ps(r, map_(x)); }
 
  private:
-  __m128 map(__m128i x) const {
-    const __m128 u = _mm_mul_ps(_mm_cvtepi32_ps(x), _mm_set1_ps(static_cast<float>(reciprocal)));
-    return _mm_min_ps(_mm_add_ps(a_, _mm_mul_ps(width_, u)), last_);
-  }
-
-  float* r_;
-  __m128 a_, width_, last_;
+  Map<float, Unit> map_;
 };
-
-template <class T, class MakeSink>
-int32_t fill(void* stream, int32_t n, const T* r, MakeSink sink) {
-  if (n <= 0) return JUN_RNG_OK;
-  if (stream == nullptr || r == nullptr) return JUN_RNG_NULL_POINTER;
-  generate(state_of<State>(stream), static_cast<std::size_t>(n), sink());
-  return JUN_RNG_OK;
-}
 
 }  // namespace
 }  // namespace orin::rng
@@ -155,15 +133,15 @@ ORIN_API int32_t ORIN_CALL __junBRngMCG31M1InitStream(int32_t method, void* stre
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngMCG31M1(void* stream, int32_t n, float* r, float a, float b) {
-  return fill(stream, n, r, [=] { return FloatSink(r, Interval<float>(a, b)); });
+  return uniforms<Mcg31m1, Uniforms>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __jundBRngMCG31M1(void* stream, int32_t n, double* r, double a, double b) {
-  return fill(stream, n, r, [=] { return DoubleSink(r, a, b); });
+  return uniforms<Mcg31m1, Uniforms>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __juniBRngMCG31M1(void* stream, int32_t n, uint32_t* r) {
-  return fill(stream, n, r, [=] { return RawSink(r); });
+  return raw_outputs<Mcg31m1>(stream, n, r);
 }
 
 ORIN_END_DECLS

@@ -26,7 +26,12 @@ static_assert(sizeof(State) == 32 - sizeof(StreamHeader));
 
 struct Factor {  // the same in both lanes
   __m128i whole, high;
-  explicit Factor(uint64_t a) : whole(splat_double_word(a)), high(_mm_srli_epi64(whole, 32)) {}
+
+  explicit Factor(uint64_t a) {
+    const uint64_t lanes[2] = {a, a};
+    whole = load_words(reinterpret_cast<const uint32_t*>(lanes));
+    high = _mm_srli_epi64(whole, 32);
+  }
 };
 
 __m128i product(__m128i y, const Factor& a) {
@@ -34,73 +39,92 @@ __m128i product(__m128i y, const Factor& a) {
   return _mm_add_epi64(_mm_mul_epu32(y, a.whole), _mm_slli_epi64(cross, 32));
 }
 
-// Sinks of y values.
-class RawPairs {
- public:
-  explicit RawPairs(uint32_t* r) : r_(r) {}
-  void two(__m128i y) {
-    store_words(r_, _mm_srli_epi64(y, spare_bits));
-    r_ += 4;
-  }
-  void one(__m128i y) {
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(r_), _mm_srli_epi64(y, spare_bits));
-    r_ += 2;
-  }
+struct Group {  // y of four outputs
+  __m128i front, back;
 
- private:
-  uint32_t* r_;
+  Group(const uint64_t y[4])
+      : front(_mm_loadu_si128(reinterpret_cast<const __m128i*>(y))),
+        back(_mm_loadu_si128(reinterpret_cast<const __m128i*>(y + 2))) {}
+  void step(const Factor& a) {
+    front = product(front, a);
+    back = product(back, a);
+  }
+};
+
+struct Raw : Sink<Raw, uint32_t, 2> {
+  using Sink::Sink;
+  static void put(uint32_t* r, const Group& y) {
+    store_words(r, _mm_srli_epi64(y.front, spare_bits));
+    store_words(r + 4, _mm_srli_epi64(y.back, spare_bits));
+  }
 };
 
 template <class T, bool Unit>
-class Pairs {
+class Uniforms;
+
+template <bool Unit>
+class Uniforms<double, Unit> : public Sink<Uniforms<double, Unit>, double> {
  public:
-  Pairs(T* r, const Interval<T>& to) : sink_(r, to) {}
-  void two(__m128i y) { sink_.two(u(y)); }
-  void one(__m128i y) { sink_.one(u(y)); }
+  Uniforms(double* r, const Interval<double>& to) : Sink<Uniforms, double>(r), map_(to) {}
+  void put(double* r, const Group& y) const {
+    _mm_storeu_pd(r, map_(u(y.front)));
+    _mm_storeu_pd(r + 2, map_(u(y.back)));
+  }
 
  private:
-  static __m128d u(__m128i y) {
+  static __m128d u(__m128i y) {  // below 1 after rounding, too
     const __m128i low_bits = _mm_set_epi32(0, -1, 0, -1);
     const __m128i high = _mm_or_si128(_mm_srli_epi64(y, 32), _mm_castpd_si128(_mm_set1_pd(0x1p20)));
     const __m128i low = _mm_or_si128(_mm_and_si128(y, low_bits), _mm_castpd_si128(_mm_set1_pd(0x1p-12)));
-    return _mm_add_pd(_mm_sub_pd(_mm_castsi128_pd(high), _mm_set1_pd(0x1p20)),
-                      _mm_sub_pd(_mm_castsi128_pd(low), _mm_set1_pd(0x1p-12)));
+    const __m128d sum =
+        _mm_add_pd(_mm_sub_pd(_mm_castsi128_pd(high), _mm_set1_pd(0x1p20 + 0x1p-12)), _mm_castsi128_pd(low));
+    return _mm_min_pd(sum, _mm_set1_pd(1 - 0x1p-53));
   }
 
-  RealSink<T, Unit> sink_;
+  Map<double, Unit> map_;
+};
+
+template <bool Unit>
+class Uniforms<float, Unit> : public Sink<Uniforms<float, Unit>, float> {
+ public:
+  Uniforms(float* r, const Interval<float>& to) : Sink<Uniforms, float>(r), map_(to) {}
+  void put(float* r, const Group& y) const { _mm_storeu_ps(r, map_(_mm_srli_epi32(high_words(y.front, y.back), 1))); }
+
+ private:
+  Map<float, Unit> map_;
 };
 
 struct Mcg59 {
   template <class Sink>
   static int32_t generate(void* stream, std::size_t n, Sink& sink) {
     State& state = state_of<State>(stream);
-    if (n >= 12) {
-      const uint64_t a2 = state.a * state.a, y = state.x << spare_bits, y2 = y * a2, y4 = y2 * a2;
-      const auto pair = [&](uint64_t first) {
-        const uint64_t lanes[2] = {first, first * state.a};
-        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(lanes));
-      };
-      const Factor step(a2 * a2 * a2);
-      __m128i y0 = pair(y), y1 = pair(y2), y2_3 = pair(y4);
-      Sink local = sink;
-      for (; n >= 6; n -= 6) {
-        local.two(y0);
-        local.two(y1);
-        local.two(y2_3);
-        y0 = product(y0, step);
-        y1 = product(y1, step);
-        y2_3 = product(y2_3, step);
+    Sink local = sink;
+    if (n >= 16) {
+      uint64_t lane[8] = {state.x << spare_bits};
+      for (int i = 1; i < 8; ++i) lane[i] = lane[i - 1] * state.a;
+      const uint64_t a2 = state.a * state.a, a4 = a2 * a2;
+      const Factor step(a4 * a4);
+      Group y0(lane), y1(lane + 4);
+      for (; n >= 8; n -= 8) {
+        local.four(y0);
+        local.four(y1);
+        y0.step(step);
+        y1.step(step);
       }
-      sink = local;
       uint64_t first;
-      _mm_storel_epi64(reinterpret_cast<__m128i*>(&first), y0);
+      _mm_storel_epi64(reinterpret_cast<__m128i*>(&first), y0.front);
       state.x = first >> spare_bits;
     }
-    for (; n != 0; --n) {
-      const uint64_t y = state.x << spare_bits;
-      sink.one(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(&y)));
-      state.x = state.x * state.a & mask;
+    while (n != 0) {
+      uint64_t y[4] = {};
+      std::size_t count = 0;
+      for (; count < 4 && n != 0; ++count, --n) {
+        y[count] = state.x << spare_bits;
+        state.x = state.x * state.a & mask;
+      }
+      local.some(Group(y), count);
     }
+    sink = local;
     return JUN_RNG_OK;
   }
 };
@@ -134,15 +158,15 @@ ORIN_API int32_t ORIN_CALL __junBRngMCG59InitStream(int32_t method, void* stream
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngMCG59(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Mcg59, Pairs>(stream, n, r, a, b);
+  return uniforms<Mcg59, Uniforms>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __jundBRngMCG59(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Mcg59, Pairs>(stream, n, r, a, b);
+  return uniforms<Mcg59, Uniforms>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __juniBRngMCG59(void* stream, int32_t n, uint32_t* r) {
-  return raw_words<Mcg59, RawPairs>(stream, n, r);
+  return raw_outputs<Mcg59, Raw>(stream, n, r);
 }
 
 ORIN_END_DECLS

@@ -121,38 +121,47 @@ class LaneRecurrence {
 constexpr std::size_t pairs = 4, lanes = 2 * pairs;
 constexpr std::size_t run = 32;  // steps of all lanes between two deliveries
 
-// Sinks of z, as doubles.
-class RawOutputs {
- public:
-  explicit RawOutputs(uint32_t* r) : r_(r) {}
-  void two(__m128d z) {
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(r_), words(z));
-    r_ += 2;
-  }
-  void one(__m128d z) { *r_++ = static_cast<uint32_t>(_mm_cvtsi128_si32(words(z))); }
-  RawOutputs at(std::size_t offset) const { return RawOutputs(r_ + offset); }
+struct Group {  // z of four outputs
+  __m128d front, back;
 
- private:
-  static __m128i words(__m128d z) {  // the conversion is a signed one
-    return _mm_xor_si128(_mm_cvttpd_epi32(_mm_sub_pd(z, _mm_set1_pd(0x1p31))), splat_word(0x80000000));
+  // As integers: added to 2^52, they are the low words.
+  __m128i words() const {
+    const __m128d shifter = _mm_set1_pd(0x1p52);
+    return low_words(_mm_add_pd(front, shifter), _mm_add_pd(back, shifter));
   }
+};
 
-  uint32_t* r_;
+struct Raw : Sink<Raw, uint32_t> {
+  using Sink::Sink;
+  static void put(uint32_t* r, const Group& z) { store_words(r, z.words()); }
 };
 
 template <class T, bool Unit>
-class Quotients {
+class Uniforms;
+
+template <bool Unit>
+class Uniforms<double, Unit> : public Sink<Uniforms<double, Unit>, double> {
  public:
-  Quotients(T* r, const Interval<T>& to) : sink_(r, to) {}
-  void two(__m128d z) { sink_.two(u(z)); }
-  void one(__m128d z) { sink_.one(u(z)); }
-  Quotients at(std::size_t offset) const { return Quotients(sink_.at(offset)); }
+  Uniforms(double* r, const Interval<double>& to) : Sink<Uniforms, double>(r), map_(to) {}
+  void put(double* r, const Group& z) const {
+    const __m128d unit = _mm_set1_pd(1.0 / recurrence1.modulus());
+    _mm_storeu_pd(r, map_(_mm_mul_pd(z.front, unit)));
+    _mm_storeu_pd(r + 2, map_(_mm_mul_pd(z.back, unit)));
+  }
 
  private:
-  explicit Quotients(const RealSink<T, Unit>& sink) : sink_(sink) {}
-  static __m128d u(__m128d z) { return _mm_mul_pd(z, _mm_set1_pd(1.0 / recurrence1.modulus())); }
+  Map<double, Unit> map_;
+};
 
-  RealSink<T, Unit> sink_;
+template <bool Unit>
+class Uniforms<float, Unit> : public Sink<Uniforms<float, Unit>, float> {
+ public:
+  Uniforms(float* r, const Interval<float>& to)
+      : Sink<Uniforms, float>(r), map_(to, static_cast<float>(2.0 / recurrence1.modulus())) {}
+  void put(float* r, const Group& z) const { _mm_storeu_ps(r, map_(_mm_srli_epi32(z.words(), 1))); }
+
+ private:
+  Map<float, Unit> map_;
 };
 
 // lanes * stretch outputs, stretch = 2^log2_stretch a multiple of run.
@@ -181,10 +190,10 @@ void generate_stretches(State& state, int log2_stretch, Sink& sink) {
     };
     for (std::size_t p = 0; p < pairs; ++p) {
       Sink even = sink.at(2 * p * stretch + done), odd = sink.at((2 * p + 1) * stretch + done);
-      for (std::size_t k = 0; k < run; k += 2) {
-        const __m128d z0 = z(k, p), z1 = z(k + 1, p);
-        even.two(_mm_unpacklo_pd(z0, z1));
-        odd.two(_mm_unpackhi_pd(z0, z1));
+      for (std::size_t k = 0; k < run; k += 4) {
+        const __m128d z0 = z(k, p), z1 = z(k + 1, p), z2 = z(k + 2, p), z3 = z(k + 3, p);
+        even.four(Group{_mm_unpacklo_pd(z0, z1), _mm_unpacklo_pd(z2, z3)});
+        odd.four(Group{_mm_unpackhi_pd(z0, z1), _mm_unpackhi_pd(z2, z3)});
       }
     }
     for (std::size_t i = 0; i < 3; ++i) {
@@ -201,7 +210,12 @@ struct Mrg32k3a {
     State& state = state_of<State>(stream);
     for (int log2_stretch = 10; log2_stretch >= 5; --log2_stretch)
       for (; n >= lanes << log2_stretch; n -= lanes << log2_stretch) generate_stretches(state, log2_stretch, sink);
-    for (; n != 0; --n) sink.one(_mm_set_sd(advance(state)));
+    while (n != 0) {
+      double z[4] = {};
+      std::size_t count = 0;
+      for (; count < 4 && n != 0; ++count, --n) z[count] = advance(state);
+      sink.some(Group{_mm_loadu_pd(z), _mm_loadu_pd(z + 2)}, count);
+    }
     return JUN_RNG_OK;
   }
 };
@@ -236,15 +250,15 @@ ORIN_API int32_t ORIN_CALL __junBRngMRG32K3AInitStream(int32_t method, void* str
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngMRG32K3A(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Mrg32k3a, Quotients>(stream, n, r, a, b);
+  return uniforms<Mrg32k3a, Uniforms>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __jundBRngMRG32K3A(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Mrg32k3a, Quotients>(stream, n, r, a, b);
+  return uniforms<Mrg32k3a, Uniforms>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __juniBRngMRG32K3A(void* stream, int32_t n, uint32_t* r) {
-  return raw_words<Mrg32k3a, RawOutputs>(stream, n, r);
+  return raw_outputs<Mrg32k3a, Raw>(stream, n, r);
 }
 
 ORIN_END_DECLS

@@ -43,15 +43,15 @@ ORIN_API int32_t ORIN_CALL __junBRngMT19937InitStream(int32_t method, void* stre
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngMT19937(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Mt19937, WordSink>(stream, n, r, a, b);
+  return uniforms<Mt19937>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __jundBRngMT19937(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Mt19937, WordSink>(stream, n, r, a, b);
+  return uniforms<Mt19937>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __juniBRngMT19937(void* stream, int32_t n, uint32_t* r) {
-  return raw_words<Mt19937>(stream, n, r);
+  return raw_outputs<Mt19937>(stream, n, r);
 }
 
 ORIN_END_DECLS

@@ -46,15 +46,15 @@ ORIN_API int32_t ORIN_CALL __junBRngMT2203InitStream(int32_t method, void* strea
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngMT2203(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Mt2203, WordSink>(stream, n, r, a, b);
+  return uniforms<Mt2203>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __jundBRngMT2203(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Mt2203, WordSink>(stream, n, r, a, b);
+  return uniforms<Mt2203>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __juniBRngMT2203(void* stream, int32_t n, uint32_t* r) {
-  return raw_words<Mt2203>(stream, n, r);
+  return raw_outputs<Mt2203>(stream, n, r);
 }
 
 ORIN_END_DECLS

@@ -92,15 +92,15 @@ ORIN_API int32_t ORIN_CALL __junBRngNiederrInitStream(int32_t method, void* stre
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngNiederr(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Engine, WordSink>(stream, n, r, a, b);
+  return uniforms<Engine>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __jundBRngNiederr(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Engine, WordSink>(stream, n, r, a, b);
+  return uniforms<Engine>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __juniBRngNiederr(void* stream, int32_t n, uint32_t* r) {
-  return raw_words<Engine>(stream, n, r);
+  return raw_outputs<Engine>(stream, n, r);
 }
 
 ORIN_END_DECLS

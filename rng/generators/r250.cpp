@@ -108,7 +108,7 @@ struct R250 {
 };
 
 int32_t raw_sequence(void* stream, int32_t n, uint32_t* r) {
-  if (n <= static_cast<int32_t>(few)) return raw_words<R250>(stream, n, r);
+  if (n <= static_cast<int32_t>(few)) return raw_outputs<R250>(stream, n, r);
   if (stream == nullptr || r == nullptr) return JUN_RNG_NULL_POINTER;
   State& state = state_of<State>(stream);
   const auto count = static_cast<std::size_t>(n);
@@ -136,11 +136,11 @@ ORIN_API int32_t ORIN_CALL __junBRngR250InitStream(int32_t method, void* stream,
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngR250(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<R250, WordSink>(stream, n, r, a, b);
+  return uniforms<R250>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __jundBRngR250(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<R250, WordSink>(stream, n, r, a, b);
+  return uniforms<R250>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __juniBRngR250(void* stream, int32_t n, uint32_t* r) { return raw_sequence(stream, n, r); }

@@ -142,15 +142,15 @@ ORIN_API int32_t ORIN_CALL __junBRngSFMT19937InitStream(int32_t method, void* st
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngSFMT19937(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Sfmt19937, WordSink>(stream, n, r, a, b);
+  return uniforms<Sfmt19937>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __jundBRngSFMT19937(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Sfmt19937, WordSink>(stream, n, r, a, b);
+  return uniforms<Sfmt19937>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __juniBRngSFMT19937(void* stream, int32_t n, uint32_t* r) {
-  return raw_words<Sfmt19937, RawSink, 4>(stream, n, r);
+  return raw_outputs<Sfmt19937, RawWords, 4>(stream, n, r);
 }
 
 ORIN_END_DECLS

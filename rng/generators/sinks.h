@@ -1,12 +1,13 @@
 // sinks: from what a generator produces to the numbers that its caller asked for.
 // SPDX-License-Identifier: MIT
 //
-// Use       A generator's loop is written once, over a sink that takes its values group after group:
-//               word sinks   four(words), some(words, count): 32-bit words w; raw words, or uniforms with u = w / 2^32
-//               real sinks   two(u), one(u): values u in [0, 1]; uniforms only
-// Method    A word becomes a double without rounding: as the low half of a double of magnitude 2^20 it counts in units
-//           of 2^-32, and 2^20 is subtracted. As a float it is the sum of its halves, taken from 2^7 and 2^-9 alike,
-//           and rounded once. The result is a + (b - a) u; one that rounds to b becomes the value below b.
+// Use       A generator's loop is written once, over a sink that takes four outputs at a time: four(group), and
+//           some(group, count) for the last ones. What a group is, words or residues, is between the family and its
+//           sinks; those for 32-bit words, raw or as uniforms with u = w / 2^32, stand here.
+// Double    A word becomes a double without rounding: as the low half of a double of magnitude 2^20 it counts in units
+//           of 2^-32, and 2^20 is subtracted. The result is a + (b - a) u; one that rounds to b becomes the value
+//           below.
+// Float     u is taken from the leading 31 bits, which convert in one instruction, and rounded once; then the same.
 // Tails     some() runs the code of the full group, so a value depends on the generator's state alone.
 #ifndef ORIN_RNG_GENERATORS_SINKS_H
 #define ORIN_RNG_GENERATORS_SINKS_H
@@ -26,15 +27,20 @@ namespace orin::rng {
 inline __m128i load_words(const uint32_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 inline void store_words(uint32_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
 inline __m128i splat_word(uint32_t w) { return _mm_set1_epi32(static_cast<int>(w)); }
-inline __m128i splat_double_word(uint64_t w) {
-  return _mm_set_epi32(static_cast<int>(w >> 32), static_cast<int>(w), static_cast<int>(w >> 32), static_cast<int>(w));
-}
 
 // The first count < 4 words, the others zero.
 inline __m128i load_some_words(const uint32_t* p, std::size_t count) {
   uint32_t group[4] = {};
   std::memcpy(group, p, count * sizeof *p);
   return load_words(group);
+}
+
+// The low words of two pairs of 64-bit lanes, the high ones.
+inline __m128i low_words(__m128d front, __m128d back) {
+  return _mm_castps_si128(_mm_shuffle_ps(_mm_castpd_ps(front), _mm_castpd_ps(back), _MM_SHUFFLE(2, 0, 2, 0)));
+}
+inline __m128i high_words(__m128i front, __m128i back) {
+  return _mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(front), _mm_castsi128_ps(back), _MM_SHUFFLE(3, 1, 3, 1)));
 }
 
 // [a, b); without the bound above where it would make no sense (a >= b, NaN).
@@ -47,142 +53,96 @@ struct Interval {
   bool is_unit() const { return a == 0 && width == 1; }
 };
 
-// 4-byte alignment is all that a caller's array promises.
-inline void store(double* r, __m128d v) { _mm_storeu_pd(r, v); }
-inline void store(float* r, __m128 v) { _mm_storeu_ps(r, v); }
-
-class RawSink {
- public:
-  explicit RawSink(uint32_t* r) : r_(r) {}
-  void four(__m128i words) {
-    store_words(r_, words);
-    r_ += 4;
-  }
-  void some(__m128i words, std::size_t count) {
-    uint32_t group[4];
-    store_words(group, words);
-    std::memcpy(r_, group, count * sizeof *r_);
-    r_ += count;
-  }
-
- private:
-  uint32_t* r_;
-};
-
-// The unit interval needs no scaling, and in double precision no bound: u is exact.
+// u to a + (b - a) u. The unit interval needs no scaling and, where u < 1 is a double, no bound.
 template <class T, bool Unit>
-class WordSink;
+class Map;
 
 template <bool Unit>
-class WordSink<double, Unit> {
+class Map<double, Unit> {
  public:
-  WordSink(double* r, const Interval<double>& to)
-      : r_(r), a_(_mm_set1_pd(to.a)), width_(_mm_set1_pd(to.width)), last_(_mm_set1_pd(to.last)) {}
-  void four(__m128i words) {
-    const __m128i magnitude = splat_word(0x41300000);  // upper half of 2^20
-    store(r_, map(_mm_unpacklo_epi32(words, magnitude)));
-    store(r_ + 2, map(_mm_unpackhi_epi32(words, magnitude)));
-    r_ += 4;
-  }
-  void some(__m128i words, std::size_t count) {
-    double group[4];
-    WordSink spare = *this;
-    spare.r_ = group;
-    spare.four(words);
-    std::memcpy(r_, group, count * sizeof *r_);
-    r_ += count;
-  }
+  explicit Map(const Interval<double>& to)
+      : a_(_mm_set1_pd(to.a)), width_(_mm_set1_pd(to.width)), last_(_mm_set1_pd(to.last)) {}
+  __m128d operator()(__m128d u) const { return Unit ? u : _mm_min_pd(_mm_add_pd(a_, _mm_mul_pd(width_, u)), last_); }
 
  private:
-  __m128d map(__m128i shifted) const {
-    const __m128d u = _mm_sub_pd(_mm_castsi128_pd(shifted), _mm_set1_pd(0x1p20));
-    return Unit ? u : _mm_min_pd(_mm_add_pd(a_, _mm_mul_pd(width_, u)), last_);
-  }
-
-  double* r_;
   __m128d a_, width_, last_;
 };
 
 template <bool Unit>
-class WordSink<float, Unit> {
+class Map<float, Unit> {
  public:
-  WordSink(float* r, const Interval<float>& to)
-      : r_(r), a_(_mm_set1_ps(to.a)), width_(_mm_set1_ps(to.width)), last_(_mm_set1_ps(to.last)) {}
-  void four(__m128i words) {
-    store(r_, map(words));
-    r_ += 4;
-  }
-  void some(__m128i words, std::size_t count) {
-    float group[4];
-    store(group, map(words));
-    std::memcpy(r_, group, count * sizeof *r_);
-    r_ += count;
-  }
-
- private:
-  __m128 map(__m128i words) const {
-    const __m128i high = _mm_or_si128(_mm_srli_epi32(words, 16), splat_word(0x43000000));  // 2^7 + h 2^-16
-    const __m128i low =
-        _mm_or_si128(_mm_and_si128(words, splat_word(0xffff)), splat_word(0x3b000000));  // 2^-9 + l 2^-32
-    const __m128 u =
-        _mm_add_ps(_mm_sub_ps(_mm_castsi128_ps(high), _mm_set1_ps(0x1p7f + 0x1p-9f)), _mm_castsi128_ps(low));
+  // u = x * unit for integers x below 2^31, which are rounded to floats first.
+  explicit Map(const Interval<float>& to, float unit = 0x1p-31f)
+      : a_(_mm_set1_ps(to.a)), width_(_mm_set1_ps(to.width)), last_(_mm_set1_ps(to.last)), unit_(_mm_set1_ps(unit)) {}
+  __m128 operator()(__m128i x) const {
+    const __m128 u = _mm_mul_ps(_mm_cvtepi32_ps(x), unit_);
     return _mm_min_ps(Unit ? u : _mm_add_ps(a_, _mm_mul_ps(width_, u)), last_);
   }
 
-  float* r_;
-  __m128 a_, width_, last_;
+ private:
+  __m128 a_, width_, last_, unit_;
+};
+
+// Derived gives put(array, group): four outputs, of Elements elements each, to an array aligned to 4 bytes.
+template <class Derived, class T, std::size_t Elements = 1>
+class Sink {
+ public:
+  explicit Sink(T* r) : r_(r) {}
+  template <class Group>
+  void four(const Group& group) {
+    derived().put(r_, group);
+    r_ += 4 * Elements;
+  }
+  template <class Group>
+  void some(const Group& group, std::size_t count) {
+    T outputs[4 * Elements];
+    derived().put(outputs, group);
+    std::memcpy(r_, outputs, count * Elements * sizeof(T));
+    r_ += count * Elements;
+  }
+  Derived at(std::size_t outputs) const {
+    Derived moved = derived();
+    moved.r_ += outputs * Elements;
+    return moved;
+  }
+
+ private:
+  const Derived& derived() const { return static_cast<const Derived&>(*this); }
+
+  T* r_;
+};
+
+struct RawWords : Sink<RawWords, uint32_t> {
+  using Sink::Sink;
+  static void put(uint32_t* r, __m128i words) { store_words(r, words); }
 };
 
 template <class T, bool Unit>
-class RealSink;
+class WordUniforms;
 
 template <bool Unit>
-class RealSink<double, Unit> {
+class WordUniforms<double, Unit> : public Sink<WordUniforms<double, Unit>, double> {
  public:
-  RealSink(double* r, const Interval<double>& to)
-      : r_(r), a_(_mm_set1_pd(to.a)), width_(_mm_set1_pd(to.width)), last_(_mm_set1_pd(to.last)) {}
-  void two(__m128d u) {
-    store(r_, map(u));
-    r_ += 2;
-  }
-  void one(__m128d u) { _mm_store_sd(r_++, map(u)); }
-  RealSink at(std::size_t offset) const {
-    RealSink moved = *this;
-    moved.r_ += offset;
-    return moved;
+  WordUniforms(double* r, const Interval<double>& to) : Sink<WordUniforms, double>(r), map_(to) {}
+  void put(double* r, __m128i words) const {
+    const __m128i magnitude = splat_word(0x41300000);  // upper half of 2^20
+    const auto u = [](__m128i shifted) { return _mm_sub_pd(_mm_castsi128_pd(shifted), _mm_set1_pd(0x1p20)); };
+    _mm_storeu_pd(r, map_(u(_mm_unpacklo_epi32(words, magnitude))));
+    _mm_storeu_pd(r + 2, map_(u(_mm_unpackhi_epi32(words, magnitude))));
   }
 
  private:
-  __m128d map(__m128d u) const { return _mm_min_pd(Unit ? u : _mm_add_pd(a_, _mm_mul_pd(width_, u)), last_); }
-
-  double* r_;
-  __m128d a_, width_, last_;
+  Map<double, Unit> map_;
 };
 
 template <bool Unit>
-class RealSink<float, Unit> {
+class WordUniforms<float, Unit> : public Sink<WordUniforms<float, Unit>, float> {
  public:
-  RealSink(float* r, const Interval<float>& to)
-      : r_(r), a_(_mm_set1_pd(to.a)), width_(_mm_set1_pd(to.width)), last_(_mm_set1_ps(to.last)) {}
-  void two(__m128d u) {
-    _mm_storel_pi(reinterpret_cast<__m64*>(r_), map(u));
-    r_ += 2;
-  }
-  void one(__m128d u) { _mm_store_ss(r_++, map(u)); }
-  RealSink at(std::size_t offset) const {
-    RealSink moved = *this;
-    moved.r_ += offset;
-    return moved;
-  }
+  WordUniforms(float* r, const Interval<float>& to) : Sink<WordUniforms, float>(r), map_(to) {}
+  void put(float* r, __m128i words) const { _mm_storeu_ps(r, map_(_mm_srli_epi32(words, 1))); }
 
  private:
-  __m128 map(__m128d u) const {
-    return _mm_min_ps(_mm_cvtpd_ps(Unit ? u : _mm_add_pd(a_, _mm_mul_pd(width_, u))), last_);
-  }
-
-  float* r_;
-  __m128d a_, width_;
-  __m128 last_;
+  Map<float, Unit> map_;
 };
 
 // Sends n words through a transformation of four words into a sink. The loop works on a copy of the sink, which the
@@ -200,23 +160,23 @@ void send_words(const uint32_t* words, std::size_t n, Sink& sink) {
 }
 
 // The bodies of a family's generating functions: Family::generate (stream, n > 0, sink) returns a status.
-template <class Family, template <class, bool> class Sink, class T>
+template <class Family, template <class, bool> class Uniforms = WordUniforms, class T>
 int32_t uniforms(void* stream, int32_t n, T* r, T a, T b) {
   if (n <= 0) return JUN_RNG_OK;
   if (stream == nullptr || r == nullptr) return JUN_RNG_NULL_POINTER;
   const Interval<T> to(a, b);
   if (to.is_unit()) {
-    Sink<T, true> sink(r, to);
+    Uniforms<T, true> sink(r, to);
     return Family::generate(stream, static_cast<std::size_t>(n), sink);
   }
-  Sink<T, false> sink(r, to);
+  Uniforms<T, false> sink(r, to);
   return Family::generate(stream, static_cast<std::size_t>(n), sink);
 }
-template <class Family, class Sink = RawSink, std::size_t ValuesPerOutput = 1>
-int32_t raw_words(void* stream, int32_t n, uint32_t* r) {
+template <class Family, class Raw = RawWords, std::size_t ValuesPerOutput = 1>
+int32_t raw_outputs(void* stream, int32_t n, uint32_t* r) {
   if (n <= 0) return JUN_RNG_OK;
   if (stream == nullptr || r == nullptr) return JUN_RNG_NULL_POINTER;
-  Sink sink(r);
+  Raw sink(r);
   return Family::generate(stream, static_cast<std::size_t>(n) * ValuesPerOutput, sink);
 }
 

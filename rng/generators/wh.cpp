@@ -39,49 +39,65 @@ struct Modulus {  // the same in both lanes
   }
 };
 
-// Sinks of the four components of an output, two outputs at a time.
-class RawComponents {
- public:
-  explicit RawComponents(uint32_t* r) : r_(r) {}
-  void two(const __m128d x[4], const Modulus (&)[4]) {
-    const auto [first, second] = outputs(x);
-    store_words(r_, first);
-    store_words(r_ + 4, second);
-    r_ += 8;
-  }
-  void one(const __m128d x[4], const Modulus (&)[4]) {
-    store_words(r_, outputs(x).first);
-    r_ += 4;
-  }
-
- private:
-  struct Outputs {
-    __m128i first, second;
-  };
-  static Outputs outputs(const __m128d x[4]) {
-    const __m128i low = _mm_unpacklo_epi32(_mm_cvttpd_epi32(x[0]), _mm_cvttpd_epi32(x[1]));
-    const __m128i high = _mm_unpacklo_epi32(_mm_cvttpd_epi32(x[2]), _mm_cvttpd_epi32(x[3]));
-    return {_mm_unpacklo_epi64(low, high), _mm_unpackhi_epi64(low, high)};
-  }
-
-  uint32_t* r_;
+struct Group {  // components of four outputs
+  __m128d front[4], back[4];
+  const Modulus* m;
 };
 
-template <class T, bool Unit>
-class Fractions {
- public:
-  Fractions(T* r, const Interval<T>& to) : sink_(r, to) {}
-  void two(const __m128d x[4], const Modulus (&m)[4]) { sink_.two(u(x, m)); }
-  void one(const __m128d x[4], const Modulus (&m)[4]) { sink_.one(u(x, m)); }
-
- private:
-  static __m128d u(const __m128d x[4], const Modulus (&m)[4]) {
-    __m128d sum = _mm_mul_pd(x[0], m[0].reciprocal);
-    for (int i = 1; i < 4; ++i) sum = _mm_add_pd(sum, _mm_mul_pd(x[i], m[i].reciprocal));
-    return _mm_sub_pd(sum, _mm_cvtepi32_pd(_mm_cvttpd_epi32(sum)));
+struct Raw : Sink<Raw, uint32_t, 4> {
+  using Sink::Sink;
+  static void put(uint32_t* r, const Group& x) {
+    put_two(r, x.front);
+    put_two(r + 8, x.back);
   }
 
-  RealSink<T, Unit> sink_;
+ private:
+  static void put_two(uint32_t* r, const __m128d x[4]) {
+    const __m128i low = _mm_unpacklo_epi32(_mm_cvttpd_epi32(x[0]), _mm_cvttpd_epi32(x[1]));
+    const __m128i high = _mm_unpacklo_epi32(_mm_cvttpd_epi32(x[2]), _mm_cvttpd_epi32(x[3]));
+    store_words(r, _mm_unpacklo_epi64(low, high));
+    store_words(r + 4, _mm_unpackhi_epi64(low, high));
+  }
+};
+
+__m128d sum_of_quotients(const __m128d x[4], const Modulus m[4]) {
+  __m128d sum = _mm_mul_pd(x[0], m[0].reciprocal);
+  for (int i = 1; i < 4; ++i) sum = _mm_add_pd(sum, _mm_mul_pd(x[i], m[i].reciprocal));
+  return sum;
+}
+
+template <class T, bool Unit>
+class Uniforms;
+
+template <bool Unit>
+class Uniforms<double, Unit> : public Sink<Uniforms<double, Unit>, double> {
+ public:
+  Uniforms(double* r, const Interval<double>& to) : Sink<Uniforms, double>(r), map_(to) {}
+  void put(double* r, const Group& x) const {
+    _mm_storeu_pd(r, map_(fraction(sum_of_quotients(x.front, x.m))));
+    _mm_storeu_pd(r + 2, map_(fraction(sum_of_quotients(x.back, x.m))));
+  }
+
+ private:
+  static __m128d fraction(__m128d sum) { return _mm_sub_pd(sum, _mm_cvtepi32_pd(_mm_cvttpd_epi32(sum))); }
+
+  Map<double, Unit> map_;
+};
+
+// Added to 1.5 2^20, the sum leaves its fraction in the low word, in units of 2^-32 and rounded modulo 1.
+template <bool Unit>
+class Uniforms<float, Unit> : public Sink<Uniforms<float, Unit>, float> {
+ public:
+  Uniforms(float* r, const Interval<float>& to) : Sink<Uniforms, float>(r), map_(to) {}
+  void put(float* r, const Group& x) const {
+    const __m128d shifter = _mm_set1_pd(0x1.8p20);
+    const __m128d front = _mm_add_pd(sum_of_quotients(x.front, x.m), shifter);
+    const __m128d back = _mm_add_pd(sum_of_quotients(x.back, x.m), shifter);
+    _mm_storeu_ps(r, map_(_mm_srli_epi32(low_words(front, back), 1)));
+  }
+
+ private:
+  Map<float, Unit> map_;
 };
 
 struct Wh {
@@ -91,32 +107,39 @@ struct Wh {
     const uint32_t* moduli = wh_moduli[sub_stream_of(stream)];
     Modulus m[4];
     for (int i = 0; i < 4; ++i) m[i] = Modulus(moduli[i]);
+    Group x;
+    x.m = m;
     Sink local = sink;
     if (n >= 12) {
-      __m128d front[4], back[4], step[4];  // outputs k, k + 1 and k + 2, k + 3
+      __m128d step[4];
       for (int i = 0; i < 4; ++i) {
         const uint32_t a2 = product(state.a[i], state.a[i], moduli[i]);
-        front[i] = _mm_set_pd(product(state.x[i], state.a[i], moduli[i]), state.x[i]);
-        back[i] = m[i].product(front[i], _mm_set1_pd(a2));
+        x.front[i] = _mm_set_pd(product(state.x[i], state.a[i], moduli[i]), state.x[i]);
+        x.back[i] = m[i].product(x.front[i], _mm_set1_pd(a2));
         step[i] = _mm_set1_pd(product(a2, a2, moduli[i]));
       }
       for (; n >= 4; n -= 4) {
-        local.two(front, m);
-        local.two(back, m);
+        local.four(x);
         for (int i = 0; i < 4; ++i) {
-          front[i] = m[i].product(front[i], step[i]);
-          back[i] = m[i].product(back[i], step[i]);
+          x.front[i] = m[i].product(x.front[i], step[i]);
+          x.back[i] = m[i].product(x.back[i], step[i]);
         }
       }
-      for (int i = 0; i < 4; ++i) state.x[i] = static_cast<uint32_t>(_mm_cvttsd_si32(front[i]));
+      for (int i = 0; i < 4; ++i) state.x[i] = static_cast<uint32_t>(_mm_cvttsd_si32(x.front[i]));
     }
-    for (; n != 0; --n) {
-      __m128d x[4];
+    while (n != 0) {
+      double value[4][4] = {};
+      std::size_t count = 0;
+      for (; count < 4 && n != 0; ++count, --n)
+        for (int i = 0; i < 4; ++i) {
+          value[i][count] = state.x[i];
+          state.x[i] = product(state.x[i], state.a[i], moduli[i]);
+        }
       for (int i = 0; i < 4; ++i) {
-        x[i] = _mm_set_sd(state.x[i]);
-        state.x[i] = product(state.x[i], state.a[i], moduli[i]);
+        x.front[i] = _mm_loadu_pd(value[i]);
+        x.back[i] = _mm_loadu_pd(value[i] + 2);
       }
-      local.one(x, m);
+      local.some(x, count);
     }
     sink = local;
     return JUN_RNG_OK;
@@ -158,15 +181,15 @@ ORIN_API int32_t ORIN_CALL __junBRngWHInitStream(int32_t method, void* stream, i
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngWH(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Wh, Fractions>(stream, n, r, a, b);
+  return uniforms<Wh, Uniforms>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __jundBRngWH(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Wh, Fractions>(stream, n, r, a, b);
+  return uniforms<Wh, Uniforms>(stream, n, r, a, b);
 }
 
 ORIN_API int32_t ORIN_CALL __juniBRngWH(void* stream, int32_t n, uint32_t* r) {
-  return raw_words<Wh, RawComponents>(stream, n, r);
+  return raw_outputs<Wh, Raw>(stream, n, r);
 }
 
 ORIN_END_DECLS
