@@ -110,9 +110,6 @@ class LaneRecurrence {
     const __m128d q = _mm_sub_pd(_mm_add_pd(_mm_mul_pd(p, reciprocal_), shifter), shifter);
     return _mm_sub_pd(p, _mm_mul_pd(q, modulus_));
   }
-  __m128d nonnegative(__m128d x) const {
-    return _mm_add_pd(x, _mm_and_pd(_mm_cmplt_pd(x, _mm_setzero_pd()), modulus_));
-  }
 
  private:
   __m128d plus_, minus_, modulus_, reciprocal_;
@@ -121,20 +118,18 @@ class LaneRecurrence {
 constexpr std::size_t pairs = 4, lanes = 2 * pairs;
 constexpr std::size_t run = 32;  // steps of all lanes between two deliveries
 
-struct Group {  // z of four outputs
-  __m128d front, back;
-
-  // As integers: added to 2^52, they are the low words.
-  __m128i words() const {
-    const __m128d shifter = _mm_set1_pd(0x1p52);
-    return low_words(_mm_add_pd(front, shifter), _mm_add_pd(back, shifter));
-  }
-};
-
-struct Raw : Sink<Raw, uint32_t> {
-  using Sink::Sink;
-  static void put(uint32_t* r, const Group& z) { store_words(r, z.words()); }
-};
+// z of two steps in two lanes each, as words, from signed residues. As integers biased by 2^31 they compare as if
+// without a sign; 2^32 = excess (mod m) makes a wrapped one right.
+__m128i outputs(const __m128d x1[2], const __m128d x2[2]) {
+  const auto nonnegative = [](const __m128d x[2], const Recurrence& r) {
+    const __m128d shifter = _mm_set1_pd(0x1.8p52 + 0x1p31);
+    const __m128i biased = low_words(_mm_add_pd(x[0], shifter), _mm_add_pd(x[1], shifter));
+    return _mm_sub_epi32(biased, _mm_andnot_si128(_mm_srai_epi32(biased, 31), splat_word(r.excess)));
+  };
+  const __m128i y1 = nonnegative(x1, recurrence1), y2 = nonnegative(x2, recurrence2);
+  const __m128i wrapped = _mm_cmpgt_epi32(y2, y1);
+  return _mm_sub_epi32(_mm_sub_epi32(y1, y2), _mm_and_si128(wrapped, splat_word(recurrence1.excess)));
+}
 
 template <class T, bool Unit>
 class Uniforms;
@@ -143,10 +138,14 @@ template <bool Unit>
 class Uniforms<double, Unit> : public Sink<Uniforms<double, Unit>, double> {
  public:
   Uniforms(double* r, const Interval<double>& to) : Sink<Uniforms, double>(r), map_(to) {}
-  void put(double* r, const Group& z) const {
-    const __m128d unit = _mm_set1_pd(1.0 / recurrence1.modulus());
-    _mm_storeu_pd(r, map_(_mm_mul_pd(z.front, unit)));
-    _mm_storeu_pd(r + 2, map_(_mm_mul_pd(z.back, unit)));
+  void put(double* r, __m128i z) const {
+    const __m128i magnitude = splat_word(0x43300000);  // upper half of 2^52
+    const auto u = [](__m128i shifted) {
+      const __m128d value = _mm_sub_pd(_mm_castsi128_pd(shifted), _mm_set1_pd(0x1p52));
+      return _mm_mul_pd(value, _mm_set1_pd(1.0 / recurrence1.modulus()));
+    };
+    _mm_storeu_pd(r, map_(u(_mm_unpacklo_epi32(z, magnitude))));
+    _mm_storeu_pd(r + 2, map_(u(_mm_unpackhi_epi32(z, magnitude))));
   }
 
  private:
@@ -158,7 +157,7 @@ class Uniforms<float, Unit> : public Sink<Uniforms<float, Unit>, float> {
  public:
   Uniforms(float* r, const Interval<float>& to)
       : Sink<Uniforms, float>(r), map_(to, static_cast<float>(2.0 / recurrence1.modulus())) {}
-  void put(float* r, const Group& z) const { _mm_storeu_ps(r, map_(_mm_srli_epi32(z.words(), 1))); }
+  void put(float* r, __m128i z) const { _mm_storeu_ps(r, map_(_mm_srli_epi32(z, 1))); }
 
  private:
   Map<float, Unit> map_;
@@ -169,36 +168,31 @@ template <class Sink>
 void generate_stretches(State& state, int log2_stretch, Sink& sink) {
   const std::size_t stretch = std::size_t{1} << log2_stretch;
   const LaneRecurrence first(recurrence1), second(recurrence2);
-  __m128d x1[3 + run][pairs], x2[3 + run][pairs];  // in time order, the newest three move to the front
+  __m128d x1[pairs][3 + run], x2[pairs][3 + run];  // in time order; the newest three become the first
   for (std::size_t p = 0; p < pairs; ++p) {
     const State even = state;
     jump(state, stretch);
     for (std::size_t i = 0; i < 3; ++i) {
-      x1[i][p] = _mm_set_pd(state.x1[i], even.x1[i]);
-      x2[i][p] = _mm_set_pd(state.x2[i], even.x2[i]);
+      x1[p][i] = _mm_set_pd(state.x1[i], even.x1[i]);
+      x2[p][i] = _mm_set_pd(state.x2[i], even.x2[i]);
     }
     jump(state, stretch);
   }
   for (std::size_t done = 0; done < stretch; done += run) {
     for (std::size_t k = 0; k < run; ++k)
       for (std::size_t p = 0; p < pairs; ++p) {
-        x1[k + 3][p] = first.next(x1[k + 1][p], x1[k][p]);
-        x2[k + 3][p] = second.next(x2[k + 2][p], x2[k][p]);
+        x1[p][k + 3] = first.next(x1[p][k + 1], x1[p][k]);
+        x2[p][k + 3] = second.next(x2[p][k + 2], x2[p][k]);
       }
-    const auto z = [&](std::size_t k, std::size_t p) {
-      return first.nonnegative(_mm_sub_pd(first.nonnegative(x1[k + 3][p]), second.nonnegative(x2[k + 3][p])));
-    };
     for (std::size_t p = 0; p < pairs; ++p) {
       Sink even = sink.at(2 * p * stretch + done), odd = sink.at((2 * p + 1) * stretch + done);
-      for (std::size_t k = 0; k < run; k += 4) {
-        const __m128d z0 = z(k, p), z1 = z(k + 1, p), z2 = z(k + 2, p), z3 = z(k + 3, p);
-        even.four(Group{_mm_unpacklo_pd(z0, z1), _mm_unpacklo_pd(z2, z3)});
-        odd.four(Group{_mm_unpackhi_pd(z0, z1), _mm_unpackhi_pd(z2, z3)});
+      for (std::size_t k = 3; k < 3 + run; k += 4) {
+        const __m128i front = outputs(&x1[p][k], &x2[p][k]), back = outputs(&x1[p][k + 2], &x2[p][k + 2]);
+        even.four(low_words(_mm_castsi128_pd(front), _mm_castsi128_pd(back)));
+        odd.four(high_words(front, back));
       }
-    }
-    for (std::size_t i = 0; i < 3; ++i) {
-      std::copy_n(x1[run + i], pairs, x1[i]);
-      std::copy_n(x2[run + i], pairs, x2[i]);
+      std::copy_n(&x1[p][run], 3, &x1[p][0]);
+      std::copy_n(&x2[p][run], 3, &x2[p][0]);
     }
   }
   sink = sink.at(lanes * stretch);
@@ -211,10 +205,10 @@ struct Mrg32k3a {
     for (int log2_stretch = 10; log2_stretch >= 5; --log2_stretch)
       for (; n >= lanes << log2_stretch; n -= lanes << log2_stretch) generate_stretches(state, log2_stretch, sink);
     while (n != 0) {
-      double z[4] = {};
+      uint32_t z[4] = {};
       std::size_t count = 0;
       for (; count < 4 && n != 0; ++count, --n) z[count] = advance(state);
-      sink.some(Group{_mm_loadu_pd(z), _mm_loadu_pd(z + 2)}, count);
+      sink.some(load_words(z), count);
     }
     return JUN_RNG_OK;
   }
@@ -258,7 +252,7 @@ ORIN_API int32_t ORIN_CALL __jundBRngMRG32K3A(void* stream, int32_t n, double* r
 }
 
 ORIN_API int32_t ORIN_CALL __juniBRngMRG32K3A(void* stream, int32_t n, uint32_t* r) {
-  return raw_outputs<Mrg32k3a, Raw>(stream, n, r);
+  return raw_outputs<Mrg32k3a>(stream, n, r);
 }
 
 ORIN_END_DECLS
