@@ -167,10 +167,10 @@ uint64_t irreducible_polynomial(uint32_t dimension) {
   static const std::vector<uint64_t> list = [] {  // all products of smaller polynomials struck out
     std::vector<bool> product(4096);
     std::vector<uint64_t> rest;
-    for (uint64_t p = 2; p < product.size(); ++p) {
+    for (uint32_t p = 2; p < product.size(); ++p) {
       if (!product[p]) rest.push_back(p);
-      for (uint64_t q = 2; std::bit_width(p) + std::bit_width(q) <= 13; ++q) {
-        uint64_t r = 0;
+      for (uint32_t q = 2; std::bit_width(p) + std::bit_width(q) <= 13; ++q) {
+        uint32_t r = 0;
         for (int i = 0; i < 12; ++i) r ^= (q >> i & 1) * p << i;
         product[r] = true;
       }
