@@ -23,23 +23,21 @@ constexpr uint64_t times(uint64_t x, uint64_t y) {  // polynomials over GF(2)
   return product;
 }
 
-constexpr bool divides(uint32_t q, uint32_t p) {
-  while (std::bit_width(p) >= std::bit_width(q)) p ^= q << (std::bit_width(p) - std::bit_width(q));
-  return p == 0;
-}
-
 struct Polynomials {
   uint16_t p[dimensions];
 };
 
+// Sieve in the order of the numbers that the polynomials are as bits.
 constexpr Polynomials irreducible_polynomials() {
+  constexpr uint32_t end = 4096;
+  bool reducible[end] = {};
   Polynomials list{};
   uint32_t count = 0;
   for (uint32_t p = 2; count < dimensions; ++p) {
-    bool irreducible = true;
-    for (uint32_t i = 0; i < count && 2 * std::bit_width(list.p[i]) <= std::bit_width(p) + 1 && irreducible; ++i)
-      irreducible = !divides(list.p[i], p);
-    if (irreducible) list.p[count++] = static_cast<uint16_t>(p);
+    if (reducible[p]) continue;
+    list.p[count++] = static_cast<uint16_t>(p);
+    for (uint32_t q = p; std::bit_width(p) + std::bit_width(q) <= std::bit_width(end); ++q)
+      reducible[times(q, p)] = true;
   }
   return list;
 }
