@@ -31,9 +31,9 @@ struct Recurrence {
 
   constexpr uint32_t modulus() const { return 0U - excess; }
   // 2^32 = excess (mod m). Two folds bring any 64-bit number below 2m.
+  constexpr uint64_t fold(uint64_t p) const { return (p >> 32) * excess + (p & 0xffffffff); }
   constexpr uint32_t residue(uint64_t p) const {
-    p = (p >> 32) * excess + (p & 0xffffffff);
-    p = (p >> 32) * excess + (p & 0xffffffff);
+    p = fold(fold(p));
     return static_cast<uint32_t>(p >= modulus() ? p - modulus() : p);
   }
   constexpr uint32_t next(const uint32_t x[3]) const {
@@ -52,7 +52,7 @@ constexpr Matrix product(const Matrix& a, const Matrix& b, const Recurrence& r) 
   for (int i = 0; i < 3; ++i)
     for (int j = 0; j < 3; ++j) {
       uint64_t sum = 0;
-      for (int k = 0; k < 3; ++k) sum += r.residue(uint64_t{a.at[i][k]} * b.at[k][j]);
+      for (int k = 0; k < 3; ++k) sum += r.fold(uint64_t{a.at[i][k]} * b.at[k][j]);
       c.at[i][j] = r.residue(sum);
     }
   return c;
@@ -75,18 +75,20 @@ void apply(const Matrix& a, uint32_t x[3], const Recurrence& r) {
   uint32_t y[3];
   for (int i = 0; i < 3; ++i) {
     uint64_t sum = 0;
-    for (int k = 0; k < 3; ++k) sum += r.residue(uint64_t{a.at[i][k]} * x[k]);
+    for (int k = 0; k < 3; ++k) sum += r.fold(uint64_t{a.at[i][k]} * x[k]);
     y[i] = r.residue(sum);
   }
   std::copy_n(y, 3, x);
 }
 
+void jump_power(State& state, int k) {  // 2^k steps
+  apply(powers1.of[k], state.x1, recurrence1);
+  apply(powers2.of[k], state.x2, recurrence2);
+}
+
 void jump(State& state, uint64_t steps) {
-  for (int k = 0; steps != 0; ++k, steps >>= 1) {
-    if ((steps & 1) == 0) continue;
-    apply(powers1.of[k], state.x1, recurrence1);
-    apply(powers2.of[k], state.x2, recurrence2);
-  }
+  for (int k = 0; steps != 0; ++k, steps >>= 1)
+    if (steps & 1) jump_power(state, k);
 }
 
 uint32_t advance(State& state) {
@@ -116,7 +118,7 @@ class LaneRecurrence {
 };
 
 constexpr std::size_t pairs = 4, lanes = 2 * pairs;
-constexpr std::size_t run = 32;  // steps of all lanes between two deliveries
+constexpr std::size_t most_run = 32;  // steps of all lanes between two deliveries
 
 // z of two steps in two lanes each, as words, from signed residues. As integers biased by 2^31 they compare as if
 // without a sign; 2^32 = excess (mod m) makes a wrapped one right.
@@ -163,21 +165,37 @@ class Uniforms<float, Unit> : public Sink<Uniforms<float, Unit>, float> {
   Map<float, Unit> map_;
 };
 
-// lanes * stretch outputs, stretch = 2^log2_stretch a multiple of run.
+// The states at the beginnings of the stretches: halves, then quarters, then eighths.
+void start_lanes(State start[lanes], int log2_stretch) {
+  for (int level = 2; level >= 0; --level) {
+    const std::size_t step = std::size_t{1} << level;
+    for (std::size_t lane = 0; lane < lanes; lane += 2 * step) {
+      start[lane + step] = start[lane];
+      jump_power(start[lane + step], level + log2_stretch);
+    }
+  }
+}
+
+// The value of the last lane.
+uint32_t last_lane(__m128d residue, const Recurrence& r) {
+  const int32_t x = _mm_cvttsd_si32(_mm_unpackhi_pd(residue, residue));
+  return static_cast<uint32_t>(x) - (x < 0 ? r.excess : 0);
+}
+
+// lanes * stretch outputs, stretch = 2^log2_stretch, at least 4.
 template <class Sink>
 void generate_stretches(State& state, int log2_stretch, Sink& sink) {
   const std::size_t stretch = std::size_t{1} << log2_stretch;
+  const std::size_t run = std::min(stretch, most_run);
   const LaneRecurrence first(recurrence1), second(recurrence2);
-  __m128d x1[pairs][3 + run], x2[pairs][3 + run];  // in time order; the newest three become the first
-  for (std::size_t p = 0; p < pairs; ++p) {
-    const State even = state;
-    jump(state, stretch);
+  State start[lanes] = {state};
+  start_lanes(start, log2_stretch);
+  __m128d x1[pairs][3 + most_run], x2[pairs][3 + most_run];  // in time order; the newest three become the first
+  for (std::size_t p = 0; p < pairs; ++p)
     for (std::size_t i = 0; i < 3; ++i) {
-      x1[p][i] = _mm_set_pd(state.x1[i], even.x1[i]);
-      x2[p][i] = _mm_set_pd(state.x2[i], even.x2[i]);
+      x1[p][i] = _mm_set_pd(start[2 * p + 1].x1[i], start[2 * p].x1[i]);
+      x2[p][i] = _mm_set_pd(start[2 * p + 1].x2[i], start[2 * p].x2[i]);
     }
-    jump(state, stretch);
-  }
   for (std::size_t done = 0; done < stretch; done += run) {
     for (std::size_t k = 0; k < run; ++k)
       for (std::size_t p = 0; p < pairs; ++p) {
@@ -195,6 +213,10 @@ void generate_stretches(State& state, int log2_stretch, Sink& sink) {
       std::copy_n(&x2[p][run], 3, &x2[p][0]);
     }
   }
+  for (std::size_t i = 0; i < 3; ++i) {
+    state.x1[i] = last_lane(x1[pairs - 1][i], recurrence1);
+    state.x2[i] = last_lane(x2[pairs - 1][i], recurrence2);
+  }
   sink = sink.at(lanes * stretch);
 }
 
@@ -202,7 +224,7 @@ struct Mrg32k3a {
   template <class Sink>
   static int32_t generate(void* stream, std::size_t n, Sink& sink) {
     State& state = state_of<State>(stream);
-    for (int log2_stretch = 10; log2_stretch >= 5; --log2_stretch)
+    for (int log2_stretch = 10; log2_stretch >= 3; --log2_stretch)
       for (; n >= lanes << log2_stretch; n -= lanes << log2_stretch) generate_stretches(state, log2_stretch, sink);
     while (n != 0) {
       uint32_t z[4] = {};

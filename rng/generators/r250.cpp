@@ -70,18 +70,21 @@ void extend(uint32_t* words, std::size_t count) {
   for (; k < count; ++k) words[k + order] = words[k] ^ words[k + order - tap];
 }
 
+constexpr std::size_t few = 8;  // steps that are not worth unrolling the ring
+
 // A few words, each in its place.
 template <class Sink>
 void step(State& state, std::size_t n, Sink& sink) {
-  for (; n != 0; --n) {
-    uint32_t& word = state.ring[state.oldest % order];
-    word ^= state.ring[state.middle % order];
-    sink.some(load_some_words(&word, 1), 1);
-    set_oldest(state, state.oldest % order + 1);
+  uint32_t words[few];
+  std::size_t oldest = state.oldest % order, middle = (oldest + order - tap) % order;
+  for (std::size_t i = 0; i < n; ++i) {
+    words[i] = state.ring[oldest] ^= state.ring[middle];
+    if (++oldest == order) oldest = 0;
+    if (++middle == order) middle = 0;
   }
+  set_oldest(state, oldest);
+  send_words(words, n, sink);
 }
-
-constexpr std::size_t few = 16;  // steps that are not worth unrolling the ring
 
 struct R250 {
   template <class Sink>
