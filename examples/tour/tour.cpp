@@ -78,6 +78,7 @@ int main() {
   std::printf("Module: %s, processor class %d\n", tour::module_name,
               static_cast<int>(tour::exported<int32_t ORIN_CALL()>("dll_cpu_version")()));
   tour_vector_math();
+  tour_rng();
   std::printf("\n%d checks, %d failed\n", tour::checks, tour::failures);
   return tour::failures == 0 ? 0 : 1;
 }

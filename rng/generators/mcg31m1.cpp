@@ -1,0 +1,147 @@
+// mcg31m1: x' = a x mod (2^31 - 1), u = x / (2^31 - 1), the value before the step is delivered.
+// SPDX-License-Identifier: MIT
+//
+// Source    P. L'Ecuyer, Math. Comp. 68 (1999) 249-260, multiplier 1132489760. State: x, a. Period 2^31 - 2.
+// Method    Eight values in flight, stepped by a^8. 2^31 = 1 (mod m), so the two halves of a product add up to a value
+//           below 2^32, and the halves of that one to the residue: it is not 0 and not m, because neither factor is.
+// Uniforms  double: a + ((b - a) (1/m)) x, each operation rounded, no bound: it may round to b. float: below b.
+// Streams   skip n: x a^n. Leapfrog k of s: x a^k, then a <- a^s, since x[k + i s] = x[k] (a^s)^i.
+// Proof     tests/rng/generators/sequence_test.cpp: 64-bit arithmetic, value by value; jumps_test.cpp
+#include "rng/generators/generators.h"
+#include "rng/generators/sinks.h"
+
+namespace orin::rng {
+namespace {
+
+constexpr uint32_t modulus = 0x7fffffff;
+constexpr uint32_t multiplier = 1132489760;
+constexpr double reciprocal = 4.656612875245797e-10;  // 1 / (2^31 - 1), nearest
+
+struct State {
+  uint32_t x;
+  uint32_t a;
+};
+static_assert(sizeof(State) == 24 - sizeof(StreamHeader));
+
+uint32_t product(uint32_t x, uint32_t y) {
+  const uint64_t p = uint64_t{x} * y;
+  const auto s = static_cast<uint32_t>((p & modulus) + (p >> 31));
+  return s >= modulus ? s - modulus : s;
+}
+
+// Four products with one factor.
+__m128i product(__m128i x, __m128i y) {
+  const __m128i low_bits = _mm_set_epi32(0, modulus, 0, modulus);
+  const auto halves = [&](__m128i p) { return _mm_add_epi64(_mm_and_si128(p, low_bits), _mm_srli_epi64(p, 31)); };
+  const __m128i even = halves(_mm_mul_epu32(x, y));
+  const __m128i odd = halves(_mm_mul_epu32(_mm_srli_epi64(x, 32), y));
+  const __m128i s = _mm_or_si128(even, _mm_slli_epi64(odd, 32));
+  return _mm_add_epi32(_mm_and_si128(s, splat_word(modulus)), _mm_srli_epi32(s, 31));
+}
+
+struct Mcg31m1 {
+  template <class Sink>
+  static int32_t generate(void* stream, std::size_t n, Sink& sink) {
+    State& state = state_of<State>(stream);
+    Sink local = sink;
+    if (n >= 16) {
+      uint32_t lane[8] = {state.x};
+      for (int i = 1; i < 8; ++i) lane[i] = product(lane[i - 1], state.a);
+      const uint32_t a2 = product(state.a, state.a), a4 = product(a2, a2);
+      const __m128i step = splat_word(product(a4, a4));
+      __m128i x0 = load_words(lane), x1 = load_words(lane + 4);
+      for (; n >= 8; n -= 8) {
+        local.four(x0);
+        local.four(x1);
+        x0 = product(x0, step);
+        x1 = product(x1, step);
+      }
+      state.x = static_cast<uint32_t>(_mm_cvtsi128_si32(x0));
+    }
+    while (n != 0) {
+      uint32_t group[4] = {};
+      std::size_t count = 0;
+      for (; count < 4 && n != 0; ++count, --n) {
+        group[count] = state.x;
+        state.x = product(state.x, state.a);
+      }
+      local.some(load_words(group), count);
+    }
+    sink = local;
+    return JUN_RNG_OK;
+  }
+};
+
+template <class T, bool Unit>
+class Uniforms;
+
+// The formula has no bound and no unit interval.
+template <bool Unit>
+class Uniforms<double, Unit> : public Sink<Uniforms<double, Unit>, double> {
+ public:
+  Uniforms(double* r, const Interval<double>& to)
+      : Sink<Uniforms, double>(r), a_(_mm_set1_pd(to.a)), scale_(_mm_set1_pd(to.width * reciprocal)) {}
+  void put(double* r, __m128i x) const {
+    const __m128i magnitude = splat_word(0x43300000);  // upper half of 2^52
+    _mm_storeu_pd(r, map(_mm_unpacklo_epi32(x, magnitude)));
+    _mm_storeu_pd(r + 2, map(_mm_unpackhi_epi32(x, magnitude)));
+  }
+
+ private:
+  __m128d map(__m128i shifted) const {
+    return _mm_add_pd(a_, _mm_mul_pd(scale_, _mm_sub_pd(_mm_castsi128_pd(shifted), _mm_set1_pd(0x1p52))));
+  }
+
+  __m128d a_, scale_;
+};
+
+template <bool Unit>
+class Uniforms<float, Unit> : public Sink<Uniforms<float, Unit>, float> {
+ public:
+  Uniforms(float* r, const Interval<float>& to) : Sink<Uniforms, float>(r), map_(to, static_cast<float>(reciprocal)) {}
+  void put(float* r, __m128i x) const { _mm_storeu_ps(r, map_(x)); }
+
+ private:
+  Map<float, Unit> map_;
+};
+
+}  // namespace
+}  // namespace orin::rng
+
+using namespace orin::rng;
+
+ORIN_BEGIN_DECLS
+
+ORIN_API int32_t ORIN_CALL __junBRngMCG31M1InitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
+  State& state = state_of<State>(stream);
+  switch (method) {
+    case JUN_RNG_SEED:
+      state.x = n > 0 ? params[0] % modulus : 1;
+      if (state.x == 0) state.x = 1;
+      state.a = multiplier;
+      return JUN_RNG_OK;
+    case JUN_RNG_LEAPFROG:
+      state.x = product(state.x, __juniPowMod2P31M1(state.a, params[0]));
+      state.a = __juniPowMod2P31M1(state.a, static_cast<uint64_t>(int64_t{n}));
+      return JUN_RNG_OK;
+    case JUN_RNG_SKIP_AHEAD:
+      state.x = product(state.x, __juniPowMod2P31M1(state.a, skip_count(params)));
+      return JUN_RNG_OK;
+    default:
+      return JUN_RNG_BAD_METHOD;
+  }
+}
+
+ORIN_API int32_t ORIN_CALL __junsBRngMCG31M1(void* stream, int32_t n, float* r, float a, float b) {
+  return uniforms<Mcg31m1, Uniforms>(stream, n, r, a, b);
+}
+
+ORIN_API int32_t ORIN_CALL __jundBRngMCG31M1(void* stream, int32_t n, double* r, double a, double b) {
+  return uniforms<Mcg31m1, Uniforms>(stream, n, r, a, b);
+}
+
+ORIN_API int32_t ORIN_CALL __juniBRngMCG31M1(void* stream, int32_t n, uint32_t* r) {
+  return raw_outputs<Mcg31m1>(stream, n, r);
+}
+
+ORIN_END_DECLS

@@ -1,0 +1,172 @@
+// mcg59: x' = a x mod 2^59, u = x / 2^59, the value before the step is delivered.
+// SPDX-License-Identifier: MIT
+//
+// Source    multiplier 13^13, modulus 2^59. State: x, a. Period 2^57 for odd x.
+// Method    y = 2^5 x is stepped modulo 2^64, so that nothing needs masking: six values in flight, stepped by a^6. A
+//           64-bit product modulo 2^64 is the product of the low halves and the low halves of the cross products.
+// Uniforms  The halves of y become doubles of magnitudes 2^20 and 2^-12 without rounding; their sum rounds x / 2^59
+//           once.
+// Streams   skip n: x a^n. Leapfrog k of s: x a^k, then a <- a^s, since x[k + i s] = x[k] (a^s)^i.
+// Proof     tests/rng/generators/sequence_test.cpp: 64-bit arithmetic, value by value; jumps_test.cpp
+#include "rng/generators/generators.h"
+#include "rng/generators/sinks.h"
+
+namespace orin::rng {
+namespace {
+
+constexpr uint64_t mask = (uint64_t{1} << 59) - 1;
+constexpr uint64_t multiplier = 302875106592253;  // 13^13
+constexpr int spare_bits = 64 - 59;
+
+struct State {
+  uint64_t x;
+  uint64_t a;
+};
+static_assert(sizeof(State) == 32 - sizeof(StreamHeader));
+
+struct Factor {  // the same in both lanes
+  __m128i whole, high;
+
+  explicit Factor(uint64_t a) {
+    const uint64_t lanes[2] = {a, a};
+    whole = load_words(reinterpret_cast<const uint32_t*>(lanes));
+    high = _mm_srli_epi64(whole, 32);
+  }
+};
+
+__m128i product(__m128i y, const Factor& a) {
+  const __m128i cross = _mm_add_epi64(_mm_mul_epu32(y, a.high), _mm_mul_epu32(_mm_srli_epi64(y, 32), a.whole));
+  return _mm_add_epi64(_mm_mul_epu32(y, a.whole), _mm_slli_epi64(cross, 32));
+}
+
+struct Group {  // y of four outputs
+  __m128i front, back;
+
+  Group(const uint64_t y[4])
+      : front(_mm_loadu_si128(reinterpret_cast<const __m128i*>(y))),
+        back(_mm_loadu_si128(reinterpret_cast<const __m128i*>(y + 2))) {}
+  void step(const Factor& a) {
+    front = product(front, a);
+    back = product(back, a);
+  }
+};
+
+struct Raw : Sink<Raw, uint32_t, 2> {
+  using Sink::Sink;
+  static void put(uint32_t* r, const Group& y) {
+    store_words(r, _mm_srli_epi64(y.front, spare_bits));
+    store_words(r + 4, _mm_srli_epi64(y.back, spare_bits));
+  }
+};
+
+template <class T, bool Unit>
+class Uniforms;
+
+template <bool Unit>
+class Uniforms<double, Unit> : public Sink<Uniforms<double, Unit>, double> {
+ public:
+  Uniforms(double* r, const Interval<double>& to) : Sink<Uniforms, double>(r), map_(to) {}
+  void put(double* r, const Group& y) const {
+    _mm_storeu_pd(r, map_(u(y.front)));
+    _mm_storeu_pd(r + 2, map_(u(y.back)));
+  }
+
+ private:
+  static __m128d u(__m128i y) {  // below 1 after rounding, too
+    const __m128i low_bits = _mm_set_epi32(0, -1, 0, -1);
+    const __m128i high = _mm_or_si128(_mm_srli_epi64(y, 32), _mm_castpd_si128(_mm_set1_pd(0x1p20)));
+    const __m128i low = _mm_or_si128(_mm_and_si128(y, low_bits), _mm_castpd_si128(_mm_set1_pd(0x1p-12)));
+    const __m128d sum =
+        _mm_add_pd(_mm_sub_pd(_mm_castsi128_pd(high), _mm_set1_pd(0x1p20 + 0x1p-12)), _mm_castsi128_pd(low));
+    return _mm_min_pd(sum, _mm_set1_pd(1 - 0x1p-53));
+  }
+
+  Map<double, Unit> map_;
+};
+
+template <bool Unit>
+class Uniforms<float, Unit> : public Sink<Uniforms<float, Unit>, float> {
+ public:
+  Uniforms(float* r, const Interval<float>& to) : Sink<Uniforms, float>(r), map_(to) {}
+  void put(float* r, const Group& y) const { _mm_storeu_ps(r, map_(_mm_srli_epi32(high_words(y.front, y.back), 1))); }
+
+ private:
+  Map<float, Unit> map_;
+};
+
+struct Mcg59 {
+  template <class Sink>
+  static int32_t generate(void* stream, std::size_t n, Sink& sink) {
+    State& state = state_of<State>(stream);
+    Sink local = sink;
+    if (n >= 16) {
+      uint64_t lane[8] = {state.x << spare_bits};
+      for (int i = 1; i < 8; ++i) lane[i] = lane[i - 1] * state.a;
+      const uint64_t a2 = state.a * state.a, a4 = a2 * a2;
+      const Factor step(a4 * a4);
+      Group y0(lane), y1(lane + 4);
+      for (; n >= 8; n -= 8) {
+        local.four(y0);
+        local.four(y1);
+        y0.step(step);
+        y1.step(step);
+      }
+      uint64_t first;
+      _mm_storel_epi64(reinterpret_cast<__m128i*>(&first), y0.front);
+      state.x = first >> spare_bits;
+    }
+    while (n != 0) {
+      uint64_t y[4] = {};
+      std::size_t count = 0;
+      for (; count < 4 && n != 0; ++count, --n) {
+        y[count] = state.x << spare_bits;
+        state.x = state.x * state.a & mask;
+      }
+      local.some(Group(y), count);
+    }
+    sink = local;
+    return JUN_RNG_OK;
+  }
+};
+
+}  // namespace
+}  // namespace orin::rng
+
+using namespace orin::rng;
+
+ORIN_BEGIN_DECLS
+
+ORIN_API int32_t ORIN_CALL __junBRngMCG59InitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
+  State& state = state_of<State>(stream);
+  switch (method) {
+    case JUN_RNG_SEED:
+      state.x = n > 0 ? params[0] : 1;
+      if (n > 1) state.x |= uint64_t{params[1] & 0x7ffffff} << 32;
+      if (state.x == 0) state.x = 1;
+      state.a = multiplier;
+      return JUN_RNG_OK;
+    case JUN_RNG_LEAPFROG:
+      state.x = state.x * __juniPowMod2P59(state.a, params[0]) & mask;
+      state.a = __juniPowMod2P59(state.a, static_cast<uint64_t>(int64_t{n}));
+      return JUN_RNG_OK;
+    case JUN_RNG_SKIP_AHEAD:
+      state.x = state.x * __juniPowMod2P59(state.a, skip_count(params)) & mask;
+      return JUN_RNG_OK;
+    default:
+      return JUN_RNG_BAD_METHOD;
+  }
+}
+
+ORIN_API int32_t ORIN_CALL __junsBRngMCG59(void* stream, int32_t n, float* r, float a, float b) {
+  return uniforms<Mcg59, Uniforms>(stream, n, r, a, b);
+}
+
+ORIN_API int32_t ORIN_CALL __jundBRngMCG59(void* stream, int32_t n, double* r, double a, double b) {
+  return uniforms<Mcg59, Uniforms>(stream, n, r, a, b);
+}
+
+ORIN_API int32_t ORIN_CALL __juniBRngMCG59(void* stream, int32_t n, uint32_t* r) {
+  return raw_outputs<Mcg59, Raw>(stream, n, r);
+}
+
+ORIN_END_DECLS

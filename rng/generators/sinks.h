@@ -1,0 +1,185 @@
+// sinks: from what a generator produces to the numbers that its caller asked for.
+// SPDX-License-Identifier: MIT
+//
+// Use       A generator's loop is written once, over a sink that takes four outputs at a time: four(group), and
+//           some(group, count) for the last ones. What a group is, words or residues, is between the family and its
+//           sinks; those for 32-bit words, raw or as uniforms with u = w / 2^32, stand here.
+// Double    A word becomes a double without rounding: as the low half of a double of magnitude 2^20 it counts in units
+//           of 2^-32, and 2^20 is subtracted. The result is a + (b - a) u; one that rounds to b becomes the value
+//           below.
+// Float     u is taken from the leading 31 bits, which convert in one instruction, and rounded once; then the same.
+// Tails     some() runs the code of the full group, so a value depends on the generator's state alone.
+#ifndef ORIN_RNG_GENERATORS_SINKS_H
+#define ORIN_RNG_GENERATORS_SINKS_H
+
+#include <emmintrin.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+#include "orin/rng.h"
+#include "rng/half_open.h"
+
+namespace orin::rng {
+
+inline __m128i load_words(const uint32_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+inline void store_words(uint32_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+inline __m128i splat_word(uint32_t w) { return _mm_set1_epi32(static_cast<int>(w)); }
+
+// The first count < 4 words, the others zero.
+inline __m128i load_some_words(const uint32_t* p, std::size_t count) {
+  uint32_t group[4] = {};
+  std::memcpy(group, p, count * sizeof *p);
+  return load_words(group);
+}
+
+// The low words of two pairs of 64-bit lanes, the high ones.
+inline __m128i low_words(__m128d front, __m128d back) {
+  return _mm_castps_si128(_mm_shuffle_ps(_mm_castpd_ps(front), _mm_castpd_ps(back), _MM_SHUFFLE(2, 0, 2, 0)));
+}
+inline __m128i high_words(__m128i front, __m128i back) {
+  return _mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(front), _mm_castsi128_ps(back), _MM_SHUFFLE(3, 1, 3, 1)));
+}
+
+// [a, b); without the bound above where it would make no sense (a >= b, NaN).
+template <class T>
+struct Interval {
+  T a, width, last;
+
+  Interval(T from, T to)
+      : a(from), width(to - from), last(from < to ? value_below(to) : std::numeric_limits<T>::infinity()) {}
+  bool is_unit() const { return a == 0 && width == 1; }
+};
+
+// u to a + (b - a) u. The unit interval needs no scaling and, where u < 1 is a double, no bound.
+template <class T, bool Unit>
+class Map;
+
+template <bool Unit>
+class Map<double, Unit> {
+ public:
+  explicit Map(const Interval<double>& to)
+      : a_(_mm_set1_pd(to.a)), width_(_mm_set1_pd(to.width)), last_(_mm_set1_pd(to.last)) {}
+  __m128d operator()(__m128d u) const { return Unit ? u : _mm_min_pd(_mm_add_pd(a_, _mm_mul_pd(width_, u)), last_); }
+
+ private:
+  __m128d a_, width_, last_;
+};
+
+template <bool Unit>
+class Map<float, Unit> {
+ public:
+  // u = x * unit for integers x below 2^31, which are rounded to floats first.
+  explicit Map(const Interval<float>& to, float unit = 0x1p-31f)
+      : a_(_mm_set1_ps(to.a)), width_(_mm_set1_ps(to.width)), last_(_mm_set1_ps(to.last)), unit_(_mm_set1_ps(unit)) {}
+  __m128 operator()(__m128i x) const {
+    const __m128 u = _mm_mul_ps(_mm_cvtepi32_ps(x), unit_);
+    return _mm_min_ps(Unit ? u : _mm_add_ps(a_, _mm_mul_ps(width_, u)), last_);
+  }
+
+ private:
+  __m128 a_, width_, last_, unit_;
+};
+
+// Derived gives put(array, group): four outputs, of Elements elements each, to an array aligned to 4 bytes.
+template <class Derived, class T, std::size_t Elements = 1>
+class Sink {
+ public:
+  explicit Sink(T* r) : r_(r) {}
+  template <class Group>
+  void four(const Group& group) {
+    derived().put(r_, group);
+    r_ += 4 * Elements;
+  }
+  template <class Group>
+  void some(const Group& group, std::size_t count) {
+    T outputs[4 * Elements];
+    derived().put(outputs, group);
+    std::memcpy(r_, outputs, count * Elements * sizeof(T));
+    r_ += count * Elements;
+  }
+  Derived at(std::size_t outputs) const {
+    Derived moved = derived();
+    moved.r_ += outputs * Elements;
+    return moved;
+  }
+
+ private:
+  const Derived& derived() const { return static_cast<const Derived&>(*this); }
+
+  T* r_;
+};
+
+struct RawWords : Sink<RawWords, uint32_t> {
+  using Sink::Sink;
+  static void put(uint32_t* r, __m128i words) { store_words(r, words); }
+};
+
+template <class T, bool Unit>
+class WordUniforms;
+
+template <bool Unit>
+class WordUniforms<double, Unit> : public Sink<WordUniforms<double, Unit>, double> {
+ public:
+  WordUniforms(double* r, const Interval<double>& to) : Sink<WordUniforms, double>(r), map_(to) {}
+  void put(double* r, __m128i words) const {
+    const __m128i magnitude = splat_word(0x41300000);  // upper half of 2^20
+    const auto u = [](__m128i shifted) { return _mm_sub_pd(_mm_castsi128_pd(shifted), _mm_set1_pd(0x1p20)); };
+    _mm_storeu_pd(r, map_(u(_mm_unpacklo_epi32(words, magnitude))));
+    _mm_storeu_pd(r + 2, map_(u(_mm_unpackhi_epi32(words, magnitude))));
+  }
+
+ private:
+  Map<double, Unit> map_;
+};
+
+template <bool Unit>
+class WordUniforms<float, Unit> : public Sink<WordUniforms<float, Unit>, float> {
+ public:
+  WordUniforms(float* r, const Interval<float>& to) : Sink<WordUniforms, float>(r), map_(to) {}
+  void put(float* r, __m128i words) const { _mm_storeu_ps(r, map_(_mm_srli_epi32(words, 1))); }
+
+ private:
+  Map<float, Unit> map_;
+};
+
+// Sends n words through a transformation of four words into a sink. The loop works on a copy of the sink, which the
+// compiler keeps in registers.
+template <class Sink, class Transform>
+void send_words(const uint32_t* words, std::size_t n, Sink& sink, Transform transform) {
+  Sink local = sink;
+  for (; n >= 4; n -= 4, words += 4) local.four(transform(load_words(words)));
+  if (n != 0) local.some(transform(load_some_words(words, n)), n);
+  sink = local;
+}
+template <class Sink>
+void send_words(const uint32_t* words, std::size_t n, Sink& sink) {
+  send_words(words, n, sink, [](__m128i w) { return w; });
+}
+
+// The bodies of a family's generating functions: Family::generate (stream, n > 0, sink) returns a status.
+template <class Family, template <class, bool> class Uniforms = WordUniforms, class T>
+int32_t uniforms(void* stream, int32_t n, T* r, T a, T b) {
+  if (n <= 0) return JUN_RNG_OK;
+  if (stream == nullptr || r == nullptr) return JUN_RNG_NULL_POINTER;
+  const Interval<T> to(a, b);
+  if (to.is_unit()) {
+    Uniforms<T, true> sink(r, to);
+    return Family::generate(stream, static_cast<std::size_t>(n), sink);
+  }
+  Uniforms<T, false> sink(r, to);
+  return Family::generate(stream, static_cast<std::size_t>(n), sink);
+}
+template <class Family, class Raw = RawWords, std::size_t ValuesPerOutput = 1>
+int32_t raw_outputs(void* stream, int32_t n, uint32_t* r) {
+  if (n <= 0) return JUN_RNG_OK;
+  if (stream == nullptr || r == nullptr) return JUN_RNG_NULL_POINTER;
+  Raw sink(r);
+  return Family::generate(stream, static_cast<std::size_t>(n) * ValuesPerOutput, sink);
+}
+
+}  // namespace orin::rng
+
+#endif

@@ -1,0 +1,195 @@
+// wh: 273 sets of four multiplicative generators xi' = ai xi mod mi, u = fractional part of the sum of xi / mi.
+// SPDX-License-Identifier: MIT
+//
+// Source    B. A. Wichmann, I. D. Hill, Applied Statistics 31 (1982) 188-190; N. M. Maclaren, Applied Statistics 38
+//           (1989) 351-359.
+//           State: x1 .. x4, a1 .. a4; the moduli are those of the stream's identifier. Delivers, then advances.
+// Data      rng/data/wh_parameters.h. Period: the least common multiple of the mi - 1, above 2^92.
+// Method    Two outputs in two lanes, four in flight, stepped by ai^4. Moduli have 24 bits, so that a product p is
+//           exact in a double and p / mi is off by less than 2^-27, while its fraction is a multiple of 1/mi > 2^-24:
+//           p / mi - 1/2 + 2^-26 rounds to the quotient q, and p - q mi is the residue.
+// Streams   skip n: xi ai^n. Leapfrog k of s: xi ai^k, then ai <- ai^s, for each i.
+// Proof     tests/rng/generators/sequence_test.cpp: 64-bit arithmetic; known_answers_test.cpp: the rules of the sets
+#include "rng/data/wh_parameters.h"
+#include "rng/generators/generators.h"
+#include "rng/generators/sinks.h"
+
+namespace orin::rng {
+namespace {
+
+struct State {
+  uint32_t x[4];
+  uint32_t a[4];
+};
+static_assert(sizeof(State) == 48 - sizeof(StreamHeader));
+
+uint32_t product(uint32_t x, uint32_t y, uint32_t m) { return static_cast<uint32_t>(uint64_t{x} * y % m); }
+
+struct Modulus {  // the same in both lanes
+  __m128d m, reciprocal;
+
+  Modulus() = default;
+  explicit Modulus(uint32_t value) : m(_mm_set1_pd(value)), reciprocal(_mm_set1_pd(1.0 / value)) {}
+  __m128d product(__m128d x, __m128d y) const {
+    const __m128d shifter = _mm_set1_pd(0x1.8p52);
+    const __m128d p = _mm_mul_pd(x, y);
+    const __m128d below = _mm_add_pd(_mm_mul_pd(p, reciprocal), _mm_set1_pd(-0.5 + 0x1p-26));
+    const __m128d q = _mm_sub_pd(_mm_add_pd(below, shifter), shifter);
+    return _mm_sub_pd(p, _mm_mul_pd(q, m));
+  }
+};
+
+struct Group {  // components of four outputs
+  __m128d front[4], back[4];
+  const Modulus* m;
+};
+
+struct Raw : Sink<Raw, uint32_t, 4> {
+  using Sink::Sink;
+  static void put(uint32_t* r, const Group& x) {
+    put_two(r, x.front);
+    put_two(r + 8, x.back);
+  }
+
+ private:
+  static void put_two(uint32_t* r, const __m128d x[4]) {
+    const __m128i low = _mm_unpacklo_epi32(_mm_cvttpd_epi32(x[0]), _mm_cvttpd_epi32(x[1]));
+    const __m128i high = _mm_unpacklo_epi32(_mm_cvttpd_epi32(x[2]), _mm_cvttpd_epi32(x[3]));
+    store_words(r, _mm_unpacklo_epi64(low, high));
+    store_words(r + 4, _mm_unpackhi_epi64(low, high));
+  }
+};
+
+__m128d sum_of_quotients(const __m128d x[4], const Modulus m[4]) {
+  __m128d sum = _mm_mul_pd(x[0], m[0].reciprocal);
+  for (int i = 1; i < 4; ++i) sum = _mm_add_pd(sum, _mm_mul_pd(x[i], m[i].reciprocal));
+  return sum;
+}
+
+template <class T, bool Unit>
+class Uniforms;
+
+template <bool Unit>
+class Uniforms<double, Unit> : public Sink<Uniforms<double, Unit>, double> {
+ public:
+  Uniforms(double* r, const Interval<double>& to) : Sink<Uniforms, double>(r), map_(to) {}
+  void put(double* r, const Group& x) const {
+    _mm_storeu_pd(r, map_(fraction(sum_of_quotients(x.front, x.m))));
+    _mm_storeu_pd(r + 2, map_(fraction(sum_of_quotients(x.back, x.m))));
+  }
+
+ private:
+  static __m128d fraction(__m128d sum) { return _mm_sub_pd(sum, _mm_cvtepi32_pd(_mm_cvttpd_epi32(sum))); }
+
+  Map<double, Unit> map_;
+};
+
+// Added to 1.5 2^20, the sum leaves its fraction in the low word, in units of 2^-32 and rounded modulo 1.
+template <bool Unit>
+class Uniforms<float, Unit> : public Sink<Uniforms<float, Unit>, float> {
+ public:
+  Uniforms(float* r, const Interval<float>& to) : Sink<Uniforms, float>(r), map_(to) {}
+  void put(float* r, const Group& x) const {
+    const __m128d shifter = _mm_set1_pd(0x1.8p20);
+    const __m128d front = _mm_add_pd(sum_of_quotients(x.front, x.m), shifter);
+    const __m128d back = _mm_add_pd(sum_of_quotients(x.back, x.m), shifter);
+    _mm_storeu_ps(r, map_(_mm_srli_epi32(low_words(front, back), 1)));
+  }
+
+ private:
+  Map<float, Unit> map_;
+};
+
+struct Wh {
+  template <class Sink>
+  static int32_t generate(void* stream, std::size_t n, Sink& sink) {
+    State& state = state_of<State>(stream);
+    const uint32_t* moduli = wh_moduli[sub_stream_of(stream)];
+    Modulus m[4];
+    for (int i = 0; i < 4; ++i) m[i] = Modulus(moduli[i]);
+    Group x;
+    x.m = m;
+    Sink local = sink;
+    if (n >= 12) {
+      __m128d step[4];
+      for (int i = 0; i < 4; ++i) {
+        const uint32_t a2 = product(state.a[i], state.a[i], moduli[i]);
+        x.front[i] = _mm_set_pd(product(state.x[i], state.a[i], moduli[i]), state.x[i]);
+        x.back[i] = m[i].product(x.front[i], _mm_set1_pd(a2));
+        step[i] = _mm_set1_pd(product(a2, a2, moduli[i]));
+      }
+      for (; n >= 4; n -= 4) {
+        local.four(x);
+        for (int i = 0; i < 4; ++i) {
+          x.front[i] = m[i].product(x.front[i], step[i]);
+          x.back[i] = m[i].product(x.back[i], step[i]);
+        }
+      }
+      for (int i = 0; i < 4; ++i) state.x[i] = static_cast<uint32_t>(_mm_cvttsd_si32(x.front[i]));
+    }
+    while (n != 0) {
+      double value[4][4] = {};
+      std::size_t count = 0;
+      for (; count < 4 && n != 0; ++count, --n)
+        for (int i = 0; i < 4; ++i) {
+          value[i][count] = state.x[i];
+          state.x[i] = product(state.x[i], state.a[i], moduli[i]);
+        }
+      for (int i = 0; i < 4; ++i) {
+        x.front[i] = _mm_loadu_pd(value[i]);
+        x.back[i] = _mm_loadu_pd(value[i] + 2);
+      }
+      local.some(x, count);
+    }
+    sink = local;
+    return JUN_RNG_OK;
+  }
+};
+
+}  // namespace
+}  // namespace orin::rng
+
+using namespace orin::rng;
+
+ORIN_BEGIN_DECLS
+
+ORIN_API int32_t ORIN_CALL __junBRngWHInitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
+  State& state = state_of<State>(stream);
+  const int32_t set = sub_stream_of(stream);
+  const uint32_t* m = wh_moduli[set];
+  const auto jump = [&](uint64_t count) {
+    for (int i = 0; i < 4; ++i) state.x[i] = product(state.x[i], __juniPowMod(state.a[i], count, m[i]), m[i]);
+  };
+  switch (method) {
+    case JUN_RNG_SEED:
+      for (int i = 0; i < 4; ++i) {
+        state.x[i] = i < n ? params[i] % m[i] : 1;
+        if (state.x[i] == 0) state.x[i] = 1;
+        state.a[i] = wh_multipliers[set][i];
+      }
+      return JUN_RNG_OK;
+    case JUN_RNG_LEAPFROG:
+      jump(params[0]);
+      for (int i = 0; i < 4; ++i) state.a[i] = __juniPowMod(state.a[i], static_cast<uint64_t>(int64_t{n}), m[i]);
+      return JUN_RNG_OK;
+    case JUN_RNG_SKIP_AHEAD:
+      jump(skip_count(params));
+      return JUN_RNG_OK;
+    default:
+      return JUN_RNG_BAD_METHOD;
+  }
+}
+
+ORIN_API int32_t ORIN_CALL __junsBRngWH(void* stream, int32_t n, float* r, float a, float b) {
+  return uniforms<Wh, Uniforms>(stream, n, r, a, b);
+}
+
+ORIN_API int32_t ORIN_CALL __jundBRngWH(void* stream, int32_t n, double* r, double a, double b) {
+  return uniforms<Wh, Uniforms>(stream, n, r, a, b);
+}
+
+ORIN_API int32_t ORIN_CALL __juniBRngWH(void* stream, int32_t n, uint32_t* r) {
+  return raw_outputs<Wh, Raw>(stream, n, r);
+}
+
+ORIN_END_DECLS

@@ -1,0 +1,202 @@
+// sequence_test: every family delivers its sequence, value by value, however the calls are cut and wherever the array
+// lies. SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+
+#include "rng/stream_layout.h"
+#include "tests/rng/generators/references.h"
+#include "tests/support/faulty_core.h"
+#include "tests/support/guard_pages.h"
+
+namespace {
+
+using namespace references;
+
+class Sequence : public testing::TestWithParam<Family> {
+ protected:
+  Stream stream() const { return new_stream(GetParam().brng, GetParam().seeds); }
+  JunBrngProperties row() const {
+    JunBrngProperties row = {};
+    EXPECT_EQ(__junGetBrngProperties(GetParam().brng, &row), JUN_RNG_OK);
+    return row;
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(Families, Sequence, testing::ValuesIn(families()),
+                         [](const auto& family) { return family.param.name; });
+
+// Long enough for every block of every family, for all stretches of MRG32K3A and for many blocks of quasi-random
+// points.
+constexpr std::size_t length = 30011;
+
+TEST_P(Sequence, RawOutputsFollowTheRecurrence) {
+  const Generator next = GetParam().start();
+  const std::size_t words = GetParam().words, per_raw = GetParam().outputs_per_raw;
+  const std::vector<uint32_t> r = raw(stream(), length, words * per_raw);
+  for (std::size_t k = 0; k < length * per_raw; ++k) {
+    const Output expected = next();
+    for (std::size_t i = 0; i < words; ++i) ASSERT_EQ(r[k * words + i], expected.words[i]) << "output " << k;
+  }
+}
+
+// a + (b - a) u, a rounding at each step: the sum of four quotients in WH, one quotient or none elsewhere.
+TEST_P(Sequence, UniformsAreTheScaledOutputs) {
+  struct Range {
+    double a, b;
+  };
+  for (const Range range : {Range{0, 1}, Range{-3, 5}, Range{1e-3, 1e6}, Range{-1e-290, 1e-290}}) {
+    const Generator next = GetParam().start();
+    const std::vector<double> r = uniforms<double>(stream(), length, range.a, range.b);
+    const auto fa = static_cast<float>(range.a), fb = static_cast<float>(range.b);
+    const std::vector<float> s = uniforms<float>(stream(), length, fa, fb);
+    const double size = std::abs(range.a) + std::abs(range.b);
+    for (std::size_t k = 0; k < length; ++k) {
+      const long double u = next().u;
+      ASSERT_LE(std::abs(r[k] - (range.a + (static_cast<long double>(range.b) - range.a) * u)), size * 0x1p-50) << k;
+      ASSERT_LE(std::abs(s[k] - (fa + (static_cast<long double>(fb) - fa) * u)), size * 0x1p-22) << k;
+    }
+  }
+}
+
+// Words of 32 bits fit a double; single precision takes 31 bits of u and rounds them once.
+TEST_P(Sequence, UnitUniformsAreRoundedOnce) {
+  const Generator next = GetParam().start();
+  const std::vector<double> r = uniforms<double>(stream(), length);
+  const std::vector<float> s = uniforms<float>(stream(), length);
+  const std::string name = GetParam().name;
+  const bool quotient = name.starts_with("WH") || name == "MRG32K3A" || name == "MCG31M1";
+  for (std::size_t k = 0; k < length; ++k) {
+    const long double u = next().u;
+    if (!quotient) {
+      ASSERT_EQ(r[k], std::min(static_cast<double>(u), 1 - 0x1p-53)) << k;
+      ASSERT_EQ(s[k], std::min(static_cast<float>(std::ldexp(std::floor(std::ldexp(u, 31)), -31)), 1 - 0x1p-24f)) << k;
+    } else {
+      ASSERT_LE(std::abs(r[k] - u), 0x1p-50) << k;
+      ASSERT_LE(std::abs(s[k] - u), 0x1p-31 + u * 0x1p-23) << k;
+    }
+  }
+}
+
+// Calls of all lengths and kinds in a random order, into arrays between guard pages at every 4-byte alignment.
+TEST_P(Sequence, CutsAlignmentsAndKindsOfCallsDoNotMatter) {
+  const std::size_t raw_words = GetParam().words * GetParam().outputs_per_raw;
+  std::vector<Stream> streams;
+  for (int kind = 0; kind < 4; ++kind) streams.push_back(stream());
+  const std::vector<double> d = uniforms<double>(stream(), length, -2.0, 3.0);
+  const std::vector<float> s = uniforms<float>(stream(), length, -2.0f, 3.0f);
+  const std::vector<uint32_t> w = raw(stream(), length, raw_words);
+  std::mt19937 random(GetParam().brng);
+  std::size_t at[3] = {}, mixed = 0;
+  const auto same = [](const auto& part, const auto& whole, std::size_t from) {
+    return std::memcmp(part.data(), whole.data() + from, part.size() * sizeof whole[0]) == 0;
+  };
+  for (int call = 0; call < 250; ++call) {
+    const std::size_t most = call % 8 == 0 ? 900 : call % 2 == 0 ? 70 : 10;
+    const std::size_t n = random() % most, offset = 4 * (random() % 4);
+    const auto side = [&]<class T>(GuardedArray<T>*) {
+      return call % 3 == 0 ? GuardedArray<T>::at_start : GuardedArray<T>::at_end;
+    };
+    GuardedArray<double> pd(n, side(static_cast<GuardedArray<double>*>(nullptr)), offset), qd(n);
+    GuardedArray<float> ps(n, side(static_cast<GuardedArray<float>*>(nullptr)), offset), qs(n);
+    GuardedArray<uint32_t> pw(n * raw_words, side(static_cast<GuardedArray<uint32_t>*>(nullptr)), offset);
+    const auto count = static_cast<int32_t>(n);
+    ASSERT_EQ(row().dBRng(streams[0].get(), count, pd.data(), -2, 3), JUN_RNG_OK);
+    ASSERT_EQ(row().sBRng(streams[1].get(), count, ps.data(), -2, 3), JUN_RNG_OK);
+    ASSERT_EQ(row().iBRng(streams[2].get(), count, pw.data()), JUN_RNG_OK);
+    ASSERT_TRUE(same(pd, d, at[0]) && same(ps, s, at[1]) && same(pw, w, at[2] * raw_words)) << "call " << call;
+    ASSERT_TRUE(pd.surroundings_intact() && ps.surroundings_intact() && pw.surroundings_intact());
+    for (std::size_t& place : at) place += n;
+    if (call % 2 == 0) {
+      ASSERT_EQ(row().dBRng(streams[3].get(), count, qd.data(), -2, 3), JUN_RNG_OK);
+      ASSERT_TRUE(same(qd, d, mixed)) << "call " << call;
+    } else {
+      ASSERT_EQ(row().sBRng(streams[3].get(), count, qs.data(), -2, 3), JUN_RNG_OK);
+      ASSERT_TRUE(same(qs, s, mixed)) << "call " << call;
+    }
+    mixed += n;
+  }
+}
+
+TEST_P(Sequence, NothingIsWrittenForNoOutputs) {
+  const Stream whole = stream(), cut = stream();
+  double r = 7;
+  float s = 7;
+  uint32_t w = 7;
+  for (const int32_t n : {0, -1, std::numeric_limits<int32_t>::min()}) {
+    EXPECT_EQ(row().dBRng(cut.get(), n, &r, 0, 1), JUN_RNG_OK);
+    EXPECT_EQ(row().sBRng(cut.get(), n, &s, 0, 1), JUN_RNG_OK);
+    EXPECT_EQ(row().iBRng(cut.get(), n, &w), JUN_RNG_OK);
+  }
+  EXPECT_TRUE(r == 7 && s == 7 && w == 7);
+  EXPECT_EQ(uniforms<double>(cut, 10), uniforms<double>(whole, 10));
+  EXPECT_EQ(row().dBRng(nullptr, 1, &r, 0, 1), JUN_RNG_NULL_POINTER);
+  EXPECT_EQ(row().iBRng(cut.get(), 1, nullptr), JUN_RNG_NULL_POINTER);
+}
+
+// Intervals where a + (b - a) u rounds up to b often, or nothing lies between a and b.
+template <class T>
+void expect_half_open(const Stream& stream, T a, T b) {
+  for (const T r : uniforms<T>(stream, 4000, a, b))
+    ASSERT_TRUE(a <= r && r < b) << r << " in [" << a << ", " << b << ")";
+}
+
+TEST_P(Sequence, UniformsStayBelowTheEnd) {
+  const Stream s = stream();
+  if (GetParam().name != "MCG31M1") {  // whose doubles keep to their formula
+    expect_half_open(s, 1.0, std::nextafter(1.0, 2.0));
+    expect_half_open(s, 0x1p52, 0x1p52 + 3);
+    expect_half_open(s, -0x1p-1074, 0.0);
+    expect_half_open(s, 0.0, 0x1p-1074);
+    expect_half_open(s, -1e308, 0.5e308);
+  }
+  expect_half_open(s, 0.0f, 1.0f);
+  expect_half_open(s, 1.0f, std::nextafter(1.0f, 2.0f));
+  expect_half_open(s, -1.0f, -1 + 0x1p-22f);
+  expect_half_open(s, -0x1p-149f, 0.0f);
+  expect_half_open(s, -1e38f, 2e38f);
+  EXPECT_EQ(uniforms<double>(s, 9, 2.5, 2.5), std::vector<double>(9, 2.5));
+  for (const double r : uniforms<double>(s, 99, 5, 3)) EXPECT_TRUE(3 <= r && r <= 5);  // reversed
+}
+
+// The state as any bytes at all: the calls end, and no byte outside the state and the array is touched.
+TEST_P(Sequence, CorruptStatesAreHarmless) {
+  std::mt19937 random(99);
+  for (int round = 0; round < 40; ++round) {
+    const Stream s = stream();
+    auto* bytes = static_cast<unsigned char*>(s.get());
+    const auto size = static_cast<std::size_t>(row().StateBytes);
+    for (std::size_t i = sizeof(orin::rng::StreamHeader); i < size; ++i)
+      bytes[i] = static_cast<unsigned char>(round % 2 != 0 ? 0xFF : random());
+    GuardedArray<double> r(700);
+    EXPECT_EQ(row().dBRng(s.get(), 5, r.data(), 0, 1), JUN_RNG_OK);
+    EXPECT_EQ(row().dBRng(s.get(), 700, r.data(), 0, 1), JUN_RNG_OK);
+    const uint32_t skip[2] = {5, 1};
+    row().InitStream(JUN_RNG_SKIP_AHEAD, s.get(), 2, skip);
+    EXPECT_EQ(row().dBRng(s.get(), 700, r.data(), 0, 1), JUN_RNG_OK);
+  }
+}
+
+TEST_P(Sequence, CopiesAndSavedImagesContinue) {
+  const Stream s = stream();
+  uniforms<float>(s, 777);
+  const Stream copy = copy_of(s);
+  std::vector<unsigned char> image(static_cast<std::size_t>(__junGetStreamSize(s.get())));
+  ASSERT_EQ(__junSaveStreamM(s.get(), image.data()), JUN_RNG_OK);
+  const std::vector<double> expected = uniforms<double>(s, 3001);
+  EXPECT_EQ(uniforms<double>(copy, 3001), expected);
+  void* loaded = nullptr;
+  ASSERT_EQ(__junLoadStreamM(&loaded, image.data()), JUN_RNG_OK);
+  EXPECT_EQ(uniforms<double>(Stream(loaded), 3001), expected);
+}
+
+TEST(Memory, NothingIsLeftBehind) {
+  const long before = faulty_core::live_blocks();
+  for (const Family& family : families()) uniforms<double>(new_stream(family.brng, family.seeds), 100);
+  EXPECT_EQ(faulty_core::live_blocks(), before);
+}
+
+}  // namespace
