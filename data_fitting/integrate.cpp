@@ -66,18 +66,20 @@ double between(const T* coefficients, const Sum* prefix, Index first, const Piec
   return (to.high - from.high) + ((to.low - from.low) + (head + tail));
 }
 
-// A limit that is greater than the other, or in a later piece, comes second. NaN limits stay as they are, in any piece
-// that has a prefix sum.
+// The limit in the later piece, or further right in the same one, comes second: picked by address, since a branch could
+// not be predicted. NaN limits stay as they are, in any piece that has a prefix sum.
 template <int order, class T>
 void integrate_block(const T* coefficients, const Sum* prefix, Index first, Index last, const Pieces<T>& pieces,
                      const Block& block, Index n, T* r, Index stride) {
+  constexpr double sign[2] = {1, -1};
   for (Index i = 0; i < n; ++i) {
-    const Index a = within(block.piece[0][i], first, last), b = within(block.piece[1][i], first, last);
-    const double u = block.local[0][i], v = block.local[1][i];
-    const bool reversed = a > b || (a == b && u > v);
-    const double value = between<order>(coefficients, prefix, first, pieces, reversed ? b : a, reversed ? v : u,
-                                        reversed ? a : b, reversed ? u : v);
-    r[i * stride] = static_cast<T>(reversed ? -value : value);
+    const bool later = block.piece[0][i] > block.piece[1][i], same = block.piece[0][i] == block.piece[1][i];
+    const int reversed = later | (same & (block.local[0][i] > block.local[1][i]));
+    const Index a = within(block.piece[reversed][i], first, last);
+    const Index b = within(block.piece[1 - reversed][i], first, last);
+    const double value = between<order>(coefficients, prefix, first, pieces, a, block.local[reversed][i], b,
+                                        block.local[1 - reversed][i]);
+    r[i * stride] = static_cast<T>(value * sign[reversed]);
   }
 }
 

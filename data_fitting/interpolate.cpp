@@ -4,12 +4,14 @@
 // Method    blocks of sites: pieces and coordinates once, then each function and derivative over the block
 // Bounds    per value the rounding of Horner's rule in the coordinate; at the left end of a piece c0 to the bit
 // Special   sites beyond the partition continue the outer pieces
+#include <emmintrin.h>
+
 #include "data_fitting/pieces.h"
 
 namespace orin::data_fitting {
 namespace {
 
-constexpr Index block_sites = 512;
+constexpr Index block_sites = 256;
 
 // j (j - 1) ... (j - k + 1): the factor of coefficient j in derivative k.
 constexpr int falling(int j, int k) { return k == 0 ? 1 : j * falling(j - 1, k - 1); }
@@ -22,17 +24,45 @@ T polynomial(const T* c, T u) {
   return sum;
 }
 
+// Coefficients j of two pieces, for every j below the order.
+template <int order>
+void load_pair(const double* a, const double* b, __m128d (&c)[order]) {
+  for (int j = 0; j + 1 < order; j += 2) {
+    const __m128d pair_a = _mm_loadu_pd(a + j), pair_b = _mm_loadu_pd(b + j);
+    c[j] = _mm_unpacklo_pd(pair_a, pair_b);
+    c[j + 1] = _mm_unpackhi_pd(pair_a, pair_b);
+  }
+  if constexpr (order % 2 == 1) c[order - 1] = _mm_set_pd(b[order - 1], a[order - 1]);
+}
+
+template <int order, int k>
+__m128d polynomial_pair(const double* a, const double* b, __m128d u) {
+  __m128d c[order];
+  load_pair<order>(a, b, c);
+  const auto term = [&c](int j) { return falling(j, k) == 1 ? c[j] : _mm_mul_pd(c[j], _mm_set1_pd(falling(j, k))); };
+  __m128d sum = term(order - 1);
+  for (int j = order - 2; j >= k; --j) sum = _mm_add_pd(_mm_mul_pd(sum, u), term(j));
+  return sum;
+}
+
 template <class T>
 using Evaluate = void (*)(Index n, const Index* piece, const T* local, const T* coefficients, T* r, Index stride);
 
 template <class T, int order, int k>
 void evaluate(Index n, const Index* piece, const T* local, const T* coefficients, T* r, Index stride) {
-  for (Index i = 0; i < n; ++i) {
-    if constexpr (k < order) {
-      r[i * stride] = polynomial<order, k>(coefficients + order * piece[i], local[i]);
-    } else {
-      r[i * stride] = 0;
+  Index i = 0;
+  if constexpr (k >= order) {
+    for (; i < n; ++i) r[i * stride] = 0;
+  } else {
+    if constexpr (sizeof(T) == sizeof(double)) {
+      for (; i + 2 <= n; i += 2) {
+        const __m128d value = polynomial_pair<order, k>(coefficients + order * piece[i],
+                                                        coefficients + order * piece[i + 1], _mm_loadu_pd(local + i));
+        _mm_storel_pd(r + i * stride, value);
+        _mm_storeh_pd(r + (i + 1) * stride, value);
+      }
     }
+    for (; i < n; ++i) r[i * stride] = polynomial<order, k>(coefficients + order * piece[i], local[i]);
   }
 }
 
