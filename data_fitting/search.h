@@ -22,6 +22,15 @@ T cells_per_length(const T* x, int64_t nx) {
 template <class T, class Cell>
 void find_uniform(int64_t nx, const T* x, Index nsite, const T* site, T r, Cell* cell);
 
+// The uniform cell as a guess, then a walk. The step up is strict in its test: a site equal to the point at its guess
+// keeps that cell.
+template <class T, class Cell>
+void find_quasi_uniform(Index nx, const T* x, Index nsite, const T* site, T r, Cell* cell);
+
+// A walk outward from the peak cell.
+template <class T, class Cell>
+void find_from_peak(Index nx, const T* x, Index nsite, const T* site, T peak, Cell* cell);
+
 // Sites near a hinted cell: steps that double outward from it, then bisection. A NaN site keeps the hint.
 template <class T, class Cell>
 void find_near(Index nx, const T* x, Index nsite, const T* site, Index hint, Cell* cell);

@@ -4,6 +4,7 @@
 #ifndef ORIN_ORIN_H
 #define ORIN_ORIN_H
 
+#include "orin/data_fitting.h"
 #include "orin/service.h"
 #include "orin/vector_math.h"
 
