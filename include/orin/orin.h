@@ -4,6 +4,8 @@
 #ifndef ORIN_ORIN_H
 #define ORIN_ORIN_H
 
+#include "orin/companions.h"
+#include "orin/data_fitting.h"
 #include "orin/rng.h"
 #include "orin/service.h"
 #include "orin/vector_math.h"

@@ -1,0 +1,147 @@
+// interpolate: values and derivatives of the splines of a task at many sites.
+// SPDX-License-Identifier: MIT
+//
+// Method    blocks of sites: pieces and coordinates once, then each function and derivative over the block
+// Bounds    per value the rounding of Horner's rule in the coordinate; at the left end of a piece c0 to the bit
+// Special   sites beyond the partition continue the outer pieces
+#include <emmintrin.h>
+
+#include "data_fitting/pieces.h"
+
+namespace orin::data_fitting {
+namespace {
+
+constexpr Index block_sites = 256;
+
+// j (j - 1) ... (j - k + 1): the factor of coefficient j in derivative k.
+constexpr int falling(int j, int k) { return k == 0 ? 1 : j * falling(j - 1, k - 1); }
+
+// The k-th derivative of the polynomial c of the given order at u.
+template <int order, int k, class T>
+T polynomial(const T* c, T u) {
+  T sum = c[order - 1] * static_cast<T>(falling(order - 1, k));
+  for (int j = order - 2; j >= k; --j) sum = sum * u + c[j] * static_cast<T>(falling(j, k));
+  return sum;
+}
+
+// Coefficients j of two pieces, for every j below the order.
+template <int order>
+void load_pair(const double* a, const double* b, __m128d (&c)[order]) {
+  for (int j = 0; j + 1 < order; j += 2) {
+    const __m128d pair_a = _mm_loadu_pd(a + j), pair_b = _mm_loadu_pd(b + j);
+    c[j] = _mm_unpacklo_pd(pair_a, pair_b);
+    c[j + 1] = _mm_unpackhi_pd(pair_a, pair_b);
+  }
+  if constexpr (order % 2 == 1) c[order - 1] = _mm_set_pd(b[order - 1], a[order - 1]);
+}
+
+template <int order, int k>
+__m128d polynomial_pair(const double* a, const double* b, __m128d u) {
+  __m128d c[order];
+  load_pair<order>(a, b, c);
+  const auto term = [&c](int j) { return falling(j, k) == 1 ? c[j] : _mm_mul_pd(c[j], _mm_set1_pd(falling(j, k))); };
+  __m128d sum = term(order - 1);
+  for (int j = order - 2; j >= k; --j) sum = _mm_add_pd(_mm_mul_pd(sum, u), term(j));
+  return sum;
+}
+
+template <class T>
+using Evaluate = void (*)(Index n, const Index* piece, const T* local, const T* coefficients, T* r, Index stride);
+
+template <class T, int order, int k>
+void evaluate(Index n, const Index* piece, const T* local, const T* coefficients, T* r, Index stride) {
+  Index i = 0;
+  if constexpr (k >= order) {
+    for (; i < n; ++i) r[i * stride] = 0;
+  } else {
+    if constexpr (sizeof(T) == sizeof(double)) {
+      for (; i + 2 <= n; i += 2) {
+        const __m128d value = polynomial_pair<order, k>(coefficients + order * piece[i],
+                                                        coefficients + order * piece[i + 1], _mm_loadu_pd(local + i));
+        _mm_storel_pd(r + i * stride, value);
+        _mm_storeh_pd(r + (i + 1) * stride, value);
+      }
+    }
+    for (; i < n; ++i) r[i * stride] = polynomial<order, k>(coefficients + order * piece[i], local[i]);
+  }
+}
+
+// By order and derivative; the last row is for every derivative from the order on.
+template <class T, int order>
+constexpr Evaluate<T> kernels[5] = {evaluate<T, order, 0>, evaluate<T, order, 1>, evaluate<T, order, 2>,
+                                    evaluate<T, order, 3>, evaluate<T, order, 4>};
+
+template <class T>
+constexpr const Evaluate<T>* kernels_of[] = {kernels<T, 2>, kernels<T, 3>, kernels<T, 4>};
+
+template <class T>
+struct Request {
+  Index nsite;
+  const T* site;
+  Index ndorder;
+  const int32_t* dorder;
+  T* r;
+  bool by_site;
+  const int64_t* cell;
+};
+
+template <class T>
+void run(const DfTask1D& task, const Request<T>& q, Index asked, Pieces<T>& pieces) {
+  const Evaluate<T>* const kernel = kernels_of<T>[task.s_order - 2];
+  const Index functions = static_cast<Index>(task.ny);
+  const Index stride = q.by_site ? functions * asked : asked;
+  Index piece[block_sites];
+  T local[block_sites];
+  for (Index begin = 0; begin < q.nsite; begin += block_sites) {
+    const Index n = q.nsite - begin < block_sites ? q.nsite - begin : block_sites;
+    pieces.find(n, q.site + begin, q.cell == nullptr ? nullptr : q.cell + begin, piece, local);
+    for (Index f = 0; f < functions; ++f) {
+      const T* coefficients = static_cast<const T*>(task.scoeff[f]);
+      T* r = q.r + (q.by_site ? begin * functions + f : f * q.nsite + begin) * asked;
+      for (Index k = 0; k < q.ndorder; ++k) {
+        if (q.dorder[k] != 0) kernel[k < 4 ? k : 4](n, piece, local, coefficients, r++, stride);
+      }
+    }
+  }
+}
+
+template <class T>
+int32_t interpolate(const DfTask1D* task, int64_t nsite, const T* site, int64_t sitehint, int64_t ndorder,
+                    const int32_t* dorder, const T* data_hint, T* r, int64_t rhint, const int64_t* cell) {
+  if (task == nullptr) return ORIN_DF_NULL_TASK;
+  if (task->s_order < ORIN_DF_LINEAR || task->s_order > ORIN_DF_CUBIC) return ORIN_DF_BAD_ORDER;
+  if (task->scoeff == nullptr) return ORIN_DF_BAD_SCOEFF;
+  if (nsite < 1 || dorder == nullptr) return ORIN_DF_OK;
+  Index asked = 0;
+  for (int64_t k = 0; k < ndorder; ++k) asked += dorder[static_cast<Index>(k)] != 0;
+  if (asked == 0) return ORIN_DF_OK;
+  if (site == nullptr) return ORIN_DF_BAD_X;
+  if (r == nullptr) return ORIN_DF_BAD_Y;
+  if (rhint != 0 && rhint != ORIN_DF_BY_FUNCTION && rhint != ORIN_DF_BY_POINT) return ORIN_DF_BAD_YHINT;
+  if (has_knots(*task) && own_knots(*task) && task->ic == nullptr) return ORIN_DF_BAD_IC;
+  const Index sites = static_cast<Index>(nsite);
+  Pieces<T> pieces(*task, cell == nullptr ? sites : 0, sitehint, data_hint);
+  run<T>(*task, {sites, site, static_cast<Index>(ndorder), dorder, r, by_point(rhint), cell}, asked, pieces);
+  return ORIN_DF_OK;
+}
+
+}  // namespace
+}  // namespace orin::data_fitting
+
+using namespace orin::data_fitting;
+
+extern "C" {
+
+ORIN_API int32_t ORIN_CALL orin_df_kernel_dInterpolate1D(const DfTask1D* task, int64_t nsite, const double* site,
+                                                         int64_t sitehint, int64_t ndorder, const int32_t* dorder,
+                                                         const double* data_hint, double* r, int64_t rhint,
+                                                         const int64_t* cell) {
+  return interpolate(task, nsite, site, sitehint, ndorder, dorder, data_hint, r, rhint, cell);
+}
+ORIN_API int32_t ORIN_CALL orin_df_kernel_sInterpolate1D(const DfTask1D* task, int64_t nsite, const float* site,
+                                                         int64_t sitehint, int64_t ndorder, const int32_t* dorder,
+                                                         const float* data_hint, float* r, int64_t rhint,
+                                                         const int64_t* cell) {
+  return interpolate(task, nsite, site, sitehint, ndorder, dorder, data_hint, r, rhint, cell);
+}
+}

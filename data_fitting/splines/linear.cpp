@@ -1,0 +1,77 @@
+// linear: the polygon through the points.
+// SPDX-License-Identifier: MIT
+//
+// Layout   two coefficients per cell, y[i] and the slope (y[i+1] - y[i]) / (x[i+1] - x[i]), in the caller's precision
+// Cost     blocks of 2048 cells: slopes into a buffer on the stack, then pairs from it, both without a branch inside
+#include "data_fitting/splines/construct.h"
+#include "data_fitting/splines/lanes.h"
+
+namespace orin::data_fitting {
+namespace {
+
+constexpr Index block_cells = 2048;
+
+template <class T>
+void slopes(bool uniform, const T* x, const T* y, T uniform_width, Index cells, T* slope) {
+  if (uniform) {
+    for (Index i = 0; i < cells; ++i) slope[i] = (y[i + 1] - y[i]) / uniform_width;
+  } else {
+    for (Index i = 0; i < cells; ++i) slope[i] = (y[i + 1] - y[i]) / (x[i + 1] - x[i]);
+  }
+}
+
+template <class T>
+int32_t build_linear(const DfTask1D& task, Shape shape) {
+  const Index points = static_cast<Index>(task.nx), cells = points - 1;
+  Inputs<T> inputs;
+  if (const int32_t status = inputs.prepare(task, shape.by_point, 2 * cells, 0)) return status;
+  WorkArray<T> gathered;
+  if (inputs.functions() <= 0) return ORIN_DF_OK;
+  if (shape.by_point && !allocate(gathered, points)) return ORIN_DF_NO_MEMORY;
+  const T* const x = inputs.x();
+  const T uniform_width = (x[cells] - x[0]) / static_cast<T>(cells);
+  for (Index f = 0; f < inputs.functions(); ++f) {
+    const T* const y = inputs.values(f, gathered.data());
+    T* const out = static_cast<T*>(task.scoeff[f]);
+    for (Index begin = 0; begin < cells; begin += block_cells) {
+      alignas(16) T slope[block_cells];
+      const Index count = cells - begin < block_cells ? cells - begin : block_cells;
+      slopes(shape.uniform, x + begin, y + begin, uniform_width, count, slope);
+      for (Index i = 0; i < count; ++i) {
+        out[2 * (begin + i)] = y[begin + i];
+        out[2 * (begin + i) + 1] = slope[i];
+      }
+    }
+  }
+  return ORIN_DF_OK;
+}
+
+template <class T>
+struct Linear {
+  template <Shape shape>
+  static int32_t kernel(const DfTask1D& task) {
+    return build_linear<T>(task, shape);
+  }
+};
+
+template <class T>
+int32_t linear(const DfTask1D* task, int64_t method) {
+  if (const int32_t status = check_points(task, 2)) return status;
+  if (method != 0) return ORIN_DF_BAD_METHOD;
+  return plain_kernels<Linear<T>>[plain_kernel_index(*task)](*task);
+}
+
+}  // namespace
+}  // namespace orin::data_fitting
+
+using namespace orin::data_fitting;
+
+extern "C" {
+
+ORIN_API int32_t ORIN_CALL orin_df_kernel_dDFLinearSpline1D(DfTask1D* task, int64_t, int64_t method, int64_t) {
+  return linear<double>(task, method);
+}
+ORIN_API int32_t ORIN_CALL orin_df_kernel_sDFLinearSpline1D(DfTask1D* task, int64_t, int64_t method, int64_t) {
+  return linear<float>(task, method);
+}
+}
