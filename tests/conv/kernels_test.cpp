@@ -224,7 +224,7 @@ TEST(Packing, FewOutputsAreReadInPlace) {
 }
 
 // The same bits on every target: a digest of many results, direct and by transform.
-TEST(Kernels, GiveTheSameBitsOnEveryTarget) {
+TEST(Digest, IsTheSameOnEveryTarget) {
   std::uint64_t digest = 14695981039346656037U;
   for (const KernelRow& row : kernel_rows)
     for (const int method : {0, 1})

@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "orin/conv.h"
 #include "tests/support/guard_pages.h"
 
@@ -47,6 +49,7 @@ inline const KernelRow kernel_rows[] = {ROWS(Conv, false), ROWS(Corr, true)};
 #undef ROWS
 #undef ROW
 
+inline void PrintTo(const KernelRow& row, std::ostream* out) { *out << row.name; }
 inline std::string row_name(const testing::TestParamInfo<KernelRow>& info) { return info.param.name; }
 
 // Elements of any of the four data types between guard pages.
