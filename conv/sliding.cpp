@@ -3,6 +3,7 @@
 #include "conv/sliding.h"
 
 #include <algorithm>
+#include <cstring>
 #include <type_traits>
 
 #include "conv/simd.h"
@@ -11,9 +12,9 @@ namespace orin::conv {
 
 namespace {
 
-// Registers that a tile accumulates in; with a tap and a product they fill the eight registers of the 32-bit build, and
-// six independent sums already hide the latency of the adder.
-constexpr std::size_t tile_registers = 6;
+// Registers that a tile accumulates in. Six independent sums hide the latency of the adder and, with a tap and a product,
+// fill the eight registers of the 32-bit build; eight amortise a tile's fixed cost better.
+constexpr std::size_t tile_registers = sizeof(void*) == 8 ? 8 : 6;
 constexpr std::size_t group_tiles = 32;
 constexpr std::size_t chunk_taps = 128;
 
@@ -29,52 +30,49 @@ struct Tiling {
   static constexpr std::size_t tap_scalars = P::parts * Lanes::lanes;                // of a tap spread over vectors
 };
 
-// sums += tap x for `count` taps, real: sums[r] for output vector r.
-template <class P>
-  requires(P::parts == 1)
+// sums += tap x for `count` taps; fresh sums start from zero. Real: sums[r] belongs to output vector r. Complex: sums[2 r]
+// takes the real parts of the taps, sums[2 r + 1] the imaginary ones.
+template <class P, bool Fresh>
 void accumulate_tile(typename P::Sum* sums, const typename P::Sum* taps, const typename P::Sum* x, std::size_t count) {
-  using Lanes = Simd<typename P::Sum>;
+  using Sum = typename P::Sum;
+  using Lanes = Simd<Sum>;
   typename Lanes::Vector sum[tile_registers];
-  unrolled<tile_registers>([&](auto r) __attribute__((always_inline)) { sum[r] = Lanes::load(sums + r * Lanes::lanes); });
-  for (const auto* end = x + count; x != end; ++x, taps += Lanes::lanes) {
+  unrolled<tile_registers>([&](auto r) __attribute__((always_inline)) {
+    sum[r] = Fresh ? Lanes::zero() : Lanes::load(sums + r * Lanes::lanes);
+  });
+  const auto take = [&](const Sum* tap, const Sum* at) __attribute__((always_inline)) {
     // Opaque to the compiler, which else keeps vectors of one tap for later ones in registers that it does not have.
-    const typename P::Sum* here = x;
-    asm("" : "+r"(here));
-    const auto tap = Lanes::load(taps);
-    unrolled<tile_registers>(
-        [&](auto r) __attribute__((always_inline)) { sum[r] = sum[r] + tap * Lanes::load_any(here + r * Lanes::lanes); });
+    asm("" : "+r"(at));
+    if constexpr (P::parts == 1) {
+      const auto h = Lanes::load(tap);
+      unrolled<tile_registers>(
+          [&](auto r) __attribute__((always_inline)) { sum[r] = sum[r] + h * Lanes::load_any(at + r * Lanes::lanes); });
+    } else {
+      const auto re = Lanes::load(tap), im = Lanes::load(tap + Lanes::lanes);
+      unrolled<tile_registers / 2>([&](auto r) __attribute__((always_inline)) {
+        const auto v = Lanes::load_any(at + r * Lanes::lanes);
+        sum[2 * r] = sum[2 * r] + re * v;
+        sum[2 * r + 1] = sum[2 * r + 1] + im * v;
+      });
+    }
+  };
+  constexpr std::size_t tap_scalars = Tiling<P>::tap_scalars;
+  for (; count >= 2; count -= 2, x += 2 * P::parts, taps += 2 * tap_scalars) {
+    take(taps, x);
+    take(taps + tap_scalars, x + P::parts);
   }
+  if (count > 0) take(taps, x);
   unrolled<tile_registers>([&](auto r) __attribute__((always_inline)) { Lanes::store(sums + r * Lanes::lanes, sum[r]); });
 }
 
-// The same for complex: sums[2 r] with the real part of the taps, sums[2 r + 1] with the imaginary part.
-template <class P>
-  requires(P::parts == 2)
-void accumulate_tile(typename P::Sum* sums, const typename P::Sum* taps, const typename P::Sum* x, std::size_t count) {
-  using Lanes = Simd<typename P::Sum>;
-  typename Lanes::Vector sum[tile_registers];
-  unrolled<tile_registers>([&](auto r) __attribute__((always_inline)) { sum[r] = Lanes::load(sums + r * Lanes::lanes); });
-  for (const auto* end = x + 2 * count; x != end; x += 2, taps += 2 * Lanes::lanes) {
-    const typename P::Sum* here = x;
-    asm("" : "+r"(here));
-    const auto re = Lanes::load(taps), im = Lanes::load(taps + Lanes::lanes);
-    unrolled<tile_registers / 2>([&](auto r) __attribute__((always_inline)) {
-      const auto v = Lanes::load_any(here + r * Lanes::lanes);
-      sum[2 * r] = sum[2 * r] + re * v;
-      sum[2 * r + 1] = sum[2 * r + 1] + im * v;
-    });
-  }
-  unrolled<tile_registers>([&](auto r) __attribute__((always_inline)) { Lanes::store(sums + r * Lanes::lanes, sum[r]); });
-}
-
-// The outputs of a tile, in order.
-template <class P>
-void finish_tile(const typename P::Sum* sums, typename P::Sum* outputs) {
+// The outputs of a tile, in order, one vector after the other: f(place among the scalars, vector).
+template <class P, class F>
+[[gnu::always_inline]] inline void finish_tile(const typename P::Sum* sums, F&& f) {
   using Lanes = Simd<typename P::Sum>;
   unrolled<Tiling<P>::vectors>([&](auto r) __attribute__((always_inline)) {
     auto v = Lanes::load(sums + P::parts * r * Lanes::lanes);
     if constexpr (P::parts == 2) v = v + Lanes::times_i(Lanes::load(sums + (2 * r + 1) * Lanes::lanes));
-    Lanes::store(outputs + r * Lanes::lanes, v);
+    f(r * Lanes::lanes, v);
   });
 }
 
@@ -98,9 +96,7 @@ class Group {
   using T = Tiling<P>;
 
  public:
-  explicit Group(std::size_t outputs) : tiles_((outputs + T::tile_outputs - 1) / T::tile_outputs) {
-    std::fill_n(sums_, tiles_ * T::tile_sums, Sum(0));
-  }
+  explicit Group(std::size_t outputs) : tiles_((outputs + T::tile_outputs - 1) / T::tile_outputs) {}
 
   // Adds the sums of one row of taps over one row of the source; `position` meets tap 0 at output 0.
   void accumulate(const Row<Data>& taps, const Row<Data>& source, std::int64_t position, std::int64_t step) {
@@ -112,17 +108,28 @@ class Group {
     }
   }
 
-  // Stores the first `count` outputs.
-  void store(Data* out, std::ptrdiff_t stride, std::size_t count, bool add) const {
-    for (std::size_t tile = 0; count > 0; ++tile) {
-      alignas(16) Sum outputs[T::tile_scalars];
-      finish_tile<P>(sums_ + tile * T::tile_sums, outputs);
+  // Stores the first `count` outputs, or adds them to what stands there.
+  void store(Data* out, std::ptrdiff_t stride, std::size_t count, bool add) {
+    using Lanes = Simd<Sum>;
+    if (fresh_) std::memset(sums_, 0, tiles_ * T::tile_sums * sizeof(Sum));
+    const bool dense = std::is_same_v<Data, Sum> && stride == static_cast<std::ptrdiff_t>(P::parts);
+    for (const Sum* sums = sums_; count > 0; sums += T::tile_sums) {
       const std::size_t here = std::min(count, T::tile_outputs);
-      if (add)
-        for (std::size_t i = 0; i < here; ++i)
-          for (std::size_t p = 0; p < P::parts; ++p)
-            outputs[P::parts * i + p] += static_cast<Sum>(out[static_cast<std::ptrdiff_t>(i) * stride + static_cast<std::ptrdiff_t>(p)]);
-      copy_row<P::parts>(outputs, static_cast<std::ptrdiff_t>(P::parts), out, stride, static_cast<std::ptrdiff_t>(here));
+      if (dense && here == T::tile_outputs) {
+        if constexpr (std::is_same_v<Data, Sum>)
+          finish_tile<P>(sums, [&](std::size_t at, auto v) __attribute__((always_inline)) {
+            Lanes::store_any(out + at, add ? Lanes::load_any(out + at) + v : v);
+          });
+      } else {
+        alignas(16) Sum outputs[T::tile_scalars];
+        finish_tile<P>(sums, [&](std::size_t at, auto v) __attribute__((always_inline)) {
+          Lanes::store(outputs + at, v);
+        });
+        Data* to = out;
+        for (const Sum *from = outputs, *end = from + here * P::parts; from != end; to += stride)
+          for (std::size_t p = 0; p < P::parts; ++p, ++from)
+            to[p] = static_cast<Data>(add ? static_cast<Sum>(to[p]) + *from : *from);
+      }
       out += static_cast<std::ptrdiff_t>(here) * stride;
       count -= here;
     }
@@ -150,13 +157,15 @@ class Group {
       } else {
         gather(source, position + step * k, step, valid_begin - k, std::min(valid_end - k, needed), needed);
       }
+      const auto accumulate = fresh_ ? accumulate_tile<P, true> : accumulate_tile<P, false>;
       for (std::size_t tile = 0; tile < tiles_; ++tile) {
         const auto offset = static_cast<std::int64_t>(tile * T::tile_outputs);
         const std::int64_t from = std::clamp<std::int64_t>(valid_begin - k - offset - static_cast<std::int64_t>(T::tile_outputs) + 1, 0, count);
         const std::int64_t to = std::clamp<std::int64_t>(valid_end - k - offset, from, count);
-        accumulate_tile<P>(sums_ + tile * T::tile_sums, spread_ + static_cast<std::size_t>(from) * T::tap_scalars,
-                           x + P::parts * static_cast<std::size_t>(offset + from), static_cast<std::size_t>(to - from));
+        accumulate(sums_ + tile * T::tile_sums, spread_ + static_cast<std::size_t>(from) * T::tap_scalars,
+                   x + P::parts * static_cast<std::size_t>(offset + from), static_cast<std::size_t>(to - from));
       }
+      fresh_ = false;
     }
   }
 
@@ -175,15 +184,16 @@ class Group {
     begin = std::clamp<std::int64_t>(begin, 0, count);
     end = std::clamp<std::int64_t>(end, begin, count);
     const auto scalars = [](std::int64_t n) { return P::parts * static_cast<std::size_t>(n); };
-    std::fill_n(window_, scalars(begin), Sum(0));
+    std::memset(window_, 0, scalars(begin) * sizeof(Sum));
     if (begin < end)
       copy_row<P::parts>(source.at(position + step * begin), static_cast<std::ptrdiff_t>(step) * source.stride,
                          window_ + scalars(begin), static_cast<std::ptrdiff_t>(P::parts),
                          static_cast<std::ptrdiff_t>(end - begin));
-    std::fill_n(window_ + scalars(end), scalars(count - end), Sum(0));
+    std::memset(window_ + scalars(end), 0, scalars(count - end) * sizeof(Sum));
   }
 
   std::size_t tiles_;
+  bool fresh_ = true;  // nothing in the sums yet
   alignas(16) Sum sums_[group_tiles * T::tile_sums];
   alignas(16) Sum spread_[chunk_taps * T::tap_scalars];
   alignas(16) Sum window_[window_elements * P::parts];

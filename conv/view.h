@@ -103,9 +103,11 @@ void for_each_row(int dims, const std::ptrdiff_t* shape, const std::ptrdiff_t* c
 template <std::size_t Parts, class From, class To>
 void copy_row(const From* from, std::ptrdiff_t from_stride, To* to, std::ptrdiff_t to_stride, std::ptrdiff_t count) {
   constexpr auto parts = static_cast<std::ptrdiff_t>(Parts);
-  if (from_stride == parts && to_stride == parts) {
-    for (std::ptrdiff_t i = 0; i < count * parts; ++i) to[i] = static_cast<To>(from[i]);
-    return;
+  if constexpr (std::is_same_v<std::remove_const_t<From>, To>) {
+    if (from_stride == parts && to_stride == parts) {
+      std::copy_n(from, count * parts, to);
+      return;
+    }
   }
   for (; count > 0; --count, from += from_stride, to += to_stride)
     for (std::ptrdiff_t p = 0; p < parts; ++p) to[p] = static_cast<To>(from[p]);
