@@ -4,7 +4,7 @@
 #ifndef ORIN_ORIN_H
 #define ORIN_ORIN_H
 
-#include "orin/companions.h"
+#include "orin/conv.h"
 #include "orin/data_fitting.h"
 #include "orin/rng.h"
 #include "orin/service.h"

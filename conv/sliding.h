@@ -1,0 +1,47 @@
+// sliding.h: sliding sums, the direct method in any number of dimensions.
+// SPDX-License-Identifier: MIT
+//
+//   out[i] = sum over k of taps[k] source[first + step i + k]        along every dimension, over the k inside both
+//
+// A correlation is this as it stands, a convolution with one operand reversed.
+//
+// Method    Outputs of a row go through registers in tiles of six vectors: each tap, repeated over a vector, meets six
+//           vectors of the source, so that two loads serve two operations and the adders are never idle. Tiles form
+//           groups. For a group and 128 taps at a time, taps are spread over vectors on the stack, and the piece of the
+//           source that they meet is read in place or, where it is strided, crosses an end, needs conversion or is
+//           decimated, gathered there with zeros beyond the ends. Both cost little beside the sums. A decimation D splits
+//           the taps into D interleaved sets, each an undecimated sum over every D-th element of the source.
+// Complex   the parts of a tap meet interleaved elements whole: sum of re(h) v and of im(h) v apart, joined at the end as
+//           first + i second; no shuffle in the loop.
+// Accuracy  each output is the plain sum of its terms in the order of k within a set: error <= n u sum |terms|.
+#ifndef ORIN_CONV_SLIDING_H
+#define ORIN_CONV_SLIDING_H
+
+#include <cstdint>
+
+#include "conv/view.h"
+
+namespace orin::conv {
+
+template <class P>
+struct Sliding {
+  View<const typename P::Data> taps, source;
+  View<typename P::Data> out;
+  std::int64_t first[max_dims] = {};
+  std::int64_t step[max_dims] = {};  // positive
+  bool add = false;                  // to what `out` holds
+};
+
+template <class P>
+void slide(const Sliding<P>& sums);
+
+extern template void slide<SS>(const Sliding<SS>&);
+extern template void slide<SD>(const Sliding<SD>&);
+extern template void slide<DD>(const Sliding<DD>&);
+extern template void slide<CC>(const Sliding<CC>&);
+extern template void slide<CZ>(const Sliding<CZ>&);
+extern template void slide<ZZ>(const Sliding<ZZ>&);
+
+}  // namespace orin::conv
+
+#endif
