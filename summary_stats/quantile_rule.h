@@ -14,9 +14,9 @@ namespace orin::summary_stats {
 // The two ranks of the quantile of order b of n observations, and the weight of the upper one:
 // h = b (n - 1), lower = trunc h, fraction = h - lower, upper = min(lower + 1, n - 1).
 struct QuantilePlace {
-  QuantilePlace(double order, std::ptrdiff_t n) noexcept
+  QuantilePlace(double order, std::int64_t n) noexcept
       : h(order * static_cast<double>(n - 1)),
-        lower(static_cast<std::ptrdiff_t>(h)),
+        lower(static_cast<std::int64_t>(h)),
         upper(std::min(lower + 1, n - 1)),
         fraction(h - static_cast<double>(lower)) {}
 
@@ -28,7 +28,7 @@ struct QuantilePlace {
   }
 
   double h;
-  std::ptrdiff_t lower, upper;
+  std::int64_t lower, upper;
   double fraction;
 };
 

@@ -27,8 +27,8 @@ template <class T>
 std::ptrdiff_t collect_ranks(Array<T> orders, std::ptrdiff_t count, std::ptrdiff_t n, std::ptrdiff_t* ranks) noexcept {
   for (std::ptrdiff_t k = 0; k < count; ++k) {
     const QuantilePlace place(orders[k], n);
-    ranks[2 * k] = place.lower;
-    ranks[2 * k + 1] = place.upper;
+    ranks[2 * k] = static_cast<std::ptrdiff_t>(place.lower);
+    ranks[2 * k + 1] = static_cast<std::ptrdiff_t>(place.upper);
   }
   std::sort(ranks, ranks + 2 * count);
   return std::unique(ranks, ranks + 2 * count) - ranks;
