@@ -39,6 +39,7 @@ struct Extremes {
         highs[k] = S::splat(high);
       }
       for (; i + group <= count; i += group) {
+#pragma GCC unroll 4
         for (int k = 0; k < partials; ++k) {
           const auto v = S::load(x + i + k * lanes);
           lows[k] = S::min(v, lows[k]);

@@ -77,10 +77,9 @@ inline __m128d load_two(const float* x) noexcept {
 // The sums of one block about c.
 template <int order, bool weighted, class T>
 PowerSums power_sums(const T* x, const T* w, std::ptrdiff_t count, double c) noexcept {
-  constexpr int ways = 2;  // independent partial sums of two lanes
   struct Partial {
     __m128d weight = _mm_setzero_pd(), weight2 = weight, s1 = weight, s2 = weight, s3 = weight, s4 = weight;
-  } partial[ways];
+  } even, odd;  // two chains of additions of two lanes each
   const __m128d shift = _mm_set1_pd(c);
 
   const auto add = [](Partial& p, __m128d d, __m128d wt) {
@@ -97,17 +96,16 @@ PowerSums power_sums(const T* x, const T* w, std::ptrdiff_t count, double c) noe
     if constexpr (order >= 4) p.s4 = p.s4 + wd2 * (d * d);
   };
   std::ptrdiff_t i = 0;
-  for (; i + 2 * ways <= count; i += 2 * ways) {
-    for (int k = 0; k < ways; ++k) {
-      add(partial[k], load_two(x + i + 2 * k) - shift, weighted ? load_two(w + i + 2 * k) : shift);
-    }
+  for (; i + 4 <= count; i += 4) {
+    add(even, load_two(x + i) - shift, weighted ? load_two(w + i) : shift);
+    add(odd, load_two(x + i + 2) - shift, weighted ? load_two(w + i + 2) : shift);
   }
   for (; i < count; ++i) {
-    add(partial[0], _mm_set_sd(static_cast<double>(read(x + i)) - c), weighted ? _mm_set_sd(read(w + i)) : shift);
+    add(even, _mm_set_sd(static_cast<double>(read(x + i)) - c), weighted ? _mm_set_sd(read(w + i)) : shift);
   }
 
   const auto total = [&](__m128d Partial::*sum) {
-    const __m128d both = partial[0].*sum + partial[1].*sum;
+    const __m128d both = even.*sum + odd.*sum;
     return _mm_cvtsd_f64(both) + _mm_cvtsd_f64(_mm_unpackhi_pd(both, both));
   };
   const double n = static_cast<double>(count);
