@@ -57,15 +57,22 @@ class Covariance {
   // Deviations of a block: observation after observation (q values each), or variable after variable (`count` each).
   void centre(std::ptrdiff_t first, std::ptrdiff_t count) noexcept {
     double* out = centred_.data();
+    const double* means = means_.data();
     if (data_.by_observation()) {
+      const bool whole_rows = q_ == data_.p();
       for (std::ptrdiff_t i = 0; i < count; ++i, out += q_) {
         const T* row = data_.row(first + i);
-        for (std::ptrdiff_t k = 0; k < q_; ++k) out[k] = read(row + variables_[k]) - means_.data()[k];
+        std::ptrdiff_t k = 0;
+        for (; whole_rows && k + 2 <= q_; k += 2) _mm_storeu_pd(out + k, load_two(row + k) - _mm_loadu_pd(means + k));
+        for (; k < q_; ++k) out[k] = read(row + variables_[k]) - means[k];
       }
     } else {
       for (std::ptrdiff_t k = 0; k < q_; ++k, out += count) {
         const T* x = data_.block(variables_[k], first, count, nullptr);
-        for (std::ptrdiff_t i = 0; i < count; ++i) out[i] = read(x + i) - means_.data()[k];
+        const __m128d mean = _mm_set1_pd(means[k]);
+        std::ptrdiff_t i = 0;
+        for (; i + 2 <= count; i += 2) _mm_storeu_pd(out + i, load_two(x + i) - mean);
+        for (; i < count; ++i) out[i] = read(x + i) - means[k];
       }
     }
     if (data_.weighted()) scale(data_.weights(first), count);
