@@ -23,10 +23,8 @@ struct Extremes {
   T low = std::numeric_limits<T>::infinity();
   T high = -std::numeric_limits<T>::infinity();
 
-  void take(T x) noexcept {
-    low = x < low ? x : low;
-    high = x > high ? x : high;
-  }
+  void take_low(T x) noexcept { low = x < low ? x : low; }
+  void take_high(T x) noexcept { high = x > high ? x : high; }
 
   void take(const T* x, std::ptrdiff_t count) noexcept {
     using S = Simd<T>;
@@ -49,12 +47,15 @@ struct Extremes {
       T ends[lanes];
       for (int k = 0; k < partials; ++k) {
         S::store(ends, lows[k]);
-        for (const T end : ends) take(end);
+        for (const T end : ends) take_low(end);
         S::store(ends, highs[k]);
-        for (const T end : ends) take(end);
+        for (const T end : ends) take_high(end);
       }
     }
-    for (; i < count; ++i) take(read(x + i));
+    for (; i < count; ++i) {
+      take_low(read(x + i));
+      take_high(read(x + i));
+    }
   }
 };
 
