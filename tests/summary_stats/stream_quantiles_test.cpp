@@ -18,13 +18,14 @@ template <class T>
 class StreamQuantiles : public testing::Test {};
 TYPED_TEST_SUITE(StreamQuantiles, Precisions);
 
-// How far the rank of `value` in the sorted numbers is from b (n - 1), ties in its favour.
+// How far the rank of `value` in the sorted numbers is from b (n - 1): any rank that equal numbers have, any between its
+// neighbours' when it is none of them.
 template <class T>
 double rank_distance(const std::vector<T>& sorted, T value, double order) {
   const double h = order * static_cast<double>(sorted.size() - 1);
   const auto low = static_cast<double>(std::lower_bound(sorted.begin(), sorted.end(), value) - sorted.begin());
   const auto high = static_cast<double>(std::upper_bound(sorted.begin(), sorted.end(), value) - sorted.begin()) - 1;
-  return std::max({0.0, low - h, h - high});
+  return std::max({0.0, std::min(low, high) - h, h - std::max(low, high)});
 }
 
 // Streams in orders that stress the summary in different places.
