@@ -14,7 +14,7 @@ namespace {
 consteval bool table_covers_record() {
   for (int i = 0; i < slot_count; ++i) {
     if (slots[i].offset != offsetof(SSTask, p) + static_cast<std::size_t>(i) * sizeof(void*)) return false;
-    if (find_slot(i + 1) == nullptr) return false;
+    if (find_slot(i + 1) < 0) return false;
   }
   return offsetof(SSTask, release_count) == offsetof(SSTask, p) + sizeof(void*) * static_cast<std::size_t>(slot_count);
 }
@@ -50,10 +50,10 @@ std::int32_t create(SSTask** place, bool double_precision, const void* p, const 
 
 std::int32_t edit(SSTask* task, Kind kind, std::int64_t parameter, const void* pointer) noexcept {
   if (task == nullptr) return ORIN_SS_NULL_TASK;
-  const Slot* slot = find_slot(parameter);
-  if (slot == nullptr || slot->kind != kind) return ORIN_SS_BAD_PARAMETER;
-  if (pointer == nullptr) return slot->null_status;
-  set_pointer(*task, *slot, pointer);
+  const int row = find_slot(parameter);
+  if (row < 0 || slots[row].kind != kind) return ORIN_SS_BAD_PARAMETER;
+  if (pointer == nullptr) return slots[row].null_status;
+  set_pointer(*task, slots[row], pointer);
   return ORIN_SS_OK;
 }
 
@@ -65,7 +65,7 @@ struct Edit {
 std::int32_t edit_group(SSTask* task, std::initializer_list<Edit> edits) noexcept {
   if (task == nullptr) return ORIN_SS_NULL_TASK;
   for (const Edit& edit : edits) {
-    if (edit.pointer != nullptr) set_pointer(*task, *find_slot(edit.parameter), edit.pointer);
+    if (edit.pointer != nullptr) set_pointer(*task, slots[find_slot(edit.parameter)], edit.pointer);
   }
   return ORIN_SS_OK;
 }

@@ -106,17 +106,17 @@ inline constexpr Slot slots[] = {
 
 inline constexpr int slot_count = static_cast<int>(std::size(slots));
 
-// The slot of a parameter number, null when no slot has it.
-constexpr const Slot* find_slot(std::int64_t parameter) {
-  for (const Slot& slot : slots) {
-    if (slot.parameter == parameter) return &slot;
+// The row of a parameter number, -1 when no slot has it.
+constexpr int find_slot(std::int64_t parameter) {
+  for (int i = 0; i < slot_count; ++i) {
+    if (slots[i].parameter == parameter) return i;
   }
-  return nullptr;
+  return -1;
 }
 
-// Slot<parameter>::value, for numbers known at compile time.
+// The slot of a number known at compile time.
 template <int parameter>
-inline constexpr const Slot& slot_of = *find_slot(parameter);
+inline constexpr const Slot& slot_of = slots[find_slot(parameter)];
 
 // --- Reading the record ----------------------------------------------------------------------------------------------
 
