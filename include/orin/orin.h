@@ -8,6 +8,7 @@
 #include "orin/data_fitting.h"
 #include "orin/rng.h"
 #include "orin/service.h"
+#include "orin/summary_stats.h"
 #include "orin/vector_math.h"
 
 #endif

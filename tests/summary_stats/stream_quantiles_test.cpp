@@ -1,0 +1,209 @@
+// stream_quantiles_test: the promised distance in rank, on streams in every order and cut, and the life of the buffers.
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "stats_task.h"
+#include "tests/support/faulty_core.h"
+
+namespace {
+
+using namespace stats;
+
+constexpr std::uint64_t stream_bit = 16777216;
+const int one = 1;
+
+template <class T>
+class StreamQuantiles : public testing::Test {};
+TYPED_TEST_SUITE(StreamQuantiles, Precisions);
+
+// How far the rank of `value` in the sorted numbers is from b (n - 1): any rank that equal numbers have, any between its
+// neighbours' when it is none of them.
+template <class T>
+double rank_distance(const std::vector<T>& sorted, T value, double order) {
+  const double h = order * static_cast<double>(sorted.size() - 1);
+  const auto low = static_cast<double>(std::lower_bound(sorted.begin(), sorted.end(), value) - sorted.begin());
+  const auto high = static_cast<double>(std::upper_bound(sorted.begin(), sorted.end(), value) - sorted.begin()) - 1;
+  return std::max({0.0, std::min(low, high) - h, h - std::max(low, high)});
+}
+
+// Streams in orders that stress the summary in different places.
+template <class T>
+std::vector<std::vector<T>> streams(int n) {
+  std::vector<std::vector<T>> all{normal_data<T>(1, n, 1)};
+  std::mt19937 generator(2);
+  const auto add = [&](auto value) {
+    std::vector<T> x;
+    for (int i = 0; i < n; ++i) x.push_back(static_cast<T>(value(i)));
+    all.push_back(x);
+  };
+  add([](int i) { return i; });
+  add([](int i) { return -i; });
+  add([&](int) { return static_cast<int>(generator() % 10); });
+  add([](int i) { return i % 2 == 0 ? i : -i; });
+  add([n](int i) { return i % 2 == 0 ? n - i : i - n; });
+  add([](int i) { return i % 1000; });
+  add([](int i) { return std::ldexp(1.0, i % 61 - 30) * (i % 3 - 1); });
+  add([](int) { return 4; });
+  return all;
+}
+
+// After every block the reported values have the promised ranks.
+TYPED_TEST(StreamQuantiles, KeepTheirRankOnEveryStream) {
+  using T = TypeParam;
+  const int n = 60000, count = 21;
+  std::vector<T> orders, results(count);
+  for (int k = 0; k < count; ++k) orders.push_back(static_cast<T>(k) / (count - 1));
+  for (const T eps : {T(0.1), T(0.01), T(0.001)}) {
+    int stream = 0;
+    for (const std::vector<T>& x : streams<T>(n)) {
+      int block = 1;
+      Task<T> task(1, 1, variable_rows, x.data());
+      task->n = &block;
+      __jundSSEditStreamQuantiles(task, &count, orders.data(), results.data(), &one, &eps);
+      std::vector<T> sorted;
+      for (int taken = 0; taken < n; taken += block) {
+        block = std::min(taken + 1, n - taken);  // 1, 2, 4, 8 ...
+        task.set(3, x.data() + taken);
+        ASSERT_EQ(Entries<T>::stream(task, stream_bit, 1), 0);
+        sorted.insert(sorted.end(), x.begin() + taken, x.begin() + taken + block);
+        std::sort(sorted.begin(), sorted.end());
+        const double bound = static_cast<double>(eps) * static_cast<double>(sorted.size());
+        for (int k = 0; k < count; ++k) {
+          const auto i = static_cast<std::size_t>(k);
+          if (bound >= 0.5) {
+            EXPECT_LE(rank_distance(sorted, results[i], orders[i]), bound) << stream << " " << eps << " " << k;
+          } else {
+            const double h = static_cast<double>(orders[i]) * static_cast<double>(sorted.size() - 1);
+            const auto j = static_cast<std::size_t>(h);
+            const double f = h - static_cast<double>(j);
+            const double exact = f == 0 ? sorted[j] : (1 - f) * sorted[j] + f * sorted[j + 1];
+            EXPECT_EQ(results[i], static_cast<T>(exact)) << stream << " " << eps << " " << k;
+          }
+        }
+      }
+      ++stream;
+    }
+  }
+}
+
+// Variables are independent, in both storages; a subset and NaN are respected.
+TYPED_TEST(StreamQuantiles, VariablesStorageAndNan) {
+  using T = TypeParam;
+  const int p = 3, n = 5000, count = 3, subset[] = {1, 0, 1};
+  const T orders[] = {T(0.25), T(0.5), 1}, eps = T(0.01);
+  std::vector<T> x = normal_data<T>(p, n, 3);
+  for (int i = 0; i < n; i += 2) x[static_cast<std::size_t>(2 * n + i)] = nan_of<T>;
+  for (const int storage : {variable_rows, observation_rows}) {
+    const auto data = storage == variable_rows ? x : transposed(x, p, n);
+    std::vector<T> results(p * count, T(-77));
+    Task<T> task(p, n, storage, data.data(), nullptr, subset);
+    __jundSSEditStreamQuantiles(task, &count, orders, results.data(), &one, &eps);
+    ASSERT_EQ(Entries<T>::stream(task, stream_bit, 0), 0);
+    std::vector<T> first(x.begin(), x.begin() + n), numbers;
+    std::copy_if(x.begin() + 2 * n, x.end(), std::back_inserter(numbers), [](T value) { return value == value; });
+    std::sort(first.begin(), first.end());
+    std::sort(numbers.begin(), numbers.end());
+    for (std::size_t k = 0; k < 3; ++k) {
+      EXPECT_LE(rank_distance(first, results[k], orders[k]), eps * n);
+      EXPECT_EQ(results[3 + k], T(-77));
+    }
+    EXPECT_LE(rank_distance(numbers, results[6], 2 * orders[0]), eps * n);
+    EXPECT_TRUE(std::isnan(results[8]));
+  }
+}
+
+TYPED_TEST(StreamQuantiles, BuffersLiveUntilFreedOrDeleted) {
+  using T = TypeParam;
+  const T orders[] = {T(0.5)}, eps = T(0.125), other_eps = T(0.25);
+  const int two = 2;
+  T result = 0;
+  const std::vector<T> x = normal_data<T>(2, 100, 4);
+  const long before = faulty_core::live_blocks();
+  {
+    Task<T> task(1, 100, variable_rows, x.data());
+    __jundSSEditStreamQuantiles(task, &one, orders, &result, &one, &eps);
+    const long with_task = faulty_core::live_blocks();
+    EXPECT_EQ(__junSQuantilesFreeBuffers(nullptr), -4031);
+    EXPECT_EQ(__junSQuantilesFreeBuffers(task), 0);
+    for (int round = 0; round < 3; ++round) {
+      ASSERT_EQ(Entries<T>::stream(task, stream_bit, 0), 0);
+      EXPECT_GT(faulty_core::live_blocks(), with_task);
+      task.set(63, &other_eps);
+      EXPECT_EQ(Entries<T>::stream(task, stream_bit, 0), -4065);
+      task.set(63, &eps);
+      task.set_integer(1, &two);
+      EXPECT_EQ(Entries<T>::stream(task, stream_bit, 0), -4001);
+      task.set_integer(1, &one);
+      EXPECT_EQ(__junSQuantilesFreeBuffers(task), 0);
+      EXPECT_EQ(faulty_core::live_blocks(), with_task);
+      EXPECT_EQ(task->release_count, 1);
+    }
+    // A new stream knows nothing of the old ones.
+    const std::vector<T> nines(100, T(9));
+    task.set(3, nines.data());
+    ASSERT_EQ(Entries<T>::stream(task, stream_bit, 0), 0);
+    EXPECT_EQ(result, 9);
+  }
+  EXPECT_EQ(faulty_core::live_blocks(), before);
+}
+
+TYPED_TEST(StreamQuantiles, ChecksInOrder) {
+  using T = TypeParam;
+  const auto kernel = Entries<T>::stream;
+  const std::vector<T> x = normal_data<T>(1, 9000, 5);
+  T result;
+  const T good_order = 1, bad_order = T(-0.001), eps = T(0.0001);
+  const int n = 9000, negative = -1, zero = 0, two = 2, bad = 0;
+  Task<T> task(1, n, variable_rows, x.data());
+  task->x_storage = nullptr;
+  task->x = task->n = task->p = nullptr;
+  EXPECT_EQ(kernel(nullptr, stream_bit, 0), -4031);
+  EXPECT_EQ(kernel(task, stream_bit, 0), -4044);
+  task->x_storage = &bad;
+  EXPECT_EQ(kernel(task, stream_bit, 0), -4003);
+  task->x_storage = &variable_rows;
+  EXPECT_EQ(kernel(task, stream_bit, 0), -4070);
+  task->stream_quantiles = &result;
+  EXPECT_EQ(kernel(task, stream_bit, 0), -4068);
+  task->stream_orders = &bad_order;
+  EXPECT_EQ(kernel(task, stream_bit, 0), -4069);
+  for (const int* count : {&negative, &one}) {
+    task->stream_count = count;
+    EXPECT_EQ(kernel(task, stream_bit, 0), -4069);
+  }
+  task->stream_orders = &good_order;
+  EXPECT_EQ(kernel(task, stream_bit, 0), -4066);
+  for (const int* count : {&zero, &two}) {
+    task->stream_parameter_count = count;
+    EXPECT_EQ(kernel(task, stream_bit, 0), -4066);
+  }
+  task->stream_parameter_count = &one;
+  EXPECT_EQ(kernel(task, stream_bit, 0), -4065);
+  for (const T wrong : {T(0), T(-0.1), T(1), nan_of<T>}) {
+    task->stream_parameters = &wrong;
+    EXPECT_EQ(kernel(task, stream_bit, 0), -4065);
+  }
+  task->stream_parameters = &eps;
+  EXPECT_EQ(kernel(task, stream_bit, 0), -4032);
+  task->x = x.data();
+  EXPECT_EQ(kernel(task, stream_bit, 0), -4002);
+  task->n = &n;
+  EXPECT_EQ(kernel(task, stream_bit, 0), -4001);
+  task->p = &one;
+
+  // Every allocation, those of a growing summary too, may fail: the stream is forgotten and nothing stays behind.
+  task->stream_state = nullptr;
+  const long before = faulty_core::live_blocks();
+  const long sites = faulty_core::fail_each([&](bool) {
+    __junSQuantilesFreeBuffers(task);
+    const int status = kernel(task, stream_bit, 0);
+    EXPECT_TRUE(status == -4000 || status == 0);
+    EXPECT_TRUE(status == 0 || faulty_core::live_blocks() == before);
+  });
+  EXPECT_GE(sites, 6);
+  EXPECT_EQ(result, *std::max_element(x.begin(), x.end()));
+}
+
+}  // namespace
