@@ -61,20 +61,22 @@ std::vector<Time> race(const std::vector<std::function<void()>>& contenders) {
 template <class T>
 class Contest {
  public:
-  explicit Contest(const UnaryFunction<T>& function) : function_(function) {
+  explicit Contest(const RealFunction<T>& function) : function_(function) {
     for (const Peer<T>& peer : peers<T>())
       if (std::strcmp(peer.function, function.function) == 0) peers_.push_back(peer);
   }
 
   // Per element; kernels first, then peers (scalar ones only where n is no multiple of four).
   std::vector<Time> per_element(std::int32_t n, bool with_peers, bool with_specials = false) {
-    const std::vector<T> a = arguments(n, with_specials);
+    const std::vector<T> a = arguments(n, with_specials), b = second_arguments(n);
     std::vector<T> r(a.size());
     std::vector<std::function<void()>> contenders;
-    for (auto* kernel : function_.kernels) contenders.push_back([&, kernel] { kernel(n, a.data(), r.data()); });
+    for (int grade = 0; grade < grades; ++grade)
+      contenders.push_back([&, grade] { function_.call(grade, n, a.data(), b.data(), r.data()); });
     if (with_peers)
       for (const Peer<T>& peer : peers_)
-        if (peer.scalar || n % 4 == 0) contenders.push_back([&, call = peer.call] { call(n, a.data(), r.data()); });
+        if (peer.scalar || n % 4 == 0)
+          contenders.push_back([&, call = peer.call] { call(n, a.data(), b.data(), r.data()); });
     std::vector<Time> times = race(contenders);
     for (Time& time : times) time = {time.best / n, time.median / n};
     return times;
@@ -85,37 +87,36 @@ class Contest {
   // Whether the grade's results are those of the quick reference, within its bound and the reference's own.
   bool correct(int grade) const {
     const std::vector<T> a = arguments(1000, false);
-    std::vector<T> r(a.size());
-    function_.kernels[grade](1000, a.data(), r.data());
+    std::vector<T> b = second_arguments(1000), r(a.size());
+    function_.call(grade, 1000, a.data(), b.data(), r.data());
+    if (function_.shape == RealFunction<T>::Shape::scalar) std::fill(b.begin(), b.end(), b[0]);
     const double ulp = std::ldexp(1.0, 1 - std::numeric_limits<T>::digits);
     const double bound = Grade(grade) == Grade::ha ? ulp : function_.relative_bound(Grade(grade));
     for (std::size_t i = 0; i < a.size(); ++i) {
-      const long double exact = reference(static_cast<long double>(a[i]));
+      const long double exact = function_.quick(static_cast<long double>(a[i]), static_cast<long double>(b[i]));
       if (!(std::fabs(static_cast<long double>(r[i]) - exact) <= bound * 1.01L * std::fabs(exact))) return false;
     }
     return true;
   }
 
  private:
+  static std::vector<T> uniform(std::int32_t n, double low, double high, unsigned seed) {
+    std::mt19937 random(seed);
+    std::vector<T> values(static_cast<std::size_t>(n));
+    for (T& x : values) x = static_cast<T>(low + (high - low) * (static_cast<double>(random()) + 0.5) * 0x1p-32);
+    return values;
+  }
   std::vector<T> arguments(std::int32_t n, bool with_specials) const {
-    std::mt19937 random(1);
-    std::vector<T> a(static_cast<std::size_t>(n));
-    const double low = function_.promise->usual_low, high = function_.promise->usual_high;
-    for (T& x : a) x = static_cast<T>(low + (high - low) * (static_cast<double>(random()) + 0.5) * 0x1p-32);
+    std::vector<T> a = uniform(n, function_.promise->usual_low, function_.promise->usual_high, 1);
     if (with_specials)
       for (std::size_t i = 0; i < a.size(); i += 64) a[i] = i % 128 == 0 ? std::numeric_limits<T>::infinity() : T(1e30);
     return a;
   }
-  long double reference(long double x) const {
-    const std::map<std::string, long double (*)(long double)> references = {
-#define ORIN_CATALOG(F, truth, quick, ...) {#F, [](long double y) { return reference_function::quick(y); }},
-#include "vector_math/catalog.def"
-#undef ORIN_CATALOG
-    };
-    return references.at(function_.function)(x);
+  std::vector<T> second_arguments(std::int32_t n) const {
+    return uniform(n, function_.promise->second_low, function_.promise->second_high, 2);
   }
 
-  const UnaryFunction<T>& function_;
+  const RealFunction<T>& function_;
   std::vector<Peer<T>> peers_;
 };
 
@@ -130,7 +131,7 @@ struct Options {
 };
 
 template <class T>
-void print_contest(const UnaryFunction<T>& function, const Options& options) {
+void print_contest(const RealFunction<T>& function, const Options& options) {
   Contest<T> contest(function);
   const auto one = contest.per_element(1, true), eight = contest.per_element(8, true);
   const auto cached = contest.per_element(1000, true), fresh = contest.per_element(16000, true);
@@ -151,7 +152,8 @@ void print_contest(const UnaryFunction<T>& function, const Options& options) {
     const char* name = grade_names[g];
     std::printf("%-9s %-10s %7.3f %7.3f %7.3f %7.1f %7.1f %7.3f", function.name, name, cached[g].best, cached[g].median,
                 fresh[g].best, one[g].best, 8 * eight[g].best, special[g].best);
-    if (const auto other = options.other.find(std::string(function.name) + " " + name); other != options.other.end())
+    if (const auto other = options.other.find(std::string(function.label().c_str()) + " " + name);
+        other != options.other.end())
       std::printf(" %7.3f %5.2f", other->second, other->second / cached[g].best);
     else
       std::printf(" %7s %5s", "", "");
@@ -182,14 +184,14 @@ void print_contest(const UnaryFunction<T>& function, const Options& options) {
 
 // The nanoseconds of a double HA exponential, the unit of the cost figures.
 double unit_of_cost() {
-  for (const auto& function : unary_functions<double>())
+  for (const auto& function : real_functions<double>())
     if (std::strcmp(function.function, "Exp") == 0)
       return Contest<double>(function).per_element(1000, false)[static_cast<std::size_t>(Grade::ha)].best / 26.45;
   return 1;
 }
 
 template <class T>
-void print_list(const UnaryFunction<T>& function, const Options& options, double unit) {
+void print_list(const RealFunction<T>& function, const Options& options, double unit) {
   Contest<T> contest(function);
   const auto times = contest.per_element(1000, false);
   if (options.costs) {
@@ -245,6 +247,6 @@ int main(int count, char** words) {
         print_contest(function, options);
     }
   };
-  all(unary_functions<double>());
-  all(unary_functions<float>());
+  all(real_functions<double>());
+  all(real_functions<float>());
 }

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 //
 // glibc     the scalar function in a loop
-// SLEEF     the SSE2 functions; u10 and u15 promise about 1 ulp, u35 promises 3.5
+// SLEEF     the SSE2 functions; u05, u10 and u15 promise about 1 ulp or less, u35 promises 3.5
 // libmvec   glibc's vector functions of 128 bits, 4 ulp; inside they use SSE4.1
 // Eigen     array expressions, built for SSE2 like everything here
 #include "bench/vector_math_peers.h"
@@ -17,6 +17,11 @@
 #define GLIBC(F, name)
 #define SLEEF(F, name, accuracy)
 #define EIGEN(F, name)
+#define GLIBC2(F, name)
+#define SLEEF2(F, name, accuracy)
+#define LIBMVEC2(F, name)                     \
+  __m128d _ZGVbN2vv_##name(__m128d, __m128d); \
+  __m128 _ZGVbN4vv_##name##f(__m128, __m128);
 #define LIBMVEC(F, name)            \
   __m128d _ZGVbN2v_##name(__m128d); \
   __m128 _ZGVbN4v_##name##f(__m128);
@@ -24,23 +29,39 @@ extern "C" {
 #include "bench/vector_math_peers.def"
 }
 #undef LIBMVEC
+#undef LIBMVEC2
 
 namespace {
 
-template <class T, T (*f)(T)>
-void loop(std::int32_t n, const T* a, T* r) {
-  for (std::int32_t i = 0; i < n; ++i) r[i] = f(a[i]);
+template <class T, auto f>
+void loop(std::int32_t n, const T* a, const T* b, T* r) {
+  for (std::int32_t i = 0; i < n; ++i) {
+    if constexpr (requires(T x) { f(x); })
+      r[i] = f(a[i]);
+    else
+      r[i] = f(a[i], b[i]);
+  }
 }
 template <auto f>
-void pairs(std::int32_t n, const double* a, double* r) {
-  for (std::int32_t i = 0; i < n; i += 2) _mm_storeu_pd(r + i, f(_mm_loadu_pd(a + i)));
+void pairs(std::int32_t n, const double* a, const double* b, double* r) {
+  for (std::int32_t i = 0; i < n; i += 2) {
+    if constexpr (requires(__m128d x) { f(x); })
+      _mm_storeu_pd(r + i, f(_mm_loadu_pd(a + i)));
+    else
+      _mm_storeu_pd(r + i, f(_mm_loadu_pd(a + i), _mm_loadu_pd(b + i)));
+  }
 }
 template <auto f>
-void quads(std::int32_t n, const float* a, float* r) {
-  for (std::int32_t i = 0; i < n; i += 4) _mm_storeu_ps(r + i, f(_mm_loadu_ps(a + i)));
+void quads(std::int32_t n, const float* a, const float* b, float* r) {
+  for (std::int32_t i = 0; i < n; i += 4) {
+    if constexpr (requires(__m128 x) { f(x); })
+      _mm_storeu_ps(r + i, f(_mm_loadu_ps(a + i)));
+    else
+      _mm_storeu_ps(r + i, f(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)));
+  }
 }
 template <class T, class Expression>
-void arrays(std::int32_t n, const T* a, T* r) {
+void arrays(std::int32_t n, const T* a, const T*, T* r) {
   using Array = Eigen::Array<T, Eigen::Dynamic, 1>;
   Eigen::Map<Array>(r, n) = Expression()(Eigen::Map<const Array>(a, n));
 }
@@ -55,16 +76,23 @@ void arrays(std::int32_t n, const T* a, T* r) {
 #define GLIBC(F, name)
 #define SLEEF(F, name, accuracy)
 #define LIBMVEC(F, name)
+#define LIBMVEC2(F, name)
 #include "bench/vector_math_peers.def"
 
-constexpr int u10 = 1, u15 = 1, u35 = 4;
+constexpr int u05 = 1, u10 = 1, u15 = 1, u35 = 4;
 
 }  // namespace
 
 #undef GLIBC
+#undef GLIBC2
 #undef SLEEF
+#undef SLEEF2
 #undef LIBMVEC
+#undef LIBMVEC2
 #undef EIGEN
+#define GLIBC2(F, name) {#F, "glibc", 1, true, loop<double, static_cast<double (*)(double, double)>(name)>},
+#define SLEEF2(F, name, accuracy) SLEEF(F, name, accuracy)
+#define LIBMVEC2(F, name) {#F, "libmvec", 4, false, pairs<_ZGVbN2vv_##name>},
 #define GLIBC(F, name) {#F, "glibc", 1, true, loop<double, static_cast<double (*)(double)>(name)>},
 #define SLEEF(F, name, accuracy) {#F, "SLEEF " #accuracy, accuracy, false, pairs<Sleef_##name##d2_##accuracy##sse2>},
 #define LIBMVEC(F, name) {#F, "libmvec", 4, false, pairs<_ZGVbN2v_##name>},
@@ -77,9 +105,15 @@ std::vector<Peer<double>> peers() {
 }
 
 #undef GLIBC
+#undef GLIBC2
 #undef SLEEF
+#undef SLEEF2
 #undef LIBMVEC
+#undef LIBMVEC2
 #undef EIGEN
+#define GLIBC2(F, name) GLIBC(F, name)
+#define SLEEF2(F, name, accuracy) SLEEF(F, name, accuracy)
+#define LIBMVEC2(F, name) {#F, "libmvec", 4, false, quads<_ZGVbN4vv_##name##f>},
 #define GLIBC(F, name) {#F, "glibc", 1, true, loop<float, name##f>},
 #define SLEEF(F, name, accuracy) {#F, "SLEEF " #accuracy, accuracy, false, quads<Sleef_##name##f4_##accuracy##sse2>},
 #define LIBMVEC(F, name) {#F, "libmvec", 4, false, quads<_ZGVbN4v_##name##f>},

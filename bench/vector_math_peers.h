@@ -12,7 +12,8 @@ struct Peer {
   const char* name;      // "SLEEF u10"
   int ulp;               // its error class: 1, or 4 for those that promise less
   bool scalar;
-  void (*call)(std::int32_t n, const T* a, T* r);  // n any number for a scalar one, else a multiple of four
+  // n any number for a scalar one, else a multiple of four; b is for functions of two arguments.
+  void (*call)(std::int32_t n, const T* a, const T* b, T* r);
 };
 
 // Empty where the bench is built for Windows: the peers are native libraries.

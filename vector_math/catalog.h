@@ -5,6 +5,7 @@
 #ifndef ORIN_VECTOR_MATH_CATALOG_H
 #define ORIN_VECTOR_MATH_CATALOG_H
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -24,48 +25,143 @@ using std::exp;
 
 struct Promise {
   const char* function;
+  int result;
+  // The quick reference; one of a single argument ignores the second.
+  double (*quick_d)(double, double);
+  long double (*quick_l)(long double, long double);
   double ha_ulp_s, ha_ulp_d;
   double low_s, high_s, low_d, high_d;
   double usual_low, usual_high;
+  double second_low, second_high;
   bool reports_underflow;
 };
 
+template <class Real>
+Real call_quick(auto function, Real a, [[maybe_unused]] Real b) {
+  if constexpr (requires { function(a); })
+    return function(a);
+  else
+    return function(a, b);
+}
+
 inline constexpr Promise promises[] = {
-#define ORIN_CATALOG(F, reference, quick, ha_s, ha_d, low_s, high_s, low_d, high_d, usual_low, usual_high, underflow) \
-  {#F, ha_s, ha_d, low_s, high_s, low_d, high_d, usual_low, usual_high, #underflow[0] == 'r'},
+#define ORIN_CATALOG(F, result, truth, quick, ha_s, ha_d, low_s, high_s, low_d, high_d, usual_low, usual_high,      \
+                     second_low, second_high, underflow)                                                            \
+  {#F,                                                                                                              \
+   result,                                                                                                          \
+   [](double a, double b) {                                                                                         \
+     return call_quick(                                                                                             \
+         [](auto... x) -> decltype(reference_function::quick(x...)) { return reference_function::quick(x...); }, a, \
+         b);                                                                                                        \
+   },                                                                                                               \
+   [](long double a, long double b) {                                                                               \
+     return call_quick(                                                                                             \
+         [](auto... x) -> decltype(reference_function::quick(x...)) { return reference_function::quick(x...); }, a, \
+         b);                                                                                                        \
+   },                                                                                                               \
+   ha_s,                                                                                                            \
+   ha_d,                                                                                                            \
+   low_s,                                                                                                           \
+   high_s,                                                                                                          \
+   low_d,                                                                                                           \
+   high_d,                                                                                                          \
+   usual_low,                                                                                                       \
+   usual_high,                                                                                                      \
+   second_low,                                                                                                      \
+   second_high,                                                                                                     \
+   #underflow[0] == 'r'},
 #include "vector_math/catalog.def"
 #undef ORIN_CATALOG
 };
 
-// A function of one argument and one result, of element type T.
+// One result of a function of element type T. Shapes differ in what a kernel takes; call() hides that.
 template <class T>
-struct UnaryFunction {
+class RealFunction {
+ public:
+  enum class Shape { unary, binary, scalar, two_results };
   static constexpr bool is_single = sizeof(T) == 4;
-  using Kernel = void ORIN_CALL(std::int32_t, const T*, T*);
 
   const char* name;      // as in reports: "vdExp"
   const char* function;  // "Exp"
-  Kernel* kernels[grades];
+  Shape shape;
   const Promise* promise;
 
+  template <class Kernel>
+  RealFunction(const char* name_, const char* function_, Shape shape_, const Promise* promise_, Kernel* la, Kernel* ha,
+               Kernel* ep)
+      : name(name_),
+        function(function_),
+        shape(shape_),
+        promise(promise_),
+        kernels_{reinterpret_cast<Any*>(la), reinterpret_cast<Any*>(ha), reinterpret_cast<Any*>(ep)} {}
+
+  // The name of this result: "vdExp", "vdSinCos1".
+  std::string label() const {
+    return shape == Shape::two_results ? name + std::to_string(promise->result) : std::string(name);
+  }
+  int inputs() const { return shape == Shape::binary || shape == Shape::scalar ? 2 : 1; }
   T low() const { return static_cast<T>(is_single ? promise->low_s : promise->low_d); }
   T high() const { return static_cast<T>(is_single ? promise->high_s : promise->high_d); }
   double ha_ulp() const { return is_single ? promise->ha_ulp_s : promise->ha_ulp_d; }
+  double quick(double a, double b) const { return promise->quick_d(a, b); }
+  long double quick(long double a, long double b) const { return promise->quick_l(a, b); }
 
   // Largest relative error of LA and EP.
   static double relative_bound(Grade grade) {
     return std::ldexp(1.0, grade == Grade::la ? (is_single ? -21 : -50) : (is_single ? -11 : -26));
   }
+
+  // n elements; `b` is not read by functions of one argument, and as b[0] by those with a scalar. The other result of
+  // a function with two goes to a vector of its own.
+  void call(int grade, std::int32_t n, const T* a, const T* b, T* r) const {
+    Any* kernel = kernels_[grade];
+    switch (shape) {
+      case Shape::unary:
+        return reinterpret_cast<Unary*>(kernel)(n, a, r);
+      case Shape::binary:
+        return reinterpret_cast<Binary*>(kernel)(n, a, b, r);
+      case Shape::scalar:
+        return reinterpret_cast<Scalar*>(kernel)(n, a, *b, r);
+      case Shape::two_results: {
+        thread_local std::vector<T> other;
+        other.resize(static_cast<std::size_t>(std::clamp(n, 1, 1 << 20)));
+        return promise->result == 1 ? reinterpret_cast<TwoResults*>(kernel)(n, a, r, other.data())
+                                    : reinterpret_cast<TwoResults*>(kernel)(n, a, other.data(), r);
+      }
+    }
+  }
+  T call(int grade, T a, T b) const {
+    T r;
+    call(grade, 1, &a, &b, &r);
+    return r;
+  }
+
+  using Any = void();
+  using Unary = void ORIN_CALL(std::int32_t, const T*, T*);
+  using Binary = void ORIN_CALL(std::int32_t, const T*, const T*, T*);
+  using Scalar = void ORIN_CALL(std::int32_t, const T*, T, T*);
+  using TwoResults = void ORIN_CALL(std::int32_t, const T*, T*, T*);
+
+ private:
+  Any* kernels_[grades];
 };
 
-// The rows of the function list that have this shape and type and stand in the catalog.
+// The rows of the function list that have this element type and stand in the catalog.
 template <class T>
-std::vector<UnaryFunction<T>> unary_functions() {
-  std::vector<UnaryFunction<T>> rows;
-  [[maybe_unused]] const auto add = [&](const char* name, const char* function, auto* la, auto* ha, auto* ep) {
-    if constexpr (std::is_same_v<decltype(la), typename UnaryFunction<T>::Kernel*>)
+std::vector<RealFunction<T>> real_functions() {
+  using Row = RealFunction<T>;
+  std::vector<Row> rows;
+  const auto add = [&](const char* name, const char* function, auto* la, auto* ha, auto* ep) {
+    using Kernel = std::remove_pointer_t<decltype(la)>;
+    const auto add_as = [&](typename Row::Shape shape) {
       for (const Promise& promise : promises)
-        if (std::strcmp(promise.function, function) == 0) rows.push_back({name, function, {la, ha, ep}, &promise});
+        if (std::strcmp(promise.function, function) == 0)
+          rows.emplace_back(name, function, shape, &promise, la, ha, ep);
+    };
+    if constexpr (std::is_same_v<Kernel, typename Row::Unary>) add_as(Row::Shape::unary);
+    if constexpr (std::is_same_v<Kernel, typename Row::Binary>) add_as(Row::Shape::binary);
+    if constexpr (std::is_same_v<Kernel, typename Row::Scalar>) add_as(Row::Shape::scalar);
+    if constexpr (std::is_same_v<Kernel, typename Row::TwoResults>) add_as(Row::Shape::two_results);
   };
 #define ORIN_FUNCTION(t, F, SHAPE, LA, HA, EP, cost_la, cost_ha, cost_ep) add("v" #t #F, #F, &LA, &HA, &EP);
 #include "vector_math/functions.def"

@@ -13,25 +13,30 @@
 #include <string>
 #include <type_traits>
 
-#include "orin/vector_math.h"
+#include "vector_math/catalog.h"
 
 namespace orin::vector_math {
 
-// FNV-1a, a word at a time, over the results of 2^20 arguments whose bit patterns step evenly through all of them.
+// FNV-1a, a word at a time, over the results of 2^20 arguments whose bit patterns step evenly through all of them;
+// second arguments step at another pace.
 template <class T>
-std::uint64_t digest(void(ORIN_CALL* kernel)(std::int32_t, const T*, T*)) {
+std::uint64_t digest(const RealFunction<T>& function, int grade) {
   using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
   constexpr int count = 1 << 20, block = 1024;
   constexpr Bits step = static_cast<Bits>(static_cast<Bits>(-1) / count) | 1;  // odd: the low bits vary too
   std::uint64_t sum = UINT64_C(0xcbf29ce484222325);
-  Bits argument = 0;
-  T a[block], r[block];
+  Bits argument = 0, second = 0;
+  T a[block], b[block], r[block];
   for (int done = 0; done < count; done += block) {
     for (T& x : a) {
       x = std::bit_cast<T>(argument);
       argument = static_cast<Bits>(argument + step);
     }
-    kernel(block, a, r);
+    for (T& x : b) {
+      x = std::bit_cast<T>(second);
+      second = static_cast<Bits>(second + step * 1021);
+    }
+    function.call(grade, block, a, b, r);
     for (const T& y : r) sum = (sum ^ std::bit_cast<Bits>(y)) * UINT64_C(0x100000001b3);
   }
   return sum;

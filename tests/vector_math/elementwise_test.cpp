@@ -4,7 +4,6 @@
 #include <xmmintrin.h>
 
 #include <algorithm>
-#include <map>
 #include <random>
 
 #include "tests/support/guard_pages.h"
@@ -47,52 +46,60 @@ class Elementwise : public testing::Test {
     _korSetMode(KOR_MODE_DEFAULT | KOR_FTZDAZ_OFF);
   }
 
+  using Function = RealFunction<T>;
+  static bool has_scalar(const Function& function) { return function.shape == Function::Shape::scalar; }
+
   // body(function, grade) for every row and grade.
   template <class Body>
   void for_each_kernel(const Body& body) {
-    const auto functions = unary_functions<T>();
+    const auto functions = real_functions<T>();
     ASSERT_FALSE(functions.empty());
     for (const auto& function : functions) {
       for (int grade = 0; grade < grades; ++grade) {
-        SCOPED_TRACE(std::string(function.name) + " " + grade_names[grade]);
+        SCOPED_TRACE(function.label() + " " + grade_names[grade]);
         body(function, grade);
       }
     }
   }
 
-  static T alone(const UnaryFunction<T>& function, int grade, T x) {
-    T y;
-    function.kernels[grade](1, &x, &y);
-    return y;
-  }
-
-  // Arguments of every kind: specials, the case files', ordinary ones.
-  static std::vector<T> mixture(const UnaryFunction<T>& function) {
+  // Argument vectors of every kind of element: specials, the case files', ordinary ones. A scalar is one of the latter.
+  struct Mixture {
+    std::vector<T> a, b;
+    std::vector<BitsOf<T>> expected;  // the results, each computed alone
+  };
+  static Mixture mixture(const Function& function, int grade) {
     using Limits = std::numeric_limits<T>;
-    std::vector<T> values = {T(0),
-                             -T(0),
-                             Limits::infinity(),
-                             -Limits::infinity(),
-                             Limits::quiet_NaN(),
-                             Limits::denorm_min(),
-                             -Limits::min(),
-                             Limits::max(),
-                             Limits::lowest()};
-    const auto cases = read_cases<T>(function.name);
-    for (std::size_t k = 0; k < cases.size(); k += 7) values.push_back(cases[k].argument);
     std::mt19937 random(20240817);
-    for (int k = 0; k < 400; ++k)
-      values.push_back(function.low() +
-                       static_cast<T>(static_cast<double>(random()) * 0x1p-32) * (function.high() - function.low()));
-    std::shuffle(values.begin(), values.end(), random);
-    return values;
+    const auto within = [&](double low, double high) {
+      return static_cast<T>(low + (high - low) * static_cast<double>(random()) * 0x1p-32);
+    };
+    const auto second = [&] { return within(function.promise->second_low, function.promise->second_high); };
+    std::vector<std::pair<T, T>> points;
+    for (T x : {T(0), -T(0), Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN(), Limits::denorm_min(),
+                -Limits::min(), Limits::max(), Limits::lowest()})
+      points.emplace_back(x, second());
+    const auto cases = read_cases(function);
+    for (std::size_t k = 0; k < cases.size(); k += 7) points.emplace_back(cases[k].a, cases[k].b);
+    for (int k = 0; k < 400; ++k) {
+      const T a = within(static_cast<double>(function.low()), static_cast<double>(function.high()));
+      points.emplace_back(a, second());
+    }
+    std::shuffle(points.begin(), points.end(), random);
+    const T scalar = second();
+    Mixture out;
+    for (auto [a, b] : points) {
+      out.a.push_back(a);
+      out.b.push_back(has_scalar(function) ? scalar : b);
+      out.expected.push_back(bits_of(function.call(grade, a, out.b.back())));
+    }
+    return out;
   }
 };
 
 // LA and EP promise a relative error: in ulp that is up to 2^52 (2^23) times the significand, and one spacing more on
 // subnormal results. Infinities and NaN have no error.
 template <class T>
-double bound_in_ulp(const UnaryFunction<T>& function, Grade grade, const ReferenceCase<T>& line) {
+double bound_in_ulp(const RealFunction<T>& function, Grade grade, const ReferenceCase<T>& line) {
   if (!std::isfinite(line.rounded)) return 0;
   if (grade == Grade::ha) return function.ha_ulp();
   const double relative = function.relative_bound(grade);
@@ -107,55 +114,60 @@ TYPED_TEST_SUITE(Elementwise, Elements);
 
 TYPED_TEST(Elementwise, CasesStayWithinTheBound) {
   using T = TypeParam;
-  std::map<std::string, std::vector<ReferenceCase<T>>> files;
-  this->for_each_kernel([&](const UnaryFunction<T>& function, int grade) {
-    auto& cases = files[function.name];
-    if (cases.empty()) cases = read_cases<T>(function.name);
+  this->for_each_kernel([&](const RealFunction<T>& function, int grade) {
+    const auto cases = read_cases(function);
     ASSERT_GT(cases.size(), 500u) << "case file missing or short";
     double worst = 0;
     for (const auto& line : cases) {
       _korClearErrStatus();
-      const T result = this->alone(function, grade, line.argument);
-      EXPECT_EQ(_korGetErrStatus(), line.status) << std::hexfloat << line.argument;
+      const T result = function.call(grade, line.a, line.b);
+      EXPECT_EQ(_korGetErrStatus(), line.status) << std::hexfloat << line.a << ", " << line.b;
       const double bound = bound_in_ulp(function, Grade(grade), line);
       const double error = line.error(result);
       worst = std::max(worst, error);
-      EXPECT_LE(error, bound) << std::hexfloat << "argument " << line.argument << " result " << result << " exact "
+      EXPECT_LE(error, bound) << std::hexfloat << line.a << ", " << line.b << " -> " << result << ", exact "
                               << line.rounded;
     }
-    this->RecordProperty(std::string(function.name) + grade_names[grade], std::to_string(worst));
+    this->RecordProperty(function.label() + grade_names[grade], std::to_string(worst));
   });
 }
 
-// An element's bits depend on its argument alone; nothing outside the vectors is touched.
+// An element's bits depend on its arguments alone; nothing outside the vectors is touched; either argument vector may
+// be the result.
 TYPED_TEST(Elementwise, LanesDoNotTalk) {
   using T = TypeParam;
-  this->for_each_kernel([&](const UnaryFunction<T>& function, int grade) {
-    const std::vector<T> values = this->mixture(function);
-    std::vector<BitsOf<T>> expected;
-    for (T x : values) expected.push_back(bits_of(this->alone(function, grade, x)));
+  this->for_each_kernel([&](const RealFunction<T>& function, int grade) {
+    const auto values = this->mixture(function, grade);
     std::size_t next = 0;
     for (int n = 0; n <= 40; ++n) {
       const auto count = static_cast<std::size_t>(n);
       for (auto side : {GuardedArray<T>::at_end, GuardedArray<T>::at_start}) {
         for (std::size_t offset = 0; offset < 16; offset += 4) {
-          next = (next + 13) % (values.size() - 40);
-          GuardedArray<T> a(count, side, offset), r(count, side, (offset * 3 + 4) % 16);
-          std::copy_n(values.begin() + static_cast<std::ptrdiff_t>(next), n, a.data());
-          const auto matches = [&](const T* results) {
-            for (std::size_t i = 0; i < count; ++i) {
-              BitsOf<T> got;
-              std::memcpy(&got, results + i, sizeof got);
-              if (got != expected[next + i]) return testing::AssertionFailure() << "element " << i << " of " << n;
-            }
-            return testing::AssertionSuccess();
+          next = (next + 13) % (values.a.size() - 40);
+          GuardedArray<T> a(count, side, offset), b(count, side, (offset + 8) % 16),
+              r(count, side, (offset * 3 + 4) % 16);
+          const auto fill = [&] {
+            std::memcpy(a.data(), values.a.data() + next, count * sizeof(T));
+            std::memcpy(b.data(), values.b.data() + next, count * sizeof(T));
           };
-          function.kernels[grade](n, a.data(), r.data());
-          EXPECT_TRUE(matches(r.data()));
-          EXPECT_EQ(std::memcmp(a.data(), values.data() + next, count * sizeof(T)), 0) << "argument changed";
-          function.kernels[grade](n, a.data(), a.data());
-          EXPECT_TRUE(matches(a.data())) << "in place";
-          EXPECT_TRUE(a.surroundings_intact() && r.surroundings_intact());
+          const auto as_expected = [&](const T* results) {
+            return std::memcmp(results, values.expected.data() + next, count * sizeof(T)) == 0;
+          };
+          // A call without elements reads no scalar either: any one will do.
+          const T* second = n > 0 ? b.data() : values.b.data();
+          fill();
+          function.call(grade, n, a.data(), second, r.data());
+          EXPECT_TRUE(as_expected(r.data())) << n;
+          EXPECT_EQ(std::memcmp(a.data(), values.a.data() + next, count * sizeof(T)), 0) << "argument changed";
+          EXPECT_EQ(std::memcmp(b.data(), values.b.data() + next, count * sizeof(T)), 0) << "argument changed";
+          function.call(grade, n, a.data(), second, a.data());
+          EXPECT_TRUE(as_expected(a.data())) << n << ", in place";
+          if (function.shape == RealFunction<T>::Shape::binary) {
+            fill();
+            function.call(grade, n, a.data(), second, b.data());
+            EXPECT_TRUE(as_expected(b.data())) << n << ", in the second argument's place";
+          }
+          EXPECT_TRUE(a.surroundings_intact() && b.surroundings_intact() && r.surroundings_intact());
         }
       }
     }
@@ -167,32 +179,31 @@ TYPED_TEST(Elementwise, TheCallersFloatingPointStateIsItsOwn) {
   using T = TypeParam;
   constexpr unsigned round_up = 0x4000, round_down = 0x2000, flush = 0x8040, control = 0xFFC0;
   constexpr unsigned all_masked = 0x1F80, inexact_denormal_and_underflow_masked = 0x1900;
-  this->for_each_kernel([&](const UnaryFunction<T>& function, int grade) {
-    const std::vector<T> values = this->mixture(function);
-    const auto n = static_cast<int32_t>(values.size());
-    std::vector<T> expected(values.size()), got(values.size());
-    function.kernels[grade](n, values.data(), expected.data());
+  this->for_each_kernel([&](const RealFunction<T>& function, int grade) {
+    const auto values = this->mixture(function, grade);
+    std::vector<T> got(values.a.size());
     for (unsigned state : {all_masked, all_masked | round_up, all_masked | round_down, all_masked | flush,
                            inexact_denormal_and_underflow_masked, all_masked | 0x6000 | flush}) {
       const unsigned saved = _mm_getcsr();
       _mm_setcsr(state);
-      function.kernels[grade](n, values.data(), got.data());
+      function.call(grade, static_cast<int32_t>(got.size()), values.a.data(), values.b.data(), got.data());
       const unsigned after = _mm_getcsr();
       _mm_setcsr(saved);
       EXPECT_EQ(after & control, state & control);
-      EXPECT_EQ(std::memcmp(got.data(), expected.data(), expected.size() * sizeof(T)), 0) << std::hex << state;
+      EXPECT_EQ(std::memcmp(got.data(), values.expected.data(), got.size() * sizeof(T)), 0) << std::hex << state;
     }
   });
 }
 
 TYPED_TEST(Elementwise, FlushToZeroIsTheModesAlone) {
   using T = TypeParam;
-  this->for_each_kernel([&](const UnaryFunction<T>& function, int grade) {
-    for (const auto& line : read_cases<T>(function.name)) {
+  this->for_each_kernel([&](const RealFunction<T>& function, int grade) {
+    for (const auto& line : read_cases(function)) {
       if (line.rounded == 0 || !(std::fabs(line.rounded) < std::numeric_limits<T>::min())) continue;
-      EXPECT_NE(this->alone(function, grade, line.argument), T(0)) << line.argument;
+      if (std::fabs(line.rounded) == std::numeric_limits<T>::denorm_min()) continue;  // coarse grades may give 0
+      EXPECT_NE(function.call(grade, line.a, line.b), T(0)) << line.a;
       _korSetMode(KOR_FTZDAZ_ON);
-      EXPECT_EQ(this->alone(function, grade, line.argument), T(0)) << line.argument;
+      EXPECT_EQ(function.call(grade, line.a, line.b), T(0)) << line.a;
       _korSetMode(KOR_FTZDAZ_OFF);
     }
   });
@@ -201,39 +212,44 @@ TYPED_TEST(Elementwise, FlushToZeroIsTheModesAlone) {
 // The report names element, argument and result, in place too, and the callback's answer decides about the result.
 TYPED_TEST(Elementwise, ReportsTellWhatHappened) {
   using T = TypeParam;
-  this->for_each_kernel([&](const UnaryFunction<T>& function, int grade) {
+  this->for_each_kernel([&](const RealFunction<T>& function, int grade) {
     const ReferenceCase<T>* special = nullptr;
-    const auto cases = read_cases<T>(function.name);
+    const auto cases = read_cases(function);
     for (const auto& line : cases)
-      if (line.status != 0) special = &line;
+      if (line.status != 0 && !std::isnan(line.rounded)) special = &line;
     if (special == nullptr) return;
+    const T ordinary = (function.low() + function.high()) / 3;
     for (bool in_place : {false, true}) {
       for (int n : {3, 9, 16}) {
         for (auto* callback : {&note, &note_as_handled, &replace_by_five}) {
-          std::vector<T> a(static_cast<std::size_t>(n) + 2, function.low() / 2), other(a.size());
+          const auto count = static_cast<std::size_t>(n);
+          std::vector<T> a(count + 2, ordinary), b(count, special->b), other(count);
           T* vector = a.data() + 2;
           T* result = in_place ? vector : other.data();
           const int odd = n - 2;
-          vector[odd] = special->argument;
-          const T plain = this->alone(function, grade, special->argument);
+          vector[odd] = special->a;
+          const T plain = function.call(grade, special->a, special->b);
           reports.clear();
           _korSetMode(KOR_ERRMODE_CALLBACK);
           _korSetErrorCallBack(callback);
           _korSetInterfInputVectorPointer(a.data());
-          function.kernels[grade](n, vector, result);
+          function.call(grade, n, vector, b.data(), result);
           _korSetInterfInputVectorPointer(nullptr);
           _korSetErrorCallBack(nullptr);
-          ASSERT_EQ(reports.size(), 1u);
-          const KorErrorContext& report = reports[0];
-          EXPECT_EQ(report.status, special->status);
-          EXPECT_EQ(report.index, odd + 2) << "the index counts from the whole vector's start";
-          EXPECT_EQ(report.a1, special->argument) << "in place: " << in_place;
-          EXPECT_EQ(report.a2, report.a1);
-          EXPECT_EQ(report.r1, plain);
-          EXPECT_EQ(report.r2, report.r1);
-          EXPECT_STREQ(report.funcName, function.name);
-          EXPECT_EQ(result[odd], callback == &replace_by_five ? T(5) : plain);
-          EXPECT_EQ(bits_of(result[odd - 1]), bits_of(this->alone(function, grade, function.low() / 2)));
+          const auto report =
+              std::find_if(reports.begin(), reports.end(), [&](const auto& each) { return each.index == odd + 2; });
+          ASSERT_NE(report, reports.end()) << "the index counts from the whole vector's start";
+          EXPECT_EQ(report->status, special->status);
+          EXPECT_EQ(report->a1, special->a) << "in place: " << in_place;
+          EXPECT_EQ(report->a2, function.shape == RealFunction<T>::Shape::binary ? special->b : special->a);
+          if (function.promise->result == 1) {
+            EXPECT_EQ(report->r1, plain);
+            if (function.shape != RealFunction<T>::Shape::two_results) {
+              EXPECT_EQ(report->r2, report->r1);
+            }
+            EXPECT_EQ(result[odd], callback == &replace_by_five ? T(5) : plain);
+          }
+          EXPECT_STREQ(report->funcName, function.name);
         }
       }
     }
@@ -242,28 +258,30 @@ TYPED_TEST(Elementwise, ReportsTellWhatHappened) {
 
 TYPED_TEST(Elementwise, BadCallsAreReportedAndTouchNothing) {
   using T = TypeParam;
-  this->for_each_kernel([&](const UnaryFunction<T>& function, int grade) {
+  this->for_each_kernel([&](const RealFunction<T>& function, int grade) {
     const T whole[3] = {0, 1, 1};
     const T* const a = whole + 1;
     T r[2] = {7, 7};
-    struct {
+    struct Call {
       int32_t n;
-      const T* a;
+      const T *a, *b;
       T* r;
       int status, index;
-    } const calls[] = {{0, a, r, -1, 0},
-                       {-3, a, r, -1, -3},
-                       {-3, nullptr, nullptr, -1, -3},
-                       {2, nullptr, r, -2, 0},
-                       {2, a, nullptr, -2, 0},
-                       {INT32_MIN, a, r, -1, INT32_MIN},
-                       {INT32_MAX, a, nullptr, -2, 0}};
+    };
+    std::vector<Call> calls = {{0, a, a, r, -1, 0},
+                               {-3, a, a, r, -1, -3},
+                               {-3, nullptr, a, nullptr, -1, -3},
+                               {2, nullptr, a, r, -2, 0},
+                               {2, a, a, nullptr, -2, 0},
+                               {INT32_MIN, a, a, r, -1, INT32_MIN},
+                               {INT32_MAX, a, a, nullptr, -2, 0}};
+    if (function.shape == RealFunction<T>::Shape::binary) calls.push_back({2, a, nullptr, r, -2, 0});
     for (const auto& call : calls) {
       reports.clear();
       _korSetMode(KOR_ERRMODE_CALLBACK);
       _korSetErrorCallBack(&note);
       _korSetInterfInputVectorPointer(whole);
-      function.kernels[grade](call.n, call.a, call.r);
+      function.call(grade, call.n, call.a, call.b, call.r);
       _korSetInterfInputVectorPointer(nullptr);
       _korSetErrorCallBack(nullptr);
       ASSERT_EQ(reports.size(), 1u);
@@ -280,10 +298,10 @@ TYPED_TEST(Elementwise, BadCallsAreReportedAndTouchNothing) {
 TYPED_TEST(Elementwise, BitsAreTheStoredOnes) {
   using T = TypeParam;
   const auto stored = read_digests(ORIN_TEST_DATA "/vector_math/digests.txt");
-  this->for_each_kernel([&](const UnaryFunction<T>& function, int grade) {
-    const auto line = stored.find(std::string(function.name) + " " + grade_names[grade]);
+  this->for_each_kernel([&](const RealFunction<T>& function, int grade) {
+    const auto line = stored.find(function.label() + " " + grade_names[grade]);
     ASSERT_NE(line, stored.end()) << "no digest stored";
-    EXPECT_EQ(digest(function.kernels[grade]), line->second);
+    EXPECT_EQ(digest(function, grade), line->second);
   });
 }
 

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 //
 // A line of tests/data/vector_math/<name>.cases:
-//   argument bits, bits of the correctly rounded result, what the exact result exceeds it by in 1/4096 ulp (signed
-//   hexadecimal), status
+//   argument bits (of two arguments where the function has them), bits of the correctly rounded result, what the exact
+//   result exceeds it by in 1/4096 ulp (signed hexadecimal), status
 // The accuracy scanner writes the files.
 #ifndef ORIN_TESTS_VECTOR_MATH_REFERENCE_CASES_H
 #define ORIN_TESTS_VECTOR_MATH_REFERENCE_CASES_H
@@ -17,6 +17,8 @@
 #include <string>
 #include <type_traits>
 #include <vector>
+
+#include "vector_math/catalog.h"
 
 template <class T>
 using BitsOf = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
@@ -35,7 +37,7 @@ std::int64_t ordinal(T x) {
 
 template <class T>
 struct ReferenceCase {
-  T argument;
+  T a, b;         // the arguments; b is 0 for a function of one
   T rounded;      // the correctly rounded result
   double excess;  // exact result less `rounded`, in ulp
   int status;
@@ -49,21 +51,25 @@ struct ReferenceCase {
 };
 
 template <class T>
-std::vector<ReferenceCase<T>> read_cases(const char* name) {
+std::vector<ReferenceCase<T>> read_cases(const orin::vector_math::RealFunction<T>& function) {
   std::vector<ReferenceCase<T>> cases;
-  const std::string path = std::string(ORIN_TEST_DATA) + "/vector_math/" + name + ".cases";
+  const std::string path = std::string(ORIN_TEST_DATA) + "/vector_math/" + function.label() + ".cases";
   if (std::FILE* file = std::fopen(path.c_str(), "r")) {
+    const auto number = [](std::uint64_t bits) { return std::bit_cast<T>(static_cast<BitsOf<T>>(bits)); };
     char line[200];
     while (std::fgets(line, sizeof line, file) != nullptr) {
-      std::uint64_t argument, rounded;
+      if (line[0] == '#') continue;
+      std::uint64_t a, b = 0, rounded;
       char sign;
       unsigned excess;
       int status;
-      if (std::sscanf(line, "%" SCNx64 " %" SCNx64 " %c%x %d", &argument, &rounded, &sign, &excess, &status) != 5)
-        continue;
-      cases.push_back({std::bit_cast<T>(static_cast<BitsOf<T>>(argument)),
-                       std::bit_cast<T>(static_cast<BitsOf<T>>(rounded)), (sign == '-' ? -1 : 1) * (excess / 4096.0),
-                       status});
+      const int fields = function.inputs() == 2 ? std::sscanf(line, "%" SCNx64 " %" SCNx64 " %" SCNx64 " %c%x %d", &a,
+                                                              &b, &rounded, &sign, &excess, &status) -
+                                                      1
+                                                : std::sscanf(line, "%" SCNx64 " %" SCNx64 " %c%x %d", &a, &rounded,
+                                                              &sign, &excess, &status);
+      if (fields == 5)
+        cases.push_back({number(a), number(b), number(rounded), (sign == '-' ? -1 : 1) * (excess / 4096.0), status});
     }
     std::fclose(file);
   }

@@ -24,10 +24,10 @@ Measures the error of the functions (all without names: Exp ...) in both precisi
 of each with its argument, and enters it in docs/accuracy.md. Ends with PASS or FAIL.
 
   --root DIR      the source tree (default: the current directory)
-  --samples N     double: N sampled arguments (default 50000000)
-  --sampled       single precision too; without it, all 2^32 arguments
+  --samples N     double, and two arguments: N samples (default 50000000)
+  --sampled       single precision too; without it, all 2^32 arguments of functions of one
   --threads N     default: as many as the machine has
-  --cases         also write tests/data/vector_math/<name>.cases and digests.txt
+  --cases         also write tests/data/vector_math/<label>.cases and digests.txt
   --digests       only write digests.txt
 )";
 
@@ -64,8 +64,8 @@ class Document {
 
 Written by `./run accuracy`; every figure is measured against MPFR. An ulp is the spacing of the numbers at the exact
 result. HA promises a largest error in ulp, LA and EP a largest relative error (one spacing more on subnormal results).
-Single precision is measured over all 2^32 arguments unless the row says otherwise; double over random bit patterns,
-random and evenly spaced arguments of the usual domain, and a climb from the worst of them through their neighbours.
+"all" arguments are all 2^32 floats. The others are random bit patterns, random and evenly spaced arguments of the
+ordinary domain, and a climb from the worst of them through their neighbours.
 The same bits come out on Windows and Linux (`tests/data/vector_math/digests.txt`).
 
 | Function | Grade | Bound | Worst error, ulp | at | Worst relative error | at | Arguments |
@@ -74,11 +74,11 @@ The same bits come out on Windows and Linux (`tests/data/vector_math/digests.txt
     const auto write_rows = [&](const auto& functions) {
       for (const auto& function : functions)
         for (const char* grade : grade_names)
-          if (const auto row = rows_.find(std::string(function.name) + " " + grade); row != rows_.end())
+          if (const auto row = rows_.find(function.label() + " " + grade); row != rows_.end())
             file << row->second << '\n';
     };
-    write_rows(unary_functions<float>());
-    write_rows(unary_functions<double>());
+    write_rows(real_functions<float>());
+    write_rows(real_functions<double>());
   }
 
  private:
@@ -95,15 +95,15 @@ The same bits come out on Windows and Linux (`tests/data/vector_math/digests.txt
 
 // Whether the finding keeps the grade's bound: HA in ulp, the others relative, one spacing more below normal numbers.
 template <class T>
-bool keeps_bound(const UnaryFunction<T>& function, int grade, const ScanResult<T>& result) {
+bool keeps_bound(const RealFunction<T>& function, int grade, const ScanResult<T>& result) {
   if (Grade(grade) == Grade::ha)
     return result.by_ulp[grade].empty() || result.by_ulp[grade][0].ulp <= function.ha_ulp();
   if (!result.by_relative[grade].empty() &&
       result.by_relative[grade][0].relative > function.relative_bound(Grade(grade)))
     return false;
+  Truth truth(*function.promise);
   for (const Finding<T>& finding : result.by_ulp[grade]) {
-    Truth truth;
-    truth.set(reference_of(function.function), finding.argument);
+    truth.set(finding.point);
     const T exact = truth.rounded<T>();
     const bool subnormal = std::isfinite(exact) && !truth.is_normal<T>();
     const double relative_part = function.relative_bound(Grade(grade)) * static_cast<double>(ordinal(std::fabs(exact)));
@@ -113,32 +113,39 @@ bool keeps_bound(const UnaryFunction<T>& function, int grade, const ScanResult<T
 }
 
 template <class T>
-bool measure(const UnaryFunction<T>& function, const Options& options, Document& document) {
+std::string place(const RealFunction<T>& function, Point<T> x) {
+  const std::string first = format("%a", static_cast<double>(x.a));
+  return function.inputs() == 1 ? first : first + ", " + format("%a", static_cast<double>(x.b));
+}
+
+template <class T>
+bool measure(const RealFunction<T>& function, const Options& options, Document& document) {
   const auto start = std::chrono::steady_clock::now();
-  const std::int64_t samples = sizeof(T) == 8 || options.sampled ? options.samples : 0;
+  const bool all = sizeof(T) == 4 && function.inputs() == 1 && !options.sampled;
+  const std::int64_t samples = all ? 0 : options.samples;
   const ScanResult<T> result = scan(function, samples, options.threads);
   bool pass = true;
   for (int grade = 0; grade < grades; ++grade) {
     const bool kept = keeps_bound(function, grade, result);
     pass &= kept;
-    const Finding<T> none{T(0), 0, 0};
+    const Finding<T> none{{T(0), T(0)}, 0, 0};
     const Finding<T> ulp = result.by_ulp[grade].empty() ? none : result.by_ulp[grade][0];
     const Finding<T> relative = result.by_relative[grade].empty() ? none : result.by_relative[grade][0];
     const std::string bound = Grade(grade) == Grade::ha
                                   ? format("%.2f ulp", function.ha_ulp())
                                   : format("2^%d", std::ilogb(function.relative_bound(Grade(grade))));
-    const std::string arguments = samples == 0 ? "all" : format("%.3g", static_cast<double>(result.arguments));
-    std::printf("%-10s %s  bound %-8s  worst %.4f ulp at %a (%.9g), relative 2^%.2f at %a  %s\n", function.name,
-                grade_names[grade], bound.c_str(), ulp.ulp, static_cast<double>(ulp.argument),
-                static_cast<double>(ulp.argument), std::log2(relative.relative), static_cast<double>(relative.argument),
-                kept ? "kept" : "BROKEN");
-    document.enter(format("| %s | %s | %s | %.4f | `%a` | 2^%.2f | `%a` | %s |", function.name, grade_names[grade],
-                          bound.c_str(), ulp.ulp, static_cast<double>(ulp.argument), std::log2(relative.relative),
-                          static_cast<double>(relative.argument), arguments.c_str()));
+    const std::string arguments = all ? "all" : format("%.3g", static_cast<double>(result.arguments));
+    const std::string relative_text = format("2^%.2f", std::log2(relative.relative));
+    std::printf("%-10s %s  bound %-8s  worst %.4f ulp at %s, relative %s at %s  %s\n", function.label().c_str(),
+                grade_names[grade], bound.c_str(), ulp.ulp, place(function, ulp.point).c_str(), relative_text.c_str(),
+                place(function, relative.point).c_str(), kept ? "kept" : "BROKEN");
+    document.enter("| " + function.label() + " | " + grade_names[grade] + " | " + bound + " | " +
+                   format("%.4f", ulp.ulp) + " | `" + place(function, ulp.point) + "` | " + relative_text + " | `" +
+                   place(function, relative.point) + "` | " + arguments + " |");
   }
   if (options.cases) write_cases(function, result, options.root + "/tests/data/vector_math");
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-  std::printf("%-10s     %.4g arguments in %.1f s\n", function.name, static_cast<double>(result.arguments),
+  std::printf("%-10s     %.4g arguments in %.1f s\n", function.label().c_str(), static_cast<double>(result.arguments),
               elapsed.count());
   return pass;
 }
@@ -188,8 +195,8 @@ int main(int count, char** words) {
       pass &= measure(function, options, document);
     }
   };
-  measure_all(unary_functions<double>());
-  measure_all(unary_functions<float>());
+  measure_all(real_functions<double>());
+  measure_all(real_functions<float>());
   if (!any) {
     std::fputs("no such function\n", stderr);
     return 2;

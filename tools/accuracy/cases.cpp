@@ -26,40 +26,42 @@ std::FILE* open(const std::string& path) {
 template <class T>
 class CaseWriter {
  public:
-  CaseWriter(const UnaryFunction<T>& function, std::FILE* file)
-      : reference_(reference_of(function.function)),
-        reports_underflow_(function.promise->reports_underflow),
-        file_(file) {}
+  CaseWriter(const RealFunction<T>& function, std::FILE* file)
+      : function_(function), file_(file), truth_(*function.promise) {}
 
-  void heading(const char* text) { std::fprintf(file_, "# %s\n", text); }
-  void write(T x) {
-    truth_.set(reference_, x);
+  void heading(const std::string& text) { std::fprintf(file_, "# %s\n", text.c_str()); }
+  void write(Point<T> x) {
+    truth_.set(x);
     const T rounded = truth_.template rounded<T>();
     // In 1/4096 ulp; a result that is no finite number exceeds nothing.
     const long excess = std::isfinite(rounded) ? std::lround(4096 * truth_.excess_over(rounded)) : 0;
-    constexpr int digits = 2 * sizeof(T);
-    std::fprintf(file_, "%0*" PRIx64 " %0*" PRIx64 " %c%03lx %d\n", digits,
-                 static_cast<std::uint64_t>(std::bit_cast<BitsOf<T>>(x)), digits,
-                 static_cast<std::uint64_t>(std::bit_cast<BitsOf<T>>(rounded)), excess < 0 ? '-' : '+',
-                 std::labs(excess), truth_.template status<T>(reports_underflow_));
+    print(x.a);
+    if (function_.inputs() == 2) print(x.b);
+    print(rounded);
+    std::fprintf(file_, "%c%03lx %d\n", excess < 0 ? '-' : '+', std::labs(excess),
+                 truth_.template status<T>(function_.promise->reports_underflow));
   }
-  int status(T x) {
-    truth_.set(reference_, x);
-    return truth_.template status<T>(reports_underflow_);
+  int status(Point<T> x) {
+    truth_.set(x);
+    return truth_.template status<T>(function_.promise->reports_underflow);
   }
   // Between two arguments of different status: four neighbours on each side of the change.
-  void write_threshold(std::int64_t low, std::int64_t high) {
-    const int before = status(from_ordinal<T>(low));
+  void write_threshold(std::int64_t low, std::int64_t high, T b) {
+    const int before = status({from_ordinal<T>(low), b});
     while (high - low > 1) {
       const std::int64_t middle = low + (high - low) / 2;
-      (status(from_ordinal<T>(middle)) == before ? low : high) = middle;
+      (status({from_ordinal<T>(middle), b}) == before ? low : high) = middle;
     }
-    for (std::int64_t k = low - 3; k <= high + 3; ++k) write(from_ordinal<T>(k));
+    for (std::int64_t k = low - 3; k <= high + 3; ++k) write({from_ordinal<T>(k), b});
   }
 
  private:
-  const Reference& reference_;
-  bool reports_underflow_;
+  void print(T x) {
+    std::fprintf(file_, "%0*" PRIx64 " ", static_cast<int>(2 * sizeof(T)),
+                 static_cast<std::uint64_t>(std::bit_cast<BitsOf<T>>(x)));
+  }
+
+  const RealFunction<T>& function_;
   std::FILE* file_;
   Truth truth_;
 };
@@ -67,37 +69,48 @@ class CaseWriter {
 }  // namespace
 
 template <class T>
-void write_cases(const UnaryFunction<T>& function, const ScanResult<T>& result, const std::string& folder) {
+void write_cases(const RealFunction<T>& function, const ScanResult<T>& result, const std::string& folder) {
   using Limits = std::numeric_limits<T>;
-  std::FILE* file = open(folder + "/" + function.name + ".cases");
-  std::fprintf(file, "# %s: argument, rounded result, excess in 1/4096 ulp, status; by tools/accuracy --cases %s\n",
-               function.name, function.function);
+  std::FILE* file = open(folder + "/" + function.label() + ".cases");
+  std::fprintf(file, "# %s: arguments, rounded result, excess in 1/4096 ulp, status; by tools/accuracy --cases %s\n",
+               function.label().c_str(), function.function);
   CaseWriter<T> cases(function, file);
+  const double second_low = function.promise->second_low, second_high = function.promise->second_high;
+  // Second arguments where the first ones run: a few, in turn.
+  const auto second = [&](std::int64_t k) {
+    return function.inputs() == 1
+               ? T(0)
+               : static_cast<T>(second_low +
+                                (second_high - second_low) * static_cast<double>((k * 37 % 101 + 101) % 101) / 101);
+  };
 
   cases.heading("special arguments");
-  for (T x : {T(0), T(1), Limits::denorm_min(), Limits::min(), Limits::epsilon(), Limits::max(), Limits::infinity()}) {
-    cases.write(x);
-    cases.write(-x);
+  std::vector<T> specials = {Limits::quiet_NaN()};
+  for (T x : {T(0), T(0.5), T(1), T(2), T(3), Limits::denorm_min(), Limits::min(), Limits::epsilon(), Limits::max(),
+              Limits::infinity()}) {
+    specials.push_back(x);
+    specials.push_back(-x);
   }
-  cases.write(Limits::quiet_NaN());
+  for (T a : specials)
+    for (T b : function.inputs() == 1 ? std::vector<T>{0} : specials) cases.write({a, b});
 
   // The finite numbers in 512 steps of their order, that is in steps of exponents, both signs.
-  const std::int64_t largest = ordinal(Limits::max());
-  const std::int64_t step = largest / 256;
+  const std::int64_t step = ordinal(Limits::max()) / 256;
   cases.heading("neighbours of the thresholds");
   for (std::int64_t k = -256; k < 256; ++k) {
     const std::int64_t low = k * step, high = (k + 1) * step;
-    if (cases.status(from_ordinal<T>(low)) != cases.status(from_ordinal<T>(high))) cases.write_threshold(low, high);
+    const T b = second(7);
+    if (cases.status({from_ordinal<T>(low), b}) != cases.status({from_ordinal<T>(high), b}))
+      cases.write_threshold(low, high, b);
   }
   cases.heading("all exponents");
-  for (std::int64_t k = -256; k < 256; ++k) cases.write(from_ordinal<T>(k * step + (k * k * 7919) % step));
-  cases.heading("the usual domain");
+  for (std::int64_t k = -256; k < 256; ++k) cases.write({from_ordinal<T>(k * step + (k * k * 7919) % step), second(k)});
+  cases.heading("the ordinary domain");
   for (int k = 0; k < 256; ++k)
-    cases.write(static_cast<T>(function.low() + (function.high() - function.low()) * (k + 0.618) / 256));
+    cases.write({static_cast<T>(function.low() + (function.high() - function.low()) * (k + 0.618) / 256), second(k)});
   for (int grade = 0; grade < grades; ++grade) {
-    cases.heading((std::string("the worst found for ") + grade_names[grade]).c_str());
-    for (std::size_t k = 0; k < 16 && k < result.by_ulp[grade].size(); ++k)
-      cases.write(result.by_ulp[grade][k].argument);
+    cases.heading(std::string("the worst found for ") + grade_names[grade]);
+    for (std::size_t k = 0; k < 16 && k < result.by_ulp[grade].size(); ++k) cases.write(result.by_ulp[grade][k].point);
   }
   std::fclose(file);
 }
@@ -108,15 +121,15 @@ void write_digests(const std::string& folder) {
   const auto write = [&](const auto& functions) {
     for (const auto& function : functions)
       for (int grade = 0; grade < grades; ++grade)
-        std::fprintf(file, "%s %s %016" PRIx64 "\n", function.name, grade_names[grade],
-                     digest(function.kernels[grade]));
+        std::fprintf(file, "%s %s %016" PRIx64 "\n", function.label().c_str(), grade_names[grade],
+                     digest(function, grade));
   };
-  write(unary_functions<float>());
-  write(unary_functions<double>());
+  write(real_functions<float>());
+  write(real_functions<double>());
   std::fclose(file);
 }
 
-template void write_cases(const UnaryFunction<float>&, const ScanResult<float>&, const std::string&);
-template void write_cases(const UnaryFunction<double>&, const ScanResult<double>&, const std::string&);
+template void write_cases(const RealFunction<float>&, const ScanResult<float>&, const std::string&);
+template void write_cases(const RealFunction<double>&, const ScanResult<double>&, const std::string&);
 
 }  // namespace accuracy

@@ -9,10 +9,10 @@
 
 namespace accuracy {
 
-// Writes <folder>/<name>.cases: special arguments, the neighbours of every threshold of the status, arguments over all
+// Writes <folder>/<label>.cases: special arguments, the neighbours of every threshold of the status, arguments over all
 // exponents and over the usual domain, and the worst that the scan found.
 template <class T>
-void write_cases(const orin::vector_math::UnaryFunction<T>& function, const ScanResult<T>& result,
+void write_cases(const orin::vector_math::RealFunction<T>& function, const ScanResult<T>& result,
                  const std::string& folder);
 
 // Writes <folder>/digests.txt: one line for each kernel.

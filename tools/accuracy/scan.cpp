@@ -10,16 +10,18 @@ namespace accuracy {
 
 using namespace orin::vector_math;
 
-const Reference& reference_of(const char* function) {
-  static const Reference references[] = {
-#define ORIN_CATALOG(F, reference, q, ...)                           \
-  {#F, reference, [](double x) { return reference_function::q(x); }, \
-   [](long double x) { return reference_function::q(x); }},
+MpfrFunction truth_of(const Promise& promise) {
+  struct {
+    const char* function;
+    int result;
+    MpfrFunction truth;
+  } const truths[] = {
+#define ORIN_CATALOG(F, result, truth, ...) {#F, result, truth},
 #include "vector_math/catalog.def"
 #undef ORIN_CATALOG
   };
-  for (const Reference& reference : references)
-    if (std::strcmp(reference.function, function) == 0) return reference;
+  for (const auto& row : truths)
+    if (std::strcmp(row.function, promise.function) == 0 && row.result == promise.result) return row.truth;
   std::abort();
 }
 
@@ -48,35 +50,38 @@ class Random {
 template <class T>
 class Worst {
  public:
-  void offer(T argument, double error) {
+  void offer(Point<T> point, double error) {
     if (error <= floor_) return;
-    entries_.push_back({argument, error});
+    entries_.push_back({point, error});
     if (entries_.size() >= 2 * kept) shrink();
   }
   void shrink() {
     std::sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) {
-      return a.error != b.error ? a.error > b.error : ordinal(a.argument) < ordinal(b.argument);
+      return a.error != b.error ? a.error > b.error : place(a) < place(b);
     });
-    const auto same = [](const Entry& a, const Entry& b) { return ordinal(a.argument) == ordinal(b.argument); };
+    const auto same = [](const Entry& a, const Entry& b) { return place(a) == place(b); };
     entries_.erase(std::unique(entries_.begin(), entries_.end(), same), entries_.end());
     if (entries_.size() > kept) entries_.resize(kept);
     if (entries_.size() == kept) floor_ = entries_.back().error;
   }
   void merge(const Worst& other) {
-    for (const Entry& entry : other.entries_) offer(entry.argument, entry.error);
+    for (const Entry& entry : other.entries_) offer(entry.point, entry.error);
   }
-  std::vector<T> arguments() {
+  std::vector<Point<T>> points() {
     shrink();
-    std::vector<T> out;
-    for (const Entry& entry : entries_) out.push_back(entry.argument);
+    std::vector<Point<T>> out;
+    for (const Entry& entry : entries_) out.push_back(entry.point);
     return out;
   }
 
  private:
   struct Entry {
-    T argument;
+    Point<T> point;
     double error;
   };
+  static std::pair<std::int64_t, std::int64_t> place(const Entry& entry) {
+    return {ordinal(entry.point.a), ordinal(entry.point.b)};
+  }
   std::vector<Entry> entries_;
   double floor_ = 0;
 };
@@ -95,18 +100,21 @@ struct Spacings {
 template <class T>
 class Scanner {
  public:
-  explicit Scanner(const UnaryFunction<T>& function)
-      : function_(function), reference_(reference_of(function.function)) {}
+  explicit Scanner(const RealFunction<T>& function) : function_(function) {}
 
-  void add(T x) {
-    arguments_[filled_++] = x;
-    if (filled_ == block) flush();
+  // A function with a scalar sees one second argument for each block.
+  void add(Point<T> x) {
+    a_[filled_] = x.a;
+    b_[filled_] = function_.shape == RealFunction<T>::Shape::scalar && filled_ > 0 ? b_[0] : x.b;
+    if (++filled_ == block) flush();
   }
   void flush() {
-    for (int i = 0; i < filled_; ++i) exact_[i] = reference_.quick(static_cast<Wide<T>>(arguments_[i]));
+    if (filled_ == 0) return;
+    for (int i = 0; i < filled_; ++i)
+      exact_[i] = function_.quick(static_cast<Wide<T>>(a_[i]), static_cast<Wide<T>>(b_[i]));
     for (int grade = 0; grade < grades; ++grade) {
-      if (filled_ > 0) function_.kernels[grade](filled_, arguments_, results_);
-      for (int i = 0; i < filled_; ++i) judge(grade, arguments_[i], results_[i], exact_[i]);
+      function_.call(grade, filled_, a_, b_, results_);
+      for (int i = 0; i < filled_; ++i) judge(grade, {a_[i], b_[i]}, results_[i], exact_[i]);
     }
     count_ += filled_;
     filled_ = 0;
@@ -122,15 +130,16 @@ class Scanner {
   // Neighbours near and far of the worst arguments so far, again and again.
   void climb(Random& random, int rounds) {
     for (int round = 0; round < rounds; ++round) {
-      std::vector<T> starts;
+      std::vector<Point<T>> starts;
       for (int grade = 0; grade < grades; ++grade)
-        for (T x : ulp_[grade].arguments()) starts.push_back(x);
-      for (T start : starts) {
+        for (const Point<T>& x : ulp_[grade].points()) starts.push_back(x);
+      for (const Point<T>& start : starts) {
         for (int k = 0; k < 128; ++k) {
-          const std::int64_t distance = static_cast<std::int64_t>(random.next() >> (1 + random.next() % 63));
-          const T x = from_ordinal<T>(ordinal(start) + (k % 2 == 0 ? distance : -distance) % (INT64_C(1) << 50));
-          if (std::isfinite(x)) add(x);
+          const Point<T> x = {near(start.a, random),
+                              function_.inputs() == 2 && k % 2 == 1 ? near(start.b, random) : start.b};
+          if (std::isfinite(x.a) && std::isfinite(x.b)) add(x);
         }
+        if (function_.shape == RealFunction<T>::Shape::scalar) flush();
       }
       flush();
     }
@@ -140,13 +149,12 @@ class Scanner {
     flush();
     ScanResult<T> out;
     out.arguments = count_;
-    Truth truth;
+    Truth truth(*function_.promise);
     const auto findings = [&](int grade, Worst<T>& worst) {
       std::vector<Finding<T>> all;
-      for (T x : worst.arguments()) {
-        T y;
-        function_.kernels[grade](1, &x, &y);
-        truth.set(reference_, x);
+      for (const Point<T>& x : worst.points()) {
+        const T y = function_.call(grade, x.a, x.b);
+        truth.set(x);
         all.push_back({x, std::fabs(truth.excess_over(y)), truth.relative_error(y)});
       }
       return all;
@@ -163,7 +171,13 @@ class Scanner {
   }
 
  private:
-  void judge(int grade, T x, T result, Wide<T> exact) {
+  static T near(T x, Random& random) {
+    const auto distance = static_cast<std::int64_t>(random.next() >> (1 + random.next() % 63)) %
+                          (INT64_C(1) << (sizeof(T) == 8 ? 50 : 28));
+    return from_ordinal<T>(ordinal(x) + (random.next() % 2 == 0 ? distance : -distance));
+  }
+
+  void judge(int grade, Point<T> x, T result, Wide<T> exact) {
     const T nearest = static_cast<T>(exact);
     if (!std::isfinite(result) || !std::isfinite(nearest)) {
       if (result != nearest && !(std::isnan(result) && std::isnan(nearest)))
@@ -181,9 +195,8 @@ class Scanner {
   }
 
   inline static const Spacings<T> spacings_;
-  const UnaryFunction<T>& function_;
-  const Reference& reference_;
-  T arguments_[block], results_[block];
+  const RealFunction<T>& function_;
+  T a_[block], b_[block], results_[block];
   Wide<T> exact_[block];
   int filled_ = 0;
   std::int64_t count_ = 0;
@@ -192,21 +205,25 @@ class Scanner {
 
 // Thread `part` of `parts` takes its share of the sampled arguments.
 template <class T>
-void sample(Scanner<T>& scanner, const UnaryFunction<T>& function, std::int64_t samples, int part, int parts) {
+void sample(Scanner<T>& scanner, const RealFunction<T>& function, std::int64_t samples, int part, int parts) {
   Random random(static_cast<std::uint64_t>(part) + 1);
   const double low = function.low(), high = function.high();
+  const double second_low = function.promise->second_low, second_high = function.promise->second_high;
+  const bool two = function.inputs() == 2;
   const std::int64_t share = samples / parts;
+  const auto within = [&](double from, double to) { return static_cast<T>(from + (to - from) * random.uniform()); };
+  const auto any = [&] { return std::bit_cast<T>(static_cast<BitsOf<T>>(random.next())); };
   for (std::int64_t k = 0; k < share; ++k) {
+    const double progress = static_cast<double>(k * parts + part) / static_cast<double>(samples);
     switch (k % 4) {
       case 0:
-        scanner.add(std::bit_cast<T>(static_cast<BitsOf<T>>(random.next())));
+        scanner.add({any(), two ? any() : T(0)});
         break;
       case 1:
-        scanner.add(
-            static_cast<T>(low + (high - low) * static_cast<double>(k * parts + part) / static_cast<double>(samples)));
+        scanner.add({static_cast<T>(low + (high - low) * progress), two ? within(second_low, second_high) : T(0)});
         break;
       default:
-        scanner.add(static_cast<T>(low + (high - low) * random.uniform()));
+        scanner.add({within(low, high), two ? within(second_low, second_high) : T(0)});
     }
   }
   scanner.flush();
@@ -218,14 +235,14 @@ void exhaust(Scanner<T>& scanner, int part, int parts) {
   constexpr std::uint64_t all = UINT64_C(1) << 32;
   for (std::uint64_t bits = all * static_cast<unsigned>(part) / static_cast<unsigned>(parts);
        bits < all * static_cast<unsigned>(part + 1) / static_cast<unsigned>(parts); ++bits)
-    scanner.add(std::bit_cast<T>(static_cast<BitsOf<T>>(bits)));
+    scanner.add({std::bit_cast<T>(static_cast<BitsOf<T>>(bits))});
   scanner.flush();
 }
 
 }  // namespace
 
 template <class T>
-ScanResult<T> scan(const UnaryFunction<T>& function, std::int64_t samples, int threads) {
+ScanResult<T> scan(const RealFunction<T>& function, std::int64_t samples, int threads) {
   std::deque<Scanner<T>> scanners;
   for (int part = 0; part < threads; ++part) scanners.emplace_back(function);
   std::vector<std::thread> running;
@@ -243,7 +260,7 @@ ScanResult<T> scan(const UnaryFunction<T>& function, std::int64_t samples, int t
   return scanners[0].result();
 }
 
-template ScanResult<float> scan(const UnaryFunction<float>&, std::int64_t, int);
-template ScanResult<double> scan(const UnaryFunction<double>&, std::int64_t, int);
+template ScanResult<float> scan(const RealFunction<float>&, std::int64_t, int);
+template ScanResult<double> scan(const RealFunction<double>&, std::int64_t, int);
 
 }  // namespace accuracy

@@ -1,8 +1,9 @@
 // scan.h: the search for the worst errors of a function's three kernels.
 // SPDX-License-Identifier: MIT
 //
-// Candidates are found with the quick reference and judged by the truth. Double: random bits, random and evenly spaced
-// arguments of the usual domain, then a climb from the worst of them through their neighbours. Single: all arguments.
+// Candidates are found with the quick reference and judged by the truth. Double, and two arguments: random bits, random
+// and evenly spaced arguments of the ordinary domain, then a climb from the worst of them through their neighbours. One
+// argument in single precision: all of them.
 #ifndef ORIN_TOOLS_ACCURACY_SCAN_H
 #define ORIN_TOOLS_ACCURACY_SCAN_H
 
@@ -15,7 +16,7 @@ namespace accuracy {
 
 template <class T>
 struct Finding {
-  T argument;
+  Point<T> point;
   double ulp;
   double relative;
 };
@@ -28,9 +29,10 @@ struct ScanResult {
   std::vector<Finding<T>> by_relative[orin::vector_math::grades];
 };
 
-// Scans with `threads` threads. `samples` arguments for double, and for single when it is positive; else all of them.
+// Scans with `threads` threads: `samples` arguments, or all of them where samples is 0 and the function takes one
+// float.
 template <class T>
-ScanResult<T> scan(const orin::vector_math::UnaryFunction<T>& function, std::int64_t samples, int threads);
+ScanResult<T> scan(const orin::vector_math::RealFunction<T>& function, std::int64_t samples, int threads);
 
 }  // namespace accuracy
 

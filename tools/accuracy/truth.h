@@ -16,7 +16,19 @@
 
 namespace accuracy {
 
-using MpfrFunction = int (*)(mpfr_t, mpfr_srcptr, mpfr_rnd_t);
+// A function of MPFR, of one argument or of two.
+struct MpfrFunction {
+  using Unary = int(mpfr_t, mpfr_srcptr, mpfr_rnd_t);
+  using Binary = int(mpfr_t, mpfr_srcptr, mpfr_srcptr, mpfr_rnd_t);
+  Unary* unary = nullptr;
+  Binary* binary = nullptr;
+
+  MpfrFunction(Unary* function) : unary(function) {}
+  MpfrFunction(Binary* function) : binary(function) {}
+};
+
+// The truth of a row of the catalog.
+MpfrFunction truth_of(const orin::vector_math::Promise& promise);
 
 template <class T>
 using BitsOf = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
@@ -40,31 +52,31 @@ T from_ordinal(std::int64_t k) {
   return k < 0 ? -magnitude : magnitude;
 }
 
-// A reference of one function: the truth, and a quick neighbour of it.
-struct Reference {
-  const char* function;
-  MpfrFunction truth;
-  double (*quick_d)(double);
-  long double (*quick_l)(long double);
-
-  double quick(double x) const { return quick_d(x); }
-  long double quick(long double x) const { return quick_l(x); }
+// The arguments of one evaluation; the second is 0 for a function of one.
+template <class T>
+struct Point {
+  T a, b = 0;
 };
-const Reference& reference_of(const char* function);
 
 // One exact value, to 140 bits.
 class Truth {
  public:
-  Truth() { mpfr_inits2(140, argument_, value_, scratch_, nullptr); }
-  ~Truth() { mpfr_clears(argument_, value_, scratch_, nullptr); }
+  explicit Truth(const orin::vector_math::Promise& promise) : function_(truth_of(promise)) {
+    mpfr_inits2(140, a_, b_, value_, scratch_, nullptr);
+  }
+  ~Truth() { mpfr_clears(a_, b_, value_, scratch_, nullptr); }
   Truth(const Truth&) = delete;
   Truth& operator=(const Truth&) = delete;
 
   template <class T>
-  void set(const Reference& reference, T x) {
-    mpfr_set_d(argument_, static_cast<double>(x), MPFR_RNDN);
+  void set(Point<T> x) {
+    mpfr_set_d(a_, static_cast<double>(x.a), MPFR_RNDN);
+    mpfr_set_d(b_, static_cast<double>(x.b), MPFR_RNDN);
     mpfr_clear_flags();
-    reference.truth(value_, argument_, MPFR_RNDN);
+    if (function_.unary != nullptr)
+      function_.unary(value_, a_, MPFR_RNDN);
+    else
+      function_.binary(value_, a_, b_, MPFR_RNDN);
     pole_ = mpfr_divby0_p() != 0;
     vanished_ = mpfr_underflow_p() != 0;
   }
@@ -109,12 +121,12 @@ class Truth {
            std::isfinite(rounded<T>());
   }
 
-  // The status that a kernel must report at the argument.
+  // The status that a kernel must report at the arguments.
   template <class T>
   int status(bool reports_underflow) const {
-    if (mpfr_nan_p(argument_)) return KOR_STATUS_OK;
+    if (mpfr_nan_p(a_) || mpfr_nan_p(b_)) return KOR_STATUS_OK;
     if (mpfr_nan_p(value_)) return KOR_STATUS_ERRDOM;
-    if (mpfr_inf_p(argument_)) return KOR_STATUS_OK;
+    if (mpfr_inf_p(a_) || mpfr_inf_p(b_)) return KOR_STATUS_OK;
     if (pole_) return KOR_STATUS_SING;
     if (std::isinf(rounded<T>())) return KOR_STATUS_OVERFLOW;
     if (reports_underflow && (mpfr_zero_p(value_) == 0 || vanished_) && !is_normal<T>()) return KOR_STATUS_UNDERFLOW;
@@ -129,7 +141,8 @@ class Truth {
     return std::max<long>(mpfr_get_exp(value_) - std::numeric_limits<T>::digits, lowest_spacing<T>);
   }
 
-  mpfr_t argument_, value_, scratch_;
+  MpfrFunction function_;
+  mpfr_t a_, b_, value_, scratch_;
   bool pole_ = false, vanished_ = false;  // vanished: below the range of MPFR itself, not an exact zero
 };
 

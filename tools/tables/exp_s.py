@@ -11,14 +11,12 @@ slack = 1 + mpf(2) ** -10  # reduction may leave the interval by its own roundin
 out = Header("exp_s", "tables and polynomials of the single-precision exponential", "tools/tables/exp_s.py")
 
 step = ln2 / 256
-parts = [to_bits(step, 8)]
-parts.append(to_bits(step - parts[0], 8))
-parts.append(to_float(step - parts[0] - parts[1]))
-out.comment("ln2/256 in three parts, the first two of 8 bits: their products with n are exact.")
-for k, part in enumerate(parts):
-    out.constant(f"step_{k + 1}", hex_float(part), "float")
-out.comment("The second and the third in one.")
-out.constant("step_rest", hex_float(step - parts[0]), "float")
+high = to_bits(step, 9)
+low = step - high
+out.comment("ln2/256 in two parts. The first has 9 bits, so its product with n is exact for |n| < 2^15; the second happens to")
+out.comment(f"be {exponent_text(abs(low) / step)} of it, so the rounding of its product is that small, too.")
+out.constant("step_high", hex_float(high), "float")
+out.constant("step_low", hex_float(low), "float")
 
 pairs = []
 for j in range(256):
@@ -28,9 +26,8 @@ out.comment("2^(j/256) = T (1 + tail): T nearest, then the tail.")
 out.table("ha_pairs", pairs, "float")
 
 h = step / 2 * slack
-growth = lambda x: mp.expm1(x) if x else mpf(0)
-c, _ = fit(lambda x: growth(x) / x if x else mpf(1), [lambda x: mpf(1), lambda x: x], -h, h)
-ha = [to_float(c[0]), to_float(c[1])]
+# Even part r^2/2; odd part r + r^3/6, whose nearest multiple of r on the interval is r (1 + h^2/8) by Chebyshev's cubic.
+ha = [to_float(1 + h**2 / 8), to_float(mpf(1) / 2)]
 error = max_error(lambda x: 1 + x * (ha[0] + ha[1] * x), mp.exp, -h, h)
 out.comment(f"e^r - 1 = r (ha_1 + ha_2 r), |r| <= ln2/512, error below {exponent_text(error)}.")
 for k in range(2):

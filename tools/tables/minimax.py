@@ -100,7 +100,9 @@ class Header:
         ]
 
     def comment(self, text):
-        self.lines += ["", f"// {text}"]
+        if not self.lines[-1].startswith("// "):
+            self.lines.append("")
+        self.lines.append(f"// {text}")
 
     def constant(self, name, text, kind="double"):
         self.lines.append(f"inline constexpr {kind} {name} = {text};")

@@ -6,13 +6,10 @@
 
 namespace orin::vector_math::exp_s_data {
 
-// ln2/256 in three parts, the first two of 8 bits: their products with n are exact.
-inline constexpr float step_1 = 0x1.6200000000000p-9f;
-inline constexpr float step_2 = 0x1.c800000000000p-18f;
-inline constexpr float step_3 = 0x1.7f7d1c0000000p-28f;
-
-// The second and the third in one.
-inline constexpr float step_rest = 0x1.c85fe00000000p-18f;
+// ln2/256 in two parts. The first has 9 bits, so its product with n is exact for |n| < 2^15; the second happens to
+// be 2^-11.6 of it, so the rounding of its product is that small, too.
+inline constexpr float step_high = 0x1.6300000000000p-9f;
+inline constexpr float step_low = -0x1.bd01060000000p-21f;
 
 // 2^(j/256) = T (1 + tail): T nearest, then the tail.
 alignas(64) inline constexpr float ha_pairs[512] = {
@@ -146,8 +143,8 @@ alignas(64) inline constexpr float ha_pairs[512] = {
     0x1.fd3c220000000p+0f, 0x1.73f0780000000p-26f, 0x1.fe9d960000000p+0f, 0x1.663c760000000p-26f,
 };
 
-// e^r - 1 = r (ha_1 + ha_2 r), |r| <= ln2/512, error below 2^-31.8.
-inline constexpr float ha_1 = 0x1.0000020000000p+0f;
+// e^r - 1 = r (ha_1 + ha_2 r), |r| <= ln2/512, error below 2^-33.0.
+inline constexpr float ha_1 = 0x1.0000040000000p+0f;
 inline constexpr float ha_2 = 0x1p-1f;
 
 // e^r = s ((r + 369 ln2/256)^2 + la_0), |r| <= ln2/512, relative error below 2^-26.5.

@@ -4,8 +4,8 @@
 // Method    HA  x = n ln2/256 + r, n = 256 k + j;  e^x = 2^k (T + T (tail + p(r))), T (1 + tail) = 2^(j/256)
 //           LA  the same reduction, shifted by 369 steps;  e^x = 2^k T (w^2 + b), w = r + 369 ln2/256
 //           EP  x/ln2 = k + f;  e^x = 2^k q(f), q a cubic
-// Bounds    HA below 1 ulp, LA relative 2^-21, EP relative 2^-11; subnormal results one spacing more in LA and EP
-// Budget    HA  in ulp: polynomial 2^-8, tail + p 2^-9, reduction 2^-10, last rounding 1/2
+// Bounds    HA 0.53 ulp, LA relative 2^-21, EP relative 2^-11; subnormal results one spacing more in LA and EP
+// Budget    HA  in ulp: reduction 2^-6, polynomial 2^-9, tail + p 2^-9, last rounding 1/2
 //           LA  in 2^-24: w 2, its square 1/2, the sum 1, table 1, product 1
 //           EP  polynomial 2^-13.2, reduction x/ln2 2^-18
 // Special   NaN -> NaN, +inf -> +inf, -inf -> +0, no status; overflow -> +inf, status 3; underflow -> +0, status 4;
@@ -33,7 +33,7 @@ constexpr struct {
   Constant<std::int32_t> largest_word = 0x42aeac4f;  // |x| <= 87.33654
   Constant<float> inverse = 0x1.715476p+8f;          // 256/ln2, nearest
   Constant<float> to_integer = ::orin::vector_math::to_integer;
-  Constant<float> step_1 = data::step_1, step_2 = data::step_2, step_3 = data::step_3;
+  Constant<float> step_high = data::step_high, step_low = data::step_low;
   Constant<float> p1 = data::ha_1, p2 = data::ha_2;
 } ha_constants{};
 
@@ -42,7 +42,7 @@ constexpr struct {
   Constant<float> inverse = 0x1.715476p+8f;          // 256/ln2, nearest
   Constant<float> to_integer = ::orin::vector_math::to_integer;
   Constant<float> to_integer_shifted = ::orin::vector_math::to_integer + 369.0f;
-  Constant<float> step_1 = data::step_1, step_rest = data::step_rest;
+  Constant<float> step_high = data::step_high, step_low = data::step_low;
   Constant<float> b = data::la_0;
 } la_constants{};
 
@@ -71,7 +71,7 @@ struct Power<Grade::ha> {
     const auto& k = in_memory(constants);
     const Vec4f t = x * k.inverse + k.to_integer;
     const Vec4f n = t - k.to_integer;
-    const Vec4f r = ((x - n * k.step_1) - n * k.step_2) - n * k.step_3;
+    const Vec4f r = (x - n * k.step_high) - n * k.step_low;
     const auto [power, tail] = look_up_pairs(data::ha_pairs, low_bits<8>(bits(t)));
     return {power, power * (tail + r * (k.p1 + r * k.p2)), bits(t)};
   }
@@ -106,7 +106,7 @@ struct Power<Grade::la> {
     const auto& k = in_memory(constants);
     const Vec4f t = x * k.inverse + k.to_integer;
     const Vec4f n = t - k.to_integer_shifted;
-    const Vec4f w = (x - n * k.step_1) - n * k.step_rest;
+    const Vec4f w = (x - n * k.step_high) - n * k.step_low;
     return powers.of<extra>(bits(t)) * (w * w + k.b);
   }
   static float subnormal(float x) { return first_lane(of<126>(x)) * FLT_MIN; }

@@ -19,6 +19,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 #include "vector_math/errors.h"
@@ -138,6 +139,8 @@ class Elementwise {
     if (!accepts(n, a, r)) [[unlikely]]
       return;
     const FpFrame frame(orin_kor_kernel_GetMode());
+    // Nothing made from the parameters may be computed before the frame stands.
+    if constexpr (!std::is_empty_v<F>) asm volatile("" : "+m"(f));
     std::int32_t i = 0;
     if constexpr (F::groups_per_step == 2)
       for (; n - i >= 8; i += 8) two_groups(f, i, a, r);
