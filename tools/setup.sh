@@ -3,8 +3,9 @@
 # SPDX-License-Identifier: MIT
 set -euo pipefail
 
-compilers=(g++ clang cmake ninja-build ccache g++-mingw-w64-i686-posix g++-mingw-w64-i686-win32)
-tests=(googletest libeigen3-dev liblapack-dev libmpfr-dev)
+compilers=(g++ clang libclang-rt-14-dev cmake ninja-build ccache g++-mingw-w64-i686-posix g++-mingw-w64-i686-win32)
+tests=(googletest libeigen3-dev liblapack-dev libmpfr-dev libmpc-dev libntl-dev zip unzip)
+peers=(libsleef-dev libfftw3-dev libgsl-dev libboost-dev libdsfmt-dev libopenblas-dev dieharder)
 wine=(wine wine32:i386)
 
 missing() {
@@ -25,7 +26,7 @@ quietly() {
 as_root() { if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi; }
 apt() { as_root env DEBIAN_FRONTEND=noninteractive apt-get "$@"; }
 
-mapfile -t wanted < <(missing "${compilers[@]}" "${tests[@]}")
+mapfile -t wanted < <(missing "${compilers[@]}" "${tests[@]}" "${peers[@]}")
 mapfile -t wanted_wine < <(missing "${wine[@]}")
 if [ ${#wanted[@]} -eq 0 ] && [ ${#wanted_wine[@]} -eq 0 ]; then exit 0; fi
 echo "Installing ${wanted[*]} ${wanted_wine[*]}"
