@@ -86,14 +86,18 @@ void pack_rows(MatrixView<const T> a, Index rows, Index depth, T* out) noexcept 
   constexpr Index height = Tile<T>::rows;
   for (Index i = 0; i < rows; i += height) {
     const Index live = std::min(height, rows - i);
-    const bool whole_packets = live == height && a.row_step == 1;
-    for (Index p = 0; p < depth; ++p, out += height) {
-      const T* from = &a(i, p);
-      if (whole_packets)
-        for (Index r = 0; r < height; r += lanes<T>) store_aligned(out + r, load(from + r));
-      else
+    const T* from = &a(i, 0);
+    if (live < height)
+      for (Index p = 0; p < depth; ++p, from += a.column_step, out += height)
         for (Index r = 0; r < height; ++r) out[r] = r < live ? from[r * a.row_step] : T(0);
-    }
+    else if (a.row_step == 1)
+      for (Index p = 0; p < depth; ++p, from += a.column_step, out += height)
+#pragma GCC unroll 4
+        for (Index r = 0; r < height; r += lanes<T>) store_aligned(out + r, load(from + r));
+    else
+      for (Index p = 0; p < depth; ++p, from += a.column_step, out += height)
+#pragma GCC unroll 8
+        for (Index r = 0; r < height; ++r) out[r] = from[r * a.row_step];
   }
 }
 
@@ -103,11 +107,15 @@ void pack_columns(MatrixView<const T> b, Index columns, Index depth, T* out) noe
   constexpr Index width = Tile<T>::columns;
   for (Index j = 0; j < columns; j += width) {
     const Index live = std::min(width, columns - j);
-    for (Index p = 0; p < depth; ++p) {
-      const T* from = &b(p, j);
-      for (Index c = 0; c < width; ++c, out += lanes<T>)
-        store_aligned(out, spread(c < live ? from[c * b.column_step] : T(0)));
-    }
+    const T* from = &b(0, j);
+    if (live == width)
+      for (Index p = 0; p < depth; ++p, from += b.row_step)
+#pragma GCC unroll 4
+        for (Index c = 0; c < width; ++c, out += lanes<T>) store_aligned(out, spread(from[c * b.column_step]));
+    else
+      for (Index p = 0; p < depth; ++p, from += b.row_step)
+        for (Index c = 0; c < width; ++c, out += lanes<T>)
+          store_aligned(out, spread(c < live ? from[c * b.column_step] : T(0)));
   }
 }
 
