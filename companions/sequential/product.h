@@ -86,14 +86,18 @@ void pack_rows(MatrixView<const T> a, Index rows, Index depth, T* out) noexcept 
   constexpr Index height = Tile<T>::rows;
   for (Index i = 0; i < rows; i += height) {
     const Index live = std::min(height, rows - i);
-    const bool whole_packets = live == height && a.row_step == 1;
-    for (Index p = 0; p < depth; ++p, out += height) {
-      const T* from = &a(i, p);
-      if (whole_packets)
-        for (Index r = 0; r < height; r += lanes<T>) store_aligned(out + r, load(from + r));
-      else
+    const T* from = &a(i, 0);
+    if (live < height)
+      for (Index p = 0; p < depth; ++p, from += a.column_step, out += height)
         for (Index r = 0; r < height; ++r) out[r] = r < live ? from[r * a.row_step] : T(0);
-    }
+    else if (a.row_step == 1)
+      for (Index p = 0; p < depth; ++p, from += a.column_step, out += height)
+#pragma GCC unroll 4
+        for (Index r = 0; r < height; r += lanes<T>) store_aligned(out + r, load(from + r));
+    else
+      for (Index p = 0; p < depth; ++p, from += a.column_step, out += height)
+#pragma GCC unroll 8
+        for (Index r = 0; r < height; ++r) out[r] = from[r * a.row_step];
   }
 }
 
@@ -103,11 +107,15 @@ void pack_columns(MatrixView<const T> b, Index columns, Index depth, T* out) noe
   constexpr Index width = Tile<T>::columns;
   for (Index j = 0; j < columns; j += width) {
     const Index live = std::min(width, columns - j);
-    for (Index p = 0; p < depth; ++p) {
-      const T* from = &b(p, j);
-      for (Index c = 0; c < width; ++c, out += lanes<T>)
-        store_aligned(out, spread(c < live ? from[c * b.column_step] : T(0)));
-    }
+    const T* from = &b(0, j);
+    if (live == width)
+      for (Index p = 0; p < depth; ++p, from += b.row_step)
+#pragma GCC unroll 4
+        for (Index c = 0; c < width; ++c, out += lanes<T>) store_aligned(out, spread(from[c * b.column_step]));
+    else
+      for (Index p = 0; p < depth; ++p, from += b.row_step)
+        for (Index c = 0; c < width; ++c, out += lanes<T>)
+          store_aligned(out, spread(c < live ? from[c * b.column_step] : T(0)));
   }
 }
 
@@ -136,17 +144,23 @@ void multiply_slivers(const T* a, const T* b, Index depth, Tile<T>& tile) noexce
     for (int r = 0; r < packets; ++r) store_aligned(&tile.sums[c][r * lanes<T>], sums[c][r]);
 }
 
-// c := beta c + alpha sums, c not being read where beta is 0; rows [from, to) of one column.
+// c := beta c + alpha sums, c not being read where beta is 0: a whole tile whose rows lie side by side in memory ...
+template <class T>
+void merge_tile(const Tile<T>& tile, T alpha, T beta, T* c, Index column_step) noexcept {
+  const auto take = spread(alpha), keep = spread(beta);
+#pragma GCC unroll 4
+  for (int q = 0; q < Tile<T>::columns; ++q, c += column_step)
+#pragma GCC unroll 4
+    for (int r = 0; r < Tile<T>::packets; ++r) {
+      auto value = pmul(take, load_aligned(&tile.sums[q][r * lanes<T>]));
+      if (beta != 0) value = padd(pmul(keep, load(c + r * lanes<T>)), value);
+      store(c + r * lanes<T>, value);
+    }
+}
+
+// ... and rows [from, to) of one column.
 template <class T>
 void merge_column(const T* sums, Index from, Index to, T alpha, T beta, T* c, Index step) noexcept {
-  if (from == 0 && to == Tile<T>::rows && step == 1) {
-    for (Index r = 0; r < Tile<T>::rows; r += lanes<T>) {
-      auto value = pmul(spread(alpha), load_aligned(sums + r));
-      if (beta != 0) value = padd(pmul(spread(beta), load(c + r)), value);
-      store(c + r, value);
-    }
-    return;
-  }
   for (Index r = from; r < to; ++r) {
     const T value = alpha * sums[r];
     c[r * step] = beta != 0 ? beta * c[r * step] + value : value;
@@ -181,6 +195,12 @@ void multiply_block(const Panels<T>& panels, Index rows, Index columns, Index ru
       const Index last = factor == Part::lower ? std::min(run, factor_row + i + height) : run;
       multiply_slivers(panels.a() + i * run + first * height, panels.b() + (j * run + first * width) * lanes<T>,
                        last - first, tile);
+      const bool whole = live_rows == height && live_columns == width &&
+                         (part == Part::all || (part == Part::lower ? ahead + width <= 1 : ahead >= height - 1));
+      if (whole && c.row_step == 1) {
+        merge_tile(tile, alpha, beta, &c(i, j), c.column_step);
+        continue;
+      }
       for (Index q = 0; q < live_columns; ++q) {
         const Index from = part == Part::lower ? std::max<Index>(0, ahead + q) : 0;
         const Index to = part == Part::upper ? std::min(live_rows, ahead + q + 1) : live_rows;

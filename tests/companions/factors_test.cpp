@@ -155,8 +155,9 @@ struct Eigensystem {
     const Real bound =
         slack * n * Sequential<T>::u * norm * std::sqrt(Real(n)) + n * Real(std::numeric_limits<T>::denorm_min());
     std::vector<T> first;
-    for (const auto& [jobz, uplo] : {std::pair{'V', 'l'}, {'v', 'U'}, {'N', 'L'}, {'n', 'u'}})
+    for (const char* flags : {"Vl", "vU", "NL", "nu"})
       for (const bool packed : {false, true}) {
+        const char jobz = flags[0], uplo = flags[1];
         SCOPED_TRACE(testing::Message() << jobz << uplo << n << (packed ? " packed" : " full"));
         const bool vectors = jobz == 'V' || jobz == 'v';
         Matrix<T> z(n, n, draw, draw.below(3)), w(n, 1, draw);
