@@ -61,7 +61,7 @@ std::uint32_t QuantileSummary::cap() const noexcept {
 
 bool QuantileSummary::reserve(std::size_t count) noexcept {
   if (count <= values_.size()) return true;
-  const std::size_t size = count + count / 4;
+  const std::size_t size = count + count / 8;
   Work<double> values;
   Work<Weight> weights;
   if (!values.allocate(size) || !weights.allocate(size)) return false;
@@ -69,6 +69,20 @@ bool QuantileSummary::reserve(std::size_t count) noexcept {
   std::copy(weights_.data(), weights_.data() + count_, weights.data());
   values_ = std::move(values);
   weights_ = std::move(weights);
+  return true;
+}
+
+// Counts x in its right neighbour or, since the place of x among equal numbers is free, in one of the tuples of its value
+// taken in turn. Place 0 is at or below the smallest value, count_ above the largest, where nothing is absorbed.
+bool QuantileSummary::absorb(double x, std::size_t place, std::uint32_t room_below) noexcept {
+  if (place == 0 || place == count_) return false;
+  if (weights_[place].sum() >= room_below && values_[place] == x) {
+    double* const first = values_.data() + place;
+    const auto equal = static_cast<std::size_t>(std::upper_bound(first, values_.data() + count_, x) - first);
+    place += static_cast<std::size_t>(turn_++) % equal;
+  }
+  if (weights_[place].sum() >= room_below) return false;
+  ++weights_[place].g;
   return true;
 }
 
@@ -82,10 +96,7 @@ bool QuantileSummary::take(const T* x, std::ptrdiff_t count) noexcept {
     std::size_t places[group] = {};
     if (count_ > 1) find_places(values_.data(), count_, numbers, places);
     for (std::ptrdiff_t e = 0; e < used; ++e) {
-      // Place 0 is at or below the smallest value, count_ above the largest.
-      Weight* const right = weights_.data() + places[e];
-      if (places[e] != 0 && places[e] != count_ && right->sum() < room_below) {
-        ++right->g;
+      if (absorb(numbers[e], places[e], room_below)) {
         ++n_;
       } else if (numbers[e] == numbers[e]) {
         pending_[pending_count_++] = numbers[e];

@@ -50,12 +50,14 @@ class QuantileSummary {
 
   std::uint32_t cap() const noexcept;
   [[nodiscard]] bool reserve(std::size_t count) noexcept;
+  bool absorb(double x, std::size_t place, std::uint32_t room_below) noexcept;
   void insert_pending() noexcept;
   void compress() noexcept;
 
   double eps_ = 0;
   std::int64_t n_ = 0;  // numbers that the tuples stand for
   std::int64_t nan_count_ = 0;
+  std::uint32_t turn_ = 0;      // among tuples of one value
   Work<double> pending_;  // numbers that found no room
   std::size_t pending_count_ = 0;
   Work<double> values_;  // the tuples, in two arrays

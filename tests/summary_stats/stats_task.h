@@ -7,41 +7,37 @@
 
 #include <cmath>
 #include <cstdint>
+#include <functional>
+#include <initializer_list>
 #include <limits>
 #include <random>
 #include <vector>
 
 #include "orin/summary_stats.h"
+#include "tests/support/faulty_core.h"
 
 namespace stats {
 
+// The entries of one precision: the first of each pair for double.
 template <class T>
-struct Entries;
-
-template <>
-struct Entries<double> {
-  static constexpr auto create = &__jundSSNewTask;
-  static constexpr auto edit = &__jundSSEditTask;
-  static constexpr auto basic = &_jundSSBasic;
-  static constexpr auto min_max = &_jundSSMinmax;
-  static constexpr auto quantiles = &_jundSSQuantiles;
-  static constexpr auto stream = &_jundSSStreamQuantiles;
-  static constexpr auto sort = &__jundQSort;
-  static constexpr auto select = &__jundQSortSelect;
-  static constexpr auto step = &__jundQSortStep;
-};
-
-template <>
-struct Entries<float> {
-  static constexpr auto create = &__junsSSNewTask;
-  static constexpr auto edit = &__junsSSEditTask;
-  static constexpr auto basic = &_junsSSBasic;
-  static constexpr auto min_max = &_junsSSMinmax;
-  static constexpr auto quantiles = &_junsSSQuantiles;
-  static constexpr auto stream = &_junsSSStreamQuantiles;
-  static constexpr auto sort = &__junsQSort;
-  static constexpr auto select = &__junsQSortSelect;
-  static constexpr auto step = &__junsQSortStep;
+struct Entries {
+  template <class D, class S>
+  static constexpr auto choose(D d, S s) {
+    if constexpr (sizeof(T) == 8) {
+      return d;
+    } else {
+      return s;
+    }
+  }
+  static constexpr auto create = choose(&__jundSSNewTask, &__junsSSNewTask);
+  static constexpr auto edit = choose(&__jundSSEditTask, &__junsSSEditTask);
+  static constexpr auto basic = choose(&_jundSSBasic, &_junsSSBasic);
+  static constexpr auto min_max = choose(&_jundSSMinmax, &_junsSSMinmax);
+  static constexpr auto quantiles = choose(&_jundSSQuantiles, &_junsSSQuantiles);
+  static constexpr auto stream = choose(&_jundSSStreamQuantiles, &_junsSSStreamQuantiles);
+  static constexpr auto sort = choose(&__jundQSort, &__junsQSort);
+  static constexpr auto select = choose(&__jundQSortSelect, &__junsQSortSelect);
+  static constexpr auto step = choose(&__jundQSortStep, &__junsQSortStep);
 };
 
 inline constexpr int variable_rows = 65536, observation_rows = 131072;
@@ -54,15 +50,12 @@ class Task {
       : p_(p), n_(n), storage_(storage) {
     EXPECT_EQ(Entries<T>::create(&task_, &p_, &n_, &storage_, x, weights, subset, sizeof(Integer) == 8), 0);
   }
-  ~Task() {
-    if (task_ != nullptr) __junSSDeleteTask(&task_);
-  }
+  ~Task() { __junSSDeleteTask(&task_); }
   Task(const Task&) = delete;
   Task& operator=(const Task&) = delete;
 
   operator SSTask*() { return task_; }
   SSTask* operator->() { return task_; }
-  SSTask** place() { return &task_; }
 
   void set(std::int64_t parameter, const T* array) { EXPECT_EQ(Entries<T>::edit(task_, parameter, array), 0); }
   void set_integer(std::int64_t parameter, const Integer* value) {
@@ -97,6 +90,31 @@ template <class T>
 inline const T nan_of = std::numeric_limits<T>::quiet_NaN();
 template <class T>
 inline const T infinity_of = std::numeric_limits<T>::infinity();
+
+// Faults are mended one after the other: each status must be the one reported while its fault and all later ones stand.
+struct Fault {
+  int status;
+  std::function<void()> mend;
+};
+template <class Call>
+void expect_order(Call call, std::initializer_list<Fault> faults) {
+  for (const Fault& fault : faults) {
+    EXPECT_EQ(call(), fault.status);
+    fault.mend();
+  }
+  EXPECT_EQ(call(), 0);
+}
+
+// With each allocation failing in turn the call reports it and leaves nothing behind.
+template <class Call>
+void expect_no_leak(Call call, long least_sites) {
+  const long before = faulty_core::live_blocks();
+  const long sites = faulty_core::fail_each([&](bool) {
+    const int status = call();
+    EXPECT_TRUE(status == 0 || (status == -4000 && faulty_core::live_blocks() == before)) << status;
+  });
+  EXPECT_GE(sites, least_sites);
+}
 
 using Precisions = testing::Types<double, float>;
 

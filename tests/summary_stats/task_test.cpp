@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <cstring>
 #include <map>
+#include <utility>
 
 #include "stats_task.h"
-#include "tests/support/faulty_core.h"
 
 namespace {
 
@@ -85,50 +85,43 @@ TEST(SsTask, OtherNumbersAreRefused) {
   }
 }
 
-// Every grouped editor with markers for its arguments: the k-th goes to the k-th of `parameters`.
-TEST(SsTask, GroupedEditorsReplaceWhatIsGiven) {
-  char m[10];
-  const auto group = [&](std::vector<int> parameters, auto call) {
-    Bare bare;
-    std::map<int, const void*> expected{{1, &bare.p}};
-    const auto compare = [&] {
-      for (std::size_t i = 0; i < std::size(rows); ++i) {
-        const auto found = expected.find(rows[i].parameter);
-        EXPECT_EQ(slot_at(bare.task, i), found == expected.end() ? nullptr : found->second) << rows[i].parameter;
-      }
-    };
-    for (std::size_t k = 0; k < parameters.size(); ++k) expected[parameters[k]] = m + k;
-    char* all[10];
-    for (int k = 0; k < 10; ++k) all[k] = m + k;
-    EXPECT_EQ(call(bare.task, all), 0);
-    compare();
-    char* none[10] = {};
-    EXPECT_EQ(call(bare.task, none), 0);
-    compare();
-    expected[parameters.back()] = m;
-    none[parameters.size() - 1] = m;
-    EXPECT_EQ(call(bare.task, none), 0);
-    compare();
-    EXPECT_EQ(call(nullptr, all), -4031);
+// A grouped editor called with markers: the k-th argument goes to the k-th of `parameters`, null ones change nothing.
+template <class... Pointers>
+void check_group(int32_t(ORIN_CALL* editor)(SSTask*, Pointers...), std::vector<int> parameters) {
+  char markers[sizeof...(Pointers)];
+  const auto call = [&](SSTask* task, auto pointer_of) {
+    return [&]<std::size_t... k>(std::index_sequence<k...>) { return editor(task, pointer_of(k)...); }
+    (std::index_sequence_for<Pointers...>());
   };
-  group({7, 8, 9, 10, 11, 12, 13},
-        [](SSTask* t, char** a) { return __jundSSEditMoments(t, a[0], a[1], a[2], a[3], a[4], a[5], a[6]); });
-  group({7, 19, 20, 21, 22}, [](SSTask* t, char** a) { return __junsSSEditCovCor(t, a[0], a[1], a[2], a[3], a[4]); });
-  group({24, 25, 26, 27, 44},
-        [](SSTask* t, char** a) { return __jundSSEditQuantiles(t, a[0], a[1], a[2], a[3], a[4]); });
-  group({64, 65, 66, 62, 63},
-        [](SSTask* t, char** a) { return __junsSSEditStreamQuantiles(t, a[0], a[1], a[2], a[3], a[4]); });
-  group({41, 42, 43}, [](SSTask* t, char** a) { return __jundSSEditOutDetect(t, a[0], a[1], a[2]); });
-  group({28, 30, 31, 32, 33, 35},
-        [](SSTask* t, char** a) { return __junsSSEditPooledCovariance(t, a[0], a[1], a[2], a[3], a[4], a[5]); });
-  group({45, 19, 20, 21, 22, 46, 47, 48, 49}, [](SSTask* t, char** a) {
-    return __jundSSEditPartialCovCor(t, a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8]);
-  });
-  group({50, 51, 52, 53, 58, 59, 54, 55, 56, 57}, [](SSTask* t, char** a) {
-    return __junsSSEditMissingVals(t, a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9]);
-  });
-  group({36, 37, 38, 39, 40}, [](SSTask* t, char** a) { return __jundSSEditRCov(t, a[0], a[1], a[2], a[3], a[4]); });
-  group({21, 22, 60, 61}, [](SSTask* t, char** a) { return __junsSSEditMtxParametrz(t, a[0], a[1], a[2], a[3]); });
+  Bare bare;
+  std::map<int, const void*> expected{{1, &bare.p}};
+  for (const std::size_t given : {sizeof...(Pointers), std::size_t{0}, parameters.size() - 1}) {
+    // First all of them, then none, then all but the first one with one marker.
+    const bool all = given == sizeof...(Pointers);
+    for (std::size_t k = 0; k < given; ++k) expected[parameters[all ? k : k + 1]] = markers + (all ? k : 0);
+    EXPECT_EQ(call(bare.task,
+                   [&](std::size_t k) -> char* {
+                     return all ? markers + k : given != 0 && k != 0 ? markers : nullptr;
+                   }),
+              0);
+    for (std::size_t i = 0; i < std::size(rows); ++i) {
+      EXPECT_EQ(slot_at(bare.task, i), expected[rows[i].parameter]) << parameters[0] << " " << rows[i].parameter;
+    }
+  }
+  EXPECT_EQ(call(nullptr, [&](std::size_t k) { return markers + k; }), -4031);
+}
+
+TEST(SsTask, GroupedEditorsReplaceWhatIsGiven) {
+  check_group(&__jundSSEditMoments, {7, 8, 9, 10, 11, 12, 13});
+  check_group(&__junsSSEditCovCor, {7, 19, 20, 21, 22});
+  check_group(&__jundSSEditQuantiles, {24, 25, 26, 27, 44});
+  check_group(&__junsSSEditStreamQuantiles, {64, 65, 66, 62, 63});
+  check_group(&__jundSSEditOutDetect, {41, 42, 43});
+  check_group(&__junsSSEditPooledCovariance, {28, 30, 31, 32, 33, 35});
+  check_group(&__jundSSEditPartialCovCor, {45, 19, 20, 21, 22, 46, 47, 48, 49});
+  check_group(&__junsSSEditMissingVals, {50, 51, 52, 53, 58, 59, 54, 55, 56, 57});
+  check_group(&__jundSSEditRCov, {36, 37, 38, 39, 40});
+  check_group(&__junsSSEditMtxParametrz, {21, 22, 60, 61});
 }
 
 // Not an SSTask: whatever stands at the address must survive a refused creation.
