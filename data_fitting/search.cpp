@@ -65,14 +65,14 @@ Index walk_up(const T* x, Index lo, Index hi, T s) {
   return lo;
 }
 
-// Narrows lo..hi down to a gap of `gap` points; selects, so that no branch depends on the site.
+// Narrows lo..hi down to a gap of `gap` points; selects by masks, so that no branch depends on the site.
 template <class T>
 void bisect_to_gap(const T* x, Index& lo, Index& hi, Index gap, T s) {
   while (lo < hi - gap) {
     const Index mid = (lo + hi) / 2;
-    const bool above = x[mid] > s;
-    hi = above ? mid : hi;
-    lo = above ? lo : mid;
+    const Index above = -Index{x[mid] > s};
+    hi ^= (hi ^ mid) & above;
+    lo ^= (lo ^ mid) & ~above;
   }
 }
 
@@ -241,8 +241,8 @@ void find_near(Index nx, const T* x, Index nsite, const T* site, Index hint, Cel
 
 template <class T>
 GeneralSearch<T>::GeneralSearch(const T* x, Index nx, Index nsite) : x_(x), nx_(nx) {
-  constexpr Index worth_a_table = 128;
-  if (nsite < worth_a_table + nx / 8 || nx > std::numeric_limits<int32_t>::max() || !build_guide()) longest_ = 0;
+  constexpr Index worth_a_table = 32;
+  if (nsite < worth_a_table + nx / 16 || nx > std::numeric_limits<int32_t>::max() || !build_guide(nsite)) longest_ = 0;
 }
 
 // The bucket of a site never falls as the site grows, since each rounded operation in it is monotone. Hence points of
@@ -256,9 +256,9 @@ int GeneralSearch<T>::bucket(T s) const {
 }
 
 template <class T>
-bool GeneralSearch<T>::build_guide() {
+bool GeneralSearch<T>::build_guide(Index nsite) {
   int buckets = 64;
-  while (buckets < max_buckets && buckets < 2 * nx_) buckets *= 2;
+  while (buckets < max_buckets && buckets < 2 * nx_ && buckets < 4 * nsite) buckets *= 2;
   last_bucket_ = buckets - 1;
   const T length = x_[nx_ - 1] - x_[0];
   buckets_per_length_ = static_cast<T>(buckets) / length;
@@ -266,15 +266,15 @@ bool GeneralSearch<T>::build_guide() {
       !(buckets_per_length_ < std::numeric_limits<T>::infinity()) || !ascending(x_, nx_)) {
     return false;
   }
-  int filled = 0;
-  for (Index i = 0; i < nx_; ++i) {
-    for (const int own = bucket(x_[i]); filled <= own; ++filled) first_[filled] = static_cast<std::uint32_t>(i);
-  }
-  for (; filled <= buckets; ++filled) first_[filled] = static_cast<std::uint32_t>(nx_);
+  // Points per bucket, then their running sum: the points before each bucket.
+  for (int b = 0; b <= buckets; ++b) first_[b] = 0;
+  for (Index i = 0; i < nx_; ++i) ++first_[bucket(x_[i]) + 1];
+  std::uint32_t longest = 0;
   for (int b = 0; b < buckets; ++b) {
-    const Index points = static_cast<Index>(first_[b + 1]) - static_cast<Index>(first_[b]);
-    if (points > longest_) longest_ = points;
+    longest = first_[b + 1] > longest ? first_[b + 1] : longest;
+    first_[b + 1] += first_[b];
   }
+  longest_ = static_cast<Index>(longest);
   // A window of the longest bucket's length must fit behind each start; moved down, it begins with points below.
   const auto highest_start = static_cast<std::uint32_t>(nx_ - longest_);
   for (int b = 0; b < buckets; ++b) {
@@ -288,10 +288,10 @@ template <class T>
 Index GeneralSearch<T>::bisect(T s) const {
   if (s >= x_[nx_ - 1]) return nx_;
   if (s < x_[0]) return 0;
-  const Index middle = nx_ / 2;
-  const bool lower = x_[middle] > s;
-  Index lo = lower || middle == 0 ? 0 : middle - 1;
-  Index hi = lower ? middle : nx_ - 1;
+  const Index middle = nx_ / 2, before_middle = middle == 0 ? 0 : middle - 1;
+  const Index lower = -Index{x_[middle] > s};
+  Index lo = before_middle & ~lower;
+  Index hi = (middle & lower) | ((nx_ - 1) & ~lower);
   bisect_to_gap(x_, lo, hi, general_walk, s);
   return walk_up(x_, lo, hi, s);
 }
