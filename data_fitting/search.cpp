@@ -65,14 +65,14 @@ Index walk_up(const T* x, Index lo, Index hi, T s) {
   return lo;
 }
 
-// Narrows lo..hi down to a gap of `gap` points; selects, so that no branch depends on the site.
+// Narrows lo..hi down to a gap of `gap` points; selects by masks, so that no branch depends on the site.
 template <class T>
 void bisect_to_gap(const T* x, Index& lo, Index& hi, Index gap, T s) {
   while (lo < hi - gap) {
     const Index mid = (lo + hi) / 2;
-    const bool above = x[mid] > s;
-    hi = above ? mid : hi;
-    lo = above ? lo : mid;
+    const Index above = -Index{x[mid] > s};
+    hi ^= (hi ^ mid) & above;
+    lo ^= (lo ^ mid) & ~above;
   }
 }
 
@@ -98,28 +98,67 @@ int64_t uniform_cell(int64_t nx, T x0, T r, T s) {
 template <class T>
 constexpr int64_t max_vector_nx = sizeof(T) == sizeof(float) ? int64_t{1} << 24 : std::numeric_limits<int32_t>::max();
 
-// Four sites at a time. The offset is limited to nx - 1 before it is truncated: cell nx, also for an offset that is
-// NaN; `inside` is -1 where s >= x[0], else 0.
-struct UniformVector {
-  static __m128i cells(const double* site, double x0, double r, double last) {
-    const __m128d s0 = _mm_loadu_pd(site), s1 = _mm_loadu_pd(site + 2);
-    const __m128d origin = _mm_set1_pd(x0), scale = _mm_set1_pd(r), bound = _mm_set1_pd(last);
-    const __m128d t0 = _mm_min_pd(_mm_mul_pd(_mm_sub_pd(s0, origin), scale), bound);
-    const __m128d t1 = _mm_min_pd(_mm_mul_pd(_mm_sub_pd(s1, origin), scale), bound);
-    const __m128i truncated = _mm_unpacklo_epi64(_mm_cvttpd_epi32(t0), _mm_cvttpd_epi32(t1));
-    const __m128 inside0 = _mm_castpd_ps(_mm_cmpge_pd(s0, origin)), inside1 = _mm_castpd_ps(_mm_cmpge_pd(s1, origin));
-    return select(truncated, _mm_castps_si128(_mm_shuffle_ps(inside0, inside1, _MM_SHUFFLE(2, 0, 2, 0))));
+// Four sites at a time. cells() limits the offset to nx - 1 before it is truncated: cell nx, also for an offset that is
+// NaN; `inside` is -1 where s >= x[0], else 0. likely_cells() leaves the limits out and sets the sign of `doubtful` in
+// a lane whose site may lie in an outer cell.
+template <class T>
+struct UniformVector;
+
+__m128i select_inside(__m128i truncated, __m128i inside) {
+  return _mm_and_si128(_mm_sub_epi32(truncated, inside), inside);
+}
+
+template <>
+struct UniformVector<double> {
+  __m128d origin, scale, bound;
+  __m128i below_bound;  // the bound's upper half less one
+
+  UniformVector(double x0, double r, double last)
+      : origin(_mm_set1_pd(x0)), scale(_mm_set1_pd(r)), bound(_mm_set1_pd(last)) {
+    below_bound = _mm_sub_epi32(_mm_shuffle_epi32(_mm_castpd_si128(bound), _MM_SHUFFLE(3, 3, 1, 1)), _mm_set1_epi32(1));
   }
-  static __m128i cells(const float* site, float x0, float r, float last) {
-    const __m128 s = _mm_loadu_ps(site);
-    const __m128 t = _mm_min_ps(_mm_mul_ps(_mm_sub_ps(s, _mm_set1_ps(x0)), _mm_set1_ps(r)), _mm_set1_ps(last));
-    return select(_mm_cvttps_epi32(t), _mm_castps_si128(_mm_cmpge_ps(s, _mm_set1_ps(x0))));
+
+  __m128i cells(const double* site) const {
+    const __m128d s0 = _mm_loadu_pd(site), s1 = _mm_loadu_pd(site + 2);
+    const __m128i inside = halves<0>(_mm_cmpge_pd(s0, origin), _mm_cmpge_pd(s1, origin));
+    return select_inside(truncate(_mm_min_pd(place(s0), bound), _mm_min_pd(place(s1), bound)), inside);
+  }
+
+  // A place whose upper half, as an integer, lies in 0..below_bound is at least +0 and below the bound.
+  __m128i likely_cells(const double* site, __m128i& doubtful) const {
+    const __m128d p0 = place(_mm_loadu_pd(site)), p1 = place(_mm_loadu_pd(site + 2));
+    const __m128i upper = halves<1>(p0, p1);
+    doubtful = _mm_or_si128(doubtful, _mm_or_si128(upper, _mm_sub_epi32(below_bound, upper)));
+    return _mm_add_epi32(truncate(p0, p1), _mm_set1_epi32(1));
   }
 
  private:
-  static __m128i select(__m128i truncated, __m128i inside) {
-    return _mm_and_si128(_mm_sub_epi32(truncated, inside), inside);
+  __m128d place(__m128d s) const { return _mm_mul_pd(_mm_sub_pd(s, origin), scale); }
+  static __m128i truncate(__m128d p0, __m128d p1) {
+    return _mm_unpacklo_epi64(_mm_cvttpd_epi32(p0), _mm_cvttpd_epi32(p1));
   }
+  // The lower (0) or upper (1) 32 bits of four doubles.
+  template <int half>
+  static __m128i halves(__m128d a, __m128d b) {
+    return _mm_castps_si128(_mm_shuffle_ps(_mm_castpd_ps(a), _mm_castpd_ps(b), half == 0 ? 0x88 : 0xDD));
+  }
+};
+
+template <>
+struct UniformVector<float> {
+  __m128 origin, scale, bound;
+
+  UniformVector(float x0, float r, float last)
+      : origin(_mm_set1_ps(x0)), scale(_mm_set1_ps(r)), bound(_mm_set1_ps(last)) {}
+
+  __m128i cells(const float* site) const {
+    const __m128 s = _mm_loadu_ps(site);
+    const __m128 place = _mm_min_ps(_mm_mul_ps(_mm_sub_ps(s, origin), scale), bound);
+    return select_inside(_mm_cvttps_epi32(place), _mm_castps_si128(_mm_cmpge_ps(s, origin)));
+  }
+
+  // In four lanes the limits cost no more than the doubt.
+  __m128i likely_cells(const float* site, __m128i&) const { return cells(site); }
 };
 
 void store_cells(__m128i cells, int32_t* out) { _mm_storeu_si128(reinterpret_cast<__m128i*>(out), cells); }
@@ -138,12 +177,14 @@ void find_uniform(int64_t nx, const T* x, Index nsite, const T* site, T r, Cell*
   const T x0 = x[0];
   Index i = 0;
   if (nx <= max_vector_nx<T>) {
-    const T last = static_cast<T>(nx - 1);
-    for (; i + 8 <= nsite; i += 8) {
-      const __m128i first = UniformVector::cells(site + i, x0, r, last);
-      const __m128i second = UniformVector::cells(site + i + 4, x0, r, last);
-      store_cells(first, cell + i);
-      store_cells(second, cell + i + 4);
+    const UniformVector<T> vector(x0, r, static_cast<T>(nx - 1));
+    const __m128i never = _mm_set1_epi32(r > 0 ? 0 : -1);  // the signs of site and place agree for r > 0 alone
+    for (; i + 16 <= nsite; i += 16) {
+      __m128i doubtful = never;
+      for (Index k = i; k < i + 16; k += 4) store_cells(vector.likely_cells(site + k, doubtful), cell + k);
+      if (_mm_movemask_ps(_mm_castsi128_ps(doubtful)) != 0) {
+        for (Index k = i; k < i + 16; k += 4) store_cells(vector.cells(site + k), cell + k);
+      }
     }
   }
   for (; i < nsite; ++i) cell[i] = static_cast<Cell>(uniform_cell(nx, x0, r, site[i]));
@@ -241,8 +282,8 @@ void find_near(Index nx, const T* x, Index nsite, const T* site, Index hint, Cel
 
 template <class T>
 GeneralSearch<T>::GeneralSearch(const T* x, Index nx, Index nsite) : x_(x), nx_(nx) {
-  constexpr Index worth_a_table = 128;
-  if (nsite < worth_a_table + nx / 8 || nx > std::numeric_limits<int32_t>::max() || !build_guide()) longest_ = 0;
+  constexpr Index worth_a_table = 32;
+  if (nsite < worth_a_table + nx / 16 || nx > std::numeric_limits<int32_t>::max() || !build_guide(nsite)) longest_ = 0;
 }
 
 // The bucket of a site never falls as the site grows, since each rounded operation in it is monotone. Hence points of
@@ -256,9 +297,9 @@ int GeneralSearch<T>::bucket(T s) const {
 }
 
 template <class T>
-bool GeneralSearch<T>::build_guide() {
+bool GeneralSearch<T>::build_guide(Index nsite) {
   int buckets = 64;
-  while (buckets < max_buckets && buckets < 2 * nx_) buckets *= 2;
+  while (buckets < max_buckets && buckets < 2 * nx_ && buckets < 4 * nsite) buckets *= 2;
   last_bucket_ = buckets - 1;
   const T length = x_[nx_ - 1] - x_[0];
   buckets_per_length_ = static_cast<T>(buckets) / length;
@@ -266,15 +307,15 @@ bool GeneralSearch<T>::build_guide() {
       !(buckets_per_length_ < std::numeric_limits<T>::infinity()) || !ascending(x_, nx_)) {
     return false;
   }
-  int filled = 0;
-  for (Index i = 0; i < nx_; ++i) {
-    for (const int own = bucket(x_[i]); filled <= own; ++filled) first_[filled] = static_cast<std::uint32_t>(i);
-  }
-  for (; filled <= buckets; ++filled) first_[filled] = static_cast<std::uint32_t>(nx_);
+  // Points per bucket, then their running sum: the points before each bucket.
+  for (int b = 0; b <= buckets; ++b) first_[b] = 0;
+  for (Index i = 0; i < nx_; ++i) ++first_[bucket(x_[i]) + 1];
+  std::uint32_t longest = 0;
   for (int b = 0; b < buckets; ++b) {
-    const Index points = static_cast<Index>(first_[b + 1]) - static_cast<Index>(first_[b]);
-    if (points > longest_) longest_ = points;
+    longest = first_[b + 1] > longest ? first_[b + 1] : longest;
+    first_[b + 1] += first_[b];
   }
+  longest_ = static_cast<Index>(longest);
   // A window of the longest bucket's length must fit behind each start; moved down, it begins with points below.
   const auto highest_start = static_cast<std::uint32_t>(nx_ - longest_);
   for (int b = 0; b < buckets; ++b) {
@@ -288,10 +329,10 @@ template <class T>
 Index GeneralSearch<T>::bisect(T s) const {
   if (s >= x_[nx_ - 1]) return nx_;
   if (s < x_[0]) return 0;
-  const Index middle = nx_ / 2;
-  const bool lower = x_[middle] > s;
-  Index lo = lower || middle == 0 ? 0 : middle - 1;
-  Index hi = lower ? middle : nx_ - 1;
+  const Index middle = nx_ / 2, before_middle = middle == 0 ? 0 : middle - 1;
+  const Index lower = -Index{x_[middle] > s};
+  Index lo = before_middle & ~lower;
+  Index hi = (middle & lower) | ((nx_ - 1) & ~lower);
   bisect_to_gap(x_, lo, hi, general_walk, s);
   return walk_up(x_, lo, hi, s);
 }

@@ -78,7 +78,7 @@ class GeneralSearch {
  private:
   static constexpr int max_buckets = 4096;
 
-  bool build_guide();
+  bool build_guide(Index nsite);
   int bucket(T s) const;
   Index bisect(T s) const;
 

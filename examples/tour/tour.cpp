@@ -80,6 +80,7 @@ int main() {
   tour_vector_math();
   tour_rng();
   tour_summary_stats();
+  tour_data_fitting();
   std::printf("\n%d checks, %d failed\n", tour::checks, tour::failures);
   return tour::failures == 0 ? 0 : 1;
 }

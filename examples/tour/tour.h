@@ -30,5 +30,6 @@ void check(const char* what, bool holds);
 void tour_vector_math();
 void tour_rng();
 void tour_summary_stats();
+void tour_data_fitting();
 
 #endif
