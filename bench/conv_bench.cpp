@@ -5,7 +5,7 @@
 //           with a plain sum at sampled outputs first, and the row prints WRONG if it is off.
 // FFTW      is asked for SSE2 code by answering its own question whether the processor has AVX: the library calls
 //           fftw_have_simd_avx through the dynamic linker, so the definitions below are the ones it finds. The first line
-//           of the output says which codelets its plans use. Plans are made with FFTW_PATIENT outside the timed call; the
+//           of the output says which codelets its plans use. Plans are made with FFTW_MEASURE outside the timed call; the
 //           convolution runs them in the best of several ways: one transform at the next power of two, one at the next
 //           length without large factors, or overlap-add in blocks of 2 to 64 times the shorter operand. "in call" makes
 //           and destroys FFTW_ESTIMATE plans for one transform in the call.
@@ -38,7 +38,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Best time per call of each contender. They take turns, so that a busy machine disturbs all of them alike.
+// Best time per call of each contender. They take turns, so that a busy machine disturbs all of them alike, each after a
+// call that is not timed.
 template <class... F>
 std::array<double, sizeof...(F)> race(F&&... contenders) {
   const auto elapsed = [](auto& call, int calls) {
@@ -48,11 +49,19 @@ std::array<double, sizeof...(F)> race(F&&... contenders) {
   };
   std::array<double, sizeof...(F)> best;
   best.fill(1e300);
-  const std::array<int, sizeof...(F)> calls{
-      (elapsed(contenders, 1), std::max(1, static_cast<int>(1000 / std::max(0.05, elapsed(contenders, 1)))))...};
-  for (int round = 0; round < 40; ++round) {
+  const std::array<double, sizeof...(F)> once{(elapsed(contenders, 1), elapsed(contenders, 1))...};
+  double all = 0;
+  for (const double time : once) all += std::max(time, 1000.0);
+  const int rounds = std::clamp(static_cast<int>(300000 / all), 5, 60);
+  for (int round = 0; round < rounds; ++round) {
     std::size_t i = 0;
-    ((best[i] = std::min(best[i], elapsed(contenders, calls[i]) / calls[i]), ++i), ...);
+    const auto turn = [&](auto& call) {
+      const int calls = std::max(1, static_cast<int>(1000 / std::max(0.05, once[i])));
+      elapsed(call, 1);
+      best[i] = std::min(best[i], elapsed(call, calls) / calls);
+      ++i;
+    };
+    (turn(contenders), ...);
   }
   return best;
 }
@@ -280,7 +289,7 @@ std::unique_ptr<Planned<T>> best_plan(Case<T>& c) {
   std::unique_ptr<Planned<T>> best;
   double best_time = 1e300;
   for (const std::size_t length : lengths) {
-    auto plan = std::make_unique<Planned<T>>(length, length > 300000 ? FFTW_MEASURE : FFTW_PATIENT);
+    auto plan = std::make_unique<Planned<T>>(length, FFTW_MEASURE);
     plan->run(c);
     if (!c.right()) std::puts("WRONG: FFTW");
     const double time = race([&] { plan->run(c); })[0];
@@ -315,9 +324,8 @@ void transforms(const char* type) {
     std::printf("%9zu x %-6zu", size[0], size[1]);
 #if defined(ORIN_BENCH_FFTW)
     const auto plan = best_plan(c);
-    const auto [ours, theirs, both] =
-        race([&] { kernel(c, true); }, [&] { plan->run(c); },
-             [&] { Planned<T>(power_from(c.z.size()), FFTW_ESTIMATE).run(c); });
+    const auto [ours, theirs] = race([&] { kernel(c, true); }, [&] { plan->run(c); });
+    const double both = race([&] { Planned<T>(power_from(c.z.size()), FFTW_ESTIMATE).run(c); })[0];
     planned.take(ours / theirs), in_call.take(both / ours);
     std::printf(" %12.2f %12.2f %12.2f %8.2f %8.1f", ours, theirs, both, ours / theirs, both / ours);
 #else
@@ -400,7 +408,7 @@ extern "C" int fftwf_have_simd_avx() { return 0; }
 int main(int count, char** argument) {
   const auto asked = [&](const char* part) { return count < 2 || std::strcmp(argument[1], part) == 0; };
 #if defined(ORIN_BENCH_FFTW)
-  const std::string plans = Planned<double>(4096, FFTW_PATIENT).text() + Planned<float>(4096, FFTW_PATIENT).text();
+  const std::string plans = Planned<double>(4096, FFTW_MEASURE).text() + Planned<float>(4096, FFTW_MEASURE).text();
   std::printf("FFTW's plans use SSE2 code: %s, AVX code: %s\n", plans.find("sse2") != std::string::npos ? "yes" : "no",
               plans.find("avx") != std::string::npos ? "yes" : "no");
 #endif
