@@ -29,5 +29,6 @@ void check(const char* what, bool holds);
 // The sections, in the order of the tour.
 void tour_vector_math();
 void tour_rng();
+void tour_conv(const double* series, int count);
 
 #endif

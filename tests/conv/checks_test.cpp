@@ -135,11 +135,19 @@ TEST_P(Checks, ExtentsAreMathematical) {
   Instance run(Problem::full(row.correlation, 1, {5}, {3}), row, 1);
   Call call{run.problem, run.x.data(), run.y.data(), run.z.data()};
   for (const int method : {0, 1}) {
-    for (const auto& [start, length, decimation, status] :
-         {std::array{last, 1, 1, 0}, {last, 1, largest, 0}, {last, 2, 1, -2303}, {first, 2, last - first, 0},
-          {first, 2, last - first + 1, -2303}, {first, 1, largest, 0}, {first, largest, largest, -2303},
-          {first, largest, 1, -2303}, {last, largest, 2, -2303}, {first - 1, 1, 1, -2302}, {last + 1, 1, 1, -2302},
-          {largest, largest, largest, -2302}, {-largest - 1, 1, 1, -2302}}) {
+    for (const auto& [start, length, decimation, status] : {std::array{last, 1, 1, 0},
+                                                            {last, 1, largest, 0},
+                                                            {last, 2, 1, -2303},
+                                                            {first, 2, last - first, 0},
+                                                            {first, 2, last - first + 1, -2303},
+                                                            {first, 1, largest, 0},
+                                                            {first, largest, largest, -2303},
+                                                            {first, largest, 1, -2303},
+                                                            {last, largest, 2, -2303},
+                                                            {first - 1, 1, 1, -2302},
+                                                            {last + 1, 1, 1, -2302},
+                                                            {largest, largest, largest, -2302},
+                                                            {-largest - 1, 1, 1, -2302}}) {
       call.p.start[0] = start, call.p.l[0] = length, call.p.decimation[0] = decimation;
       EXPECT_EQ(call.one(row, method), status) << start << ' ' << length << ' ' << decimation;
       EXPECT_EQ(call.all(row, method), status) << start << ' ' << length << ' ' << decimation;
@@ -147,7 +155,8 @@ TEST_P(Checks, ExtentsAreMathematical) {
     // Broadcast operands whose lengths add up beyond 32 bits: the positions exist, the memory does not.
     Problem huge = run.problem;
     huge.n[0] = huge.m[0] = largest;
-    huge.xs[0] = huge.ys[0] = 0, huge.l[0] = 1, huge.decimation[0] = 1, huge.start[0] = row.correlation ? 0 : largest - 1;
+    huge.xs[0] = huge.ys[0] = 0, huge.l[0] = 1, huge.decimation[0] = 1,
+    huge.start[0] = row.correlation ? 0 : largest - 1;
     if (method == 1) {
       EXPECT_EQ((Call{huge, run.x.data(), run.y.data(), run.z.data()}.one(row, method)), -2001);
     }

@@ -45,11 +45,11 @@ TYPED_TEST(Engine, TakesTransformsFromTheThresholdsOn) {
     EXPECT_LE(asked, 1);
     return asked > 0;
   };
-  EXPECT_FALSE(needs_memory(300, 200));   // F = 499
-  EXPECT_FALSE(needs_memory(256, 256));   // F = 511
-  EXPECT_TRUE(needs_memory(257, 256));    // F = 512
+  EXPECT_FALSE(needs_memory(300, 200));  // F = 499
+  EXPECT_FALSE(needs_memory(256, 256));  // F = 511
+  EXPECT_TRUE(needs_memory(257, 256));   // F = 512
   EXPECT_TRUE(needs_memory(256, 257));
-  EXPECT_FALSE(needs_memory(448, 64));    // F = 511
+  EXPECT_FALSE(needs_memory(448, 64));  // F = 511
   EXPECT_TRUE(needs_memory(449, 64));
   EXPECT_FALSE(needs_memory(20000, 63));
   EXPECT_FALSE(needs_memory(63, 20000));
@@ -59,9 +59,21 @@ TYPED_TEST(Engine, TakesTransformsFromTheThresholdsOn) {
 // Cyclic wrap, block offsets and pieces: integers that every step represents, one impulse train over another.
 TYPED_TEST(Engine, PlacesEveryBlockAndPiece) {
   using T = TypeParam;
-  for (const auto& [na, nb] : {std::pair{191, 64}, {192, 64}, {193, 64}, {1000, 100}, {100, 1000}, {4096, 50}, {4097, 50},
-                               {8193, 63}, {12289, 20}, {5000, 129}, {3 * 413, 100}, {3 * 413 + 1, 100}, {600, 400}}) {
-    std::vector<T> a(static_cast<std::size_t>(na)), b(static_cast<std::size_t>(nb)), out(a.size() + b.size() - 1, T(-1));
+  for (const auto& [na, nb] : {std::pair{191, 64},
+                               {192, 64},
+                               {193, 64},
+                               {1000, 100},
+                               {100, 1000},
+                               {4096, 50},
+                               {4097, 50},
+                               {8193, 63},
+                               {12289, 20},
+                               {5000, 129},
+                               {3 * 413, 100},
+                               {3 * 413 + 1, 100},
+                               {600, 400}}) {
+    std::vector<T> a(static_cast<std::size_t>(na)), b(static_cast<std::size_t>(nb)),
+        out(a.size() + b.size() - 1, T(-1));
     std::vector<double> exact(out.size());
     for (std::size_t i = 0; i < a.size(); i += 37) a[i] = static_cast<T>(1 + i % 5);
     a.back() = 3;
@@ -71,7 +83,8 @@ TYPED_TEST(Engine, PlacesEveryBlockAndPiece) {
       for (std::size_t k = 0; k < b.size(); ++k) exact[i + k] += static_cast<double>(a[i]) * static_cast<double>(b[k]);
     ASSERT_EQ((full_convolution<T, 1>(a.data(), a.size(), b.data(), b.size(), out.data())), 0);
     for (std::size_t i = 0; i < out.size(); ++i)
-      ASSERT_NEAR(static_cast<double>(out[i]), exact[i], sizeof(T) == 4 ? 1e-3 : 1e-11) << na << " x " << nb << " at " << i;
+      ASSERT_NEAR(static_cast<double>(out[i]), exact[i], sizeof(T) == 4 ? 1e-3 : 1e-11)
+          << na << " x " << nb << " at " << i;
   }
 }
 
@@ -92,7 +105,8 @@ double error_in_units(std::size_t na, std::size_t nb) {
   for (std::size_t s = 0; s < samples; ++s) {
     const std::size_t j = s * (na + nb - 2) / (samples - 1);
     std::complex<long double> sum = 0;
-    for (std::size_t k = j >= nb ? j - nb + 1 : 0; k <= std::min(j, na - 1); ++k) sum += element(a, k) * element(b, j - k);
+    for (std::size_t k = j >= nb ? j - nb + 1 : 0; k <= std::min(j, na - 1); ++k)
+      sum += element(a, k) * element(b, j - k);
     difference += std::norm(element(out, j) - sum);
     norm += std::norm(sum);
   }
@@ -101,8 +115,15 @@ double error_in_units(std::size_t na, std::size_t nb) {
 
 TYPED_TEST(Engine, ErrorStaysWithinItsBound) {
   using T = TypeParam;
-  for (const auto& [na, nb] : {std::pair{449, 64}, {1000, 100}, {600, 400}, {1024, 1024}, {2500, 1500}, {10000, 8000},
-                               {40000, 30000}, {100000, 1000}, {70000, 65000}}) {
+  for (const auto& [na, nb] : {std::pair{449, 64},
+                               {1000, 100},
+                               {600, 400},
+                               {1024, 1024},
+                               {2500, 1500},
+                               {10000, 8000},
+                               {40000, 30000},
+                               {100000, 1000},
+                               {70000, 65000}}) {
     const auto a = static_cast<std::size_t>(na), b = static_cast<std::size_t>(nb);
     const double real = error_in_units<T, 1>(a, b), complex = error_in_units<T, 2>(a / 2, b / 2 + 32);
     const double bound = 10 * std::log2(static_cast<double>(na + nb));
@@ -112,7 +133,8 @@ TYPED_TEST(Engine, ErrorStaysWithinItsBound) {
   }
 }
 
-// Every factor of a deep transform beside the extended sine and cosine: constants to the nearest, later ones within 1.1 u.
+// Every factor of a deep transform beside the extended sine and cosine: constants to the nearest, later ones within 1.1
+// u.
 TYPED_TEST(Engine, TwiddlesAreAccurate) {
   using T = TypeParam;
   using Block = orin::conv::TwiddleBlock<T>;

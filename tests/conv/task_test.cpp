@@ -17,9 +17,11 @@ class Tasks : public testing::Test {
     EXPECT_EQ(__junDeleteTask(&task), 0);
     EXPECT_EQ(faulty_core::live_blocks(), blocks_);
   }
-  void create(std::int32_t kind, std::int32_t mode, std::int32_t value_class, std::int32_t precision, const Problem& p) {
+  void create(std::int32_t kind, std::int32_t mode, std::int32_t value_class, std::int32_t precision,
+              const Problem& p) {
     ASSERT_EQ(__junDeleteTask(&task), 0);
-    ASSERT_EQ(__junNewTask(&task, kind, 77, mode, value_class, precision, p.dims, p.n.data(), p.m.data(), p.l.data()), 0);
+    ASSERT_EQ(__junNewTask(&task, kind, 77, mode, value_class, precision, p.dims, p.n.data(), p.m.data(), p.l.data()),
+              0);
   }
 
   ConvTask* task = nullptr;
@@ -251,7 +253,8 @@ TEST_F(Tasks, RunTheirKernels) {
         create(row.correlation ? 2 : 1, mode, row.complex_data ? 2 : 1, row.single_data ? 1 : 2, p);
         const std::int32_t internal = row.single_sums ? 1 : 2;
         ASSERT_EQ(__junEditTask(task, 9, &internal), 0);
-        ASSERT_EQ(__junExec(task, by_task.x.data(), nullptr, by_task.y.data(), p.ys.data(), by_task.z.data(), nullptr), 0);
+        ASSERT_EQ(__junExec(task, by_task.x.data(), nullptr, by_task.y.data(), p.ys.data(), by_task.z.data(), nullptr),
+                  0);
         EXPECT_EQ(by_task.z.content(), by_kernel.z.content()) << row.name << " dims " << dims << " mode " << mode;
         task->fixed_x = by_fixed.x.data();
         ASSERT_EQ(__junExecX(task, by_fixed.y.data(), nullptr, by_fixed.z.data(), p.zs.data()), 0);
