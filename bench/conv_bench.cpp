@@ -1,15 +1,17 @@
 // conv_bench: full convolutions beside FFTW held to SSE2 and beside a tuned direct loop.
 // SPDX-License-Identifier: MIT
 //
-// Method    minimum over rounds of the mean time of a call, contenders taking turns, inputs uniform in -1..1, warm caches; every result is compared
+// Method    minimum over rounds of the mean time of a call, contenders taking turns, inputs uniform in -1..1, warm
+// caches; every result is compared
 //           with a plain sum at sampled outputs first, and the row prints WRONG if it is off.
 // FFTW      is asked for SSE2 code by answering its own question whether the processor has AVX: the library calls
-//           fftw_have_simd_avx through the dynamic linker, so the definitions below are the ones it finds. The first line
-//           of the output says which codelets its plans use. Plans are made with FFTW_PATIENT outside the timed call; the
-//           convolution runs them in the best of several ways: one transform at the next power of two, one at the next
-//           length without large factors, or overlap-add in blocks of 2 to 64 times the shorter operand. "in call" makes
-//           and destroys FFTW_ESTIMATE plans for one transform in the call.
-// Loop      eight registers of outputs per tap, over a padded copy and taps spread over vectors, which it makes in the call
+//           fftw_have_simd_avx through the dynamic linker, so the definitions below are the ones it finds. The first
+//           line of the output says which codelets its plans use. Plans are made with FFTW_MEASURE outside the timed
+//           call; the convolution runs them in the best of several ways: one transform at the next power of two, one at
+//           the next length without large factors, or overlap-add in blocks of 2 to 64 times the shorter operand. "in
+//           call" makes and destroys FFTW_ESTIMATE plans for one transform in the call.
+// Loop      eight registers of outputs per tap, over a padded copy and taps spread over vectors, which it makes in the
+// call
 //           in memory that it keeps.
 // Argument  direct, fft or planes: that part alone.
 // 32 bits   the Windows build has no FFTW: only the module and the loop are timed.
@@ -38,7 +40,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Best time per call of each contender. They take turns, so that a busy machine disturbs all of them alike.
+// Best time per call of each contender. They take turns, so that a busy machine disturbs all of them alike, each after
+// a call that is not timed.
 template <class... F>
 std::array<double, sizeof...(F)> race(F&&... contenders) {
   const auto elapsed = [](auto& call, int calls) {
@@ -48,11 +51,19 @@ std::array<double, sizeof...(F)> race(F&&... contenders) {
   };
   std::array<double, sizeof...(F)> best;
   best.fill(1e300);
-  const std::array<int, sizeof...(F)> calls{
-      (elapsed(contenders, 1), std::max(1, static_cast<int>(1000 / std::max(0.05, elapsed(contenders, 1)))))...};
-  for (int round = 0; round < 40; ++round) {
+  const std::array<double, sizeof...(F)> once{(elapsed(contenders, 1), elapsed(contenders, 1))...};
+  double all = 0;
+  for (const double time : once) all += std::max(time, 1000.0);
+  const int rounds = std::clamp(static_cast<int>(300000 / all), 5, 60);
+  for (int round = 0; round < rounds; ++round) {
     std::size_t i = 0;
-    ((best[i] = std::min(best[i], elapsed(contenders, calls[i]) / calls[i]), ++i), ...);
+    const auto turn = [&](auto& call) {
+      const int calls = std::max(1, static_cast<int>(1000 / std::max(0.05, once[i])));
+      elapsed(call, 1);
+      best[i] = std::min(best[i], elapsed(call, calls) / calls);
+      ++i;
+    };
+    (turn(contenders), ...);
   }
   return best;
 }
@@ -194,8 +205,10 @@ class Planned {
 
  public:
   Planned(std::size_t length, unsigned effort)
-      : length_(length), bins_(length / 2 + 1),
-        a_(static_cast<T*>(F::allocate(length * sizeof(T)))), b_(static_cast<T*>(F::allocate(length * sizeof(T)))),
+      : length_(length),
+        bins_(length / 2 + 1),
+        a_(static_cast<T*>(F::allocate(length * sizeof(T)))),
+        b_(static_cast<T*>(F::allocate(length * sizeof(T)))),
         fa_(static_cast<typename F::Complex*>(F::allocate(bins_ * 2 * sizeof(T)))),
         fb_(static_cast<typename F::Complex*>(F::allocate(bins_ * 2 * sizeof(T)))),
         forward_a_(F::forward(static_cast<int>(length), a_, fa_, effort)),
@@ -280,7 +293,7 @@ std::unique_ptr<Planned<T>> best_plan(Case<T>& c) {
   std::unique_ptr<Planned<T>> best;
   double best_time = 1e300;
   for (const std::size_t length : lengths) {
-    auto plan = std::make_unique<Planned<T>>(length, length > 300000 ? FFTW_MEASURE : FFTW_PATIENT);
+    auto plan = std::make_unique<Planned<T>>(length, FFTW_MEASURE);
     plan->run(c);
     if (!c.right()) std::puts("WRONG: FFTW");
     const double time = race([&] { plan->run(c); })[0];
@@ -302,9 +315,9 @@ struct Means {
 
 template <class T>
 void transforms(const char* type) {
-  constexpr std::size_t sizes[][2] = {{600, 400},     {1000, 100},   {4096, 4096},     {100000, 1000},
-                                      {1000000, 64},  {1000000, 10000}, {512, 512},    {2048, 2048},
-                                      {16384, 16384}, {10000, 100},  {20000, 500}};
+  constexpr std::size_t sizes[][2] = {{600, 400},     {1000, 100},      {4096, 4096}, {100000, 1000},
+                                      {1000000, 64},  {1000000, 10000}, {512, 512},   {2048, 2048},
+                                      {16384, 16384}, {10000, 100},     {20000, 500}};
   Means planned, in_call;
   std::printf("\n%s by FFT, microseconds per call\n%18s %12s %12s %12s %8s %8s\n", type, "N x M", "module", "FFTW SSE2",
               "plan in call", "ratio", "ratio");
@@ -315,9 +328,8 @@ void transforms(const char* type) {
     std::printf("%9zu x %-6zu", size[0], size[1]);
 #if defined(ORIN_BENCH_FFTW)
     const auto plan = best_plan(c);
-    const auto [ours, theirs, both] =
-        race([&] { kernel(c, true); }, [&] { plan->run(c); },
-             [&] { Planned<T>(power_from(c.z.size()), FFTW_ESTIMATE).run(c); });
+    const auto [ours, theirs] = race([&] { kernel(c, true); }, [&] { plan->run(c); });
+    const double both = race([&] { Planned<T>(power_from(c.z.size()), FFTW_ESTIMATE).run(c); })[0];
     planned.take(ours / theirs), in_call.take(both / ours);
     std::printf(" %12.2f %12.2f %12.2f %8.2f %8.1f", ours, theirs, both, ours / theirs, both / ours);
 #else
@@ -333,9 +345,11 @@ void transforms(const char* type) {
 
 template <class T>
 void direct_sums(const char* type) {
-  constexpr std::size_t sizes[][2] = {{100, 100}, {300, 30}, {600, 400}, {1000, 100}, {4096, 16}, {100000, 64}, {1000000, 64}};
+  constexpr std::size_t sizes[][2] = {{100, 100}, {300, 30},    {600, 400},   {1000, 100},
+                                      {4096, 16}, {100000, 64}, {1000000, 64}};
   Means means;
-  std::printf("\n%s by direct sums, microseconds per call\n%18s %12s %12s %8s\n", type, "N x M", "module", "loop", "ratio");
+  std::printf("\n%s by direct sums, microseconds per call\n%18s %12s %12s %8s\n", type, "N x M", "module", "loop",
+              "ratio");
   for (const auto& size : sizes) {
     Case<T> c(size[0], size[1]);
     Loop<T> loop(c);
@@ -345,7 +359,8 @@ void direct_sums(const char* type) {
     const bool right = c.right();
     const auto [ours, theirs] = race([&] { kernel(c, false); }, [&] { loop.run(c); });
     means.take(ours / theirs);
-    std::printf("%9zu x %-6zu %12.2f %12.2f %8.2f%s\n", size[0], size[1], ours, theirs, ours / theirs, right ? "" : " WRONG");
+    std::printf("%9zu x %-6zu %12.2f %12.2f %8.2f%s\n", size[0], size[1], ours, theirs, ours / theirs,
+                right ? "" : " WRONG");
   }
   std::printf("geometric mean: module / loop %.2f (worst %.2f)\n", means.mean(), means.worst);
 }
@@ -353,11 +368,12 @@ void direct_sums(const char* type) {
 #if defined(ORIN_BENCH_FFTW)
 // Planes: the module beside FFTW's two-dimensional transforms at the next smooth lengths, double.
 void planes() {
-  std::printf("\ndouble, two dimensions by FFT, microseconds per call\n%24s %12s %12s %8s\n", "N x M", "module", "FFTW SSE2",
-              "ratio");
+  std::printf("\ndouble, two dimensions by FFT, microseconds per call\n%24s %12s %12s %8s\n", "N x M", "module",
+              "FFTW SSE2", "ratio");
   for (const auto& size : {std::pair{512, 15}, {1024, 64}, {200, 40}}) {
     const std::int32_t n[2] = {size.first, size.first}, m[2] = {size.second, size.second};
-    const std::int32_t l[2] = {n[0] + m[0] - 1, n[0] + m[0] - 1}, xs[2] = {1, n[0]}, ys[2] = {1, m[0]}, zs[2] = {1, l[0]};
+    const std::int32_t l[2] = {n[0] + m[0] - 1, n[0] + m[0] - 1}, xs[2] = {1, n[0]}, ys[2] = {1, m[0]},
+                       zs[2] = {1, l[0]};
     const std::int32_t zero[2] = {0, 0}, one[2] = {1, 1};
     std::vector<double> x(static_cast<std::size_t>(n[0]) * static_cast<std::size_t>(n[0]), 0.5),
         y(static_cast<std::size_t>(m[0]) * static_cast<std::size_t>(m[0]), 0.25),
@@ -366,7 +382,8 @@ void planes() {
     const auto total = static_cast<std::size_t>(p) * static_cast<std::size_t>(2 * bins);
     double *a = fftw_alloc_real(total), *b = fftw_alloc_real(total);
     auto *fa = reinterpret_cast<fftw_complex*>(a), *fb = reinterpret_cast<fftw_complex*>(b);
-    fftw_plan pa = fftw_plan_dft_r2c_2d(p, p, a, fa, FFTW_MEASURE), pb = fftw_plan_dft_r2c_2d(p, p, b, fb, FFTW_MEASURE),
+    fftw_plan pa = fftw_plan_dft_r2c_2d(p, p, a, fa, FFTW_MEASURE),
+              pb = fftw_plan_dft_r2c_2d(p, p, b, fb, FFTW_MEASURE),
               back = fftw_plan_dft_c2r_2d(p, p, fa, a, FFTW_MEASURE);
     const auto module = [&] { _junConvDDFftAll_dec(2, x.data(), n, xs, y.data(), m, ys, z.data(), l, zs, zero, one); };
     const auto peer = [&] {
@@ -400,7 +417,7 @@ extern "C" int fftwf_have_simd_avx() { return 0; }
 int main(int count, char** argument) {
   const auto asked = [&](const char* part) { return count < 2 || std::strcmp(argument[1], part) == 0; };
 #if defined(ORIN_BENCH_FFTW)
-  const std::string plans = Planned<double>(4096, FFTW_PATIENT).text() + Planned<float>(4096, FFTW_PATIENT).text();
+  const std::string plans = Planned<double>(4096, FFTW_MEASURE).text() + Planned<float>(4096, FFTW_MEASURE).text();
   std::printf("FFTW's plans use SSE2 code: %s, AVX code: %s\n", plans.find("sse2") != std::string::npos ? "yes" : "no",
               plans.find("avx") != std::string::npos ? "yes" : "no");
 #endif

@@ -21,7 +21,8 @@ bool any_below_one(std::int32_t dims, const std::int32_t* shape) {
 
 std::int32_t check(const Arguments& a, Kind kind) {
   if (a.dims < 1 || a.dims > max_dims) return ORIN_CONV_NOT_IMPLEMENTED;
-  for (const std::int32_t* list : {a.xshape, a.xstride, a.yshape, a.ystride, a.zshape, a.zstride, a.start, a.decimation})
+  for (const std::int32_t* list :
+       {a.xshape, a.xstride, a.yshape, a.ystride, a.zshape, a.zstride, a.start, a.decimation})
     if (list == nullptr) return ORIN_CONV_NOT_IMPLEMENTED;
 
   if (a.x == nullptr) return ORIN_CONV_NULL_X;
@@ -41,8 +42,7 @@ std::int32_t check(const Arguments& a, Kind kind) {
   if (any_dimension(a.dims, [&](std::int32_t d) { return a.start[d] < first(d) || a.start[d] >= end(d); }))
     return ORIN_CONV_BAD_START;
   if (any_dimension(a.dims, [&](std::int32_t d) {
-        return a.decimation[d] < 1 ||
-               (std::int64_t{a.zshape[d]} - 1) * a.decimation[d] + a.start[d] >= end(d);
+        return a.decimation[d] < 1 || (std::int64_t{a.zshape[d]} - 1) * a.decimation[d] + a.start[d] >= end(d);
       }))
     return ORIN_CONV_BAD_EXTENT;
   return ORIN_CONV_OK;

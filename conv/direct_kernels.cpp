@@ -3,9 +3,9 @@
 //
 // Order     test the arguments; choose the operand that slides (the taps); pack what pays to be packed; sum.
 // Packing   a copy costs one pass over the operand. One dimension, convolution: the taps (the shorter operand) always,
-//           reversed, the other one unless it is dense or few outputs are asked for. Correlation: nothing when few outputs
-//           are asked for, else every operand that is not dense. More dimensions: taps always, the source unless its rows
-//           are dense.
+//           reversed, the other one unless it is dense or few outputs are asked for. Correlation: nothing when few
+//           outputs are asked for, else every operand that is not dense. More dimensions: taps always, the source
+//           unless its rows are dense.
 #include "conv/direct.h"
 #include "conv/kernel_definitions.h"
 #include "conv/sliding.h"

@@ -20,8 +20,8 @@ constexpr std::int32_t engine_bad_length = -6;
 constexpr std::int32_t engine_null_pointer = -8;
 constexpr std::int32_t engine_no_memory = -9;
 
-// out[0 .. na + nb - 2] = a * b; elements of Parts scalars (1 real, 2 complex). `out` overlaps neither operand. Returns 0,
-// engine_null_pointer, engine_bad_length or engine_no_memory.
+// out[0 .. na + nb - 2] = a * b; elements of Parts scalars (1 real, 2 complex). `out` overlaps neither operand. Returns
+// 0, engine_null_pointer, engine_bad_length or engine_no_memory.
 template <class T, std::size_t Parts>
 std::int32_t full_convolution(const T* a, std::size_t na, const T* b, std::size_t nb, T* out);
 

@@ -21,18 +21,19 @@ struct Kernels {
   decltype(&_junConvSSDirect1D_nodec) direct_without_decimation;
 };
 
-#define ORIN_CONV_ALL(kind, pair) {_jun##kind##pair##DirectAll_dec, _jun##kind##pair##FftAll_dec}
+#define ORIN_CONV_ALL(kind, pair) \
+  { _jun##kind##pair##DirectAll_dec, _jun##kind##pair##FftAll_dec }
 #define ORIN_CONV_ROW(kind, pair, nodec) \
   { {_jun##kind##pair##Direct1D_dec, _jun##kind##pair##Fft1D_dec}, ORIN_CONV_ALL(kind, pair), nodec }
 // Double data summed in single precision: no kernel for one dimension, the double one for more.
 #define ORIN_CONV_MISMATCH(kind, pair) \
   { {nullptr, nullptr}, ORIN_CONV_ALL(kind, pair), nullptr }
-#define ORIN_CONV_TABLE(kind)                                                                              \
-  {                                                                                                        \
-    {ORIN_CONV_ROW(kind, SS, _jun##kind##SSDirect1D_nodec), ORIN_CONV_ROW(kind, SD, nullptr),              \
-     ORIN_CONV_ROW(kind, DD, nullptr), ORIN_CONV_MISMATCH(kind, DD)},                                      \
-    {ORIN_CONV_ROW(kind, CC, nullptr), ORIN_CONV_ROW(kind, CZ, nullptr), ORIN_CONV_ROW(kind, ZZ, nullptr), \
-     ORIN_CONV_MISMATCH(kind, ZZ)},                                                                        \
+#define ORIN_CONV_TABLE(kind)                                                                                  \
+  {                                                                                                            \
+    {ORIN_CONV_ROW(kind, SS, _jun##kind##SSDirect1D_nodec), ORIN_CONV_ROW(kind, SD, nullptr),                  \
+     ORIN_CONV_ROW(kind, DD, nullptr), ORIN_CONV_MISMATCH(kind, DD)},                                          \
+        {ORIN_CONV_ROW(kind, CC, nullptr), ORIN_CONV_ROW(kind, CZ, nullptr), ORIN_CONV_ROW(kind, ZZ, nullptr), \
+         ORIN_CONV_MISMATCH(kind, ZZ)},                                                                        \
   }
 
 constexpr Kernels kernel_table[2][2][4] = {ORIN_CONV_TABLE(Conv), ORIN_CONV_TABLE(Corr)};
@@ -77,7 +78,9 @@ std::int32_t run(const ConvTask& task, const void* x, const std::int32_t* given_
   std::int32_t decimation[max_dims], start[max_dims];
   for (std::int32_t d = 0; d < task.dims; ++d) {
     decimation[d] = task.decimation != nullptr ? task.decimation[d] : 1;
-    start[d] = task.start != nullptr ? task.start[d] : kind == Kind::convolution ? 0 : static_cast<std::int32_t>(std::int64_t{1} - task.xshape[d]);
+    start[d] = task.start != nullptr       ? task.start[d]
+               : kind == Kind::convolution ? 0
+                                           : static_cast<std::int32_t>(std::int64_t{1} - task.xshape[d]);
   }
   if (!xstride.representable || !ystride.representable || !zstride.representable) {
     const std::int32_t status = check({task.dims, x, task.xshape, xstride.list, y, task.yshape, ystride.list, z,

@@ -1,11 +1,11 @@
 // fft_kernels.cpp: convolution and correlation through the engine's full result.
 // SPDX-License-Identifier: MIT
 //
-// Order     test the arguments; bring the operands into contiguous arrays; full result; gather z[i] = full[start + i D].
-// Kinds     a correlation is the convolution with x reversed, its positions counted from 0.
-// Dimensions are joined into one: with rows padded to the length of the result's rows (and planes to its planes), the
-//           convolution of the flat sequences holds the full result in order. Small results, and operands of few elements,
-//           are summed directly.
+// Order     test the arguments; bring the operands into contiguous arrays; full result; gather z[i] = full[start + i
+// D]. Kinds     a correlation is the convolution with x reversed, its positions counted from 0. Dimensions are joined
+// into one: with rows padded to the length of the result's rows (and planes to its planes), the
+//           convolution of the flat sequences holds the full result in order. Small results, and operands of few
+//           elements, are summed directly.
 #include <algorithm>
 #include <type_traits>
 
@@ -41,7 +41,8 @@ class Flat {
   [[nodiscard]] bool make(const View<const typename P::Data>& view, const Full& full) {
     length = 1;
     std::size_t pitch = 1;
-    for (int d = 0; d < full.dims; pitch *= full.shape[d++]) length += (static_cast<std::size_t>(view.shape[d]) - 1) * pitch;
+    for (int d = 0; d < full.dims; pitch *= full.shape[d++])
+      length += (static_cast<std::size_t>(view.shape[d]) - 1) * pitch;
     if constexpr (std::is_same_v<typename P::Data, Sum>) {
       if (full.dims == 1 && view.stride[0] == static_cast<std::ptrdiff_t>(P::parts)) {
         data = view.origin;

@@ -33,7 +33,7 @@ constexpr Root root_of_unity(std::uint32_t numerator, std::uint32_t denominator)
     term *= -x / static_cast<long double>(k + 2);
   }
 
-  const bool swapped = (octant + 1) / 2 % 2 == 1;         // octants 1, 2, 5, 6: nearer to the imaginary axis
+  const bool swapped = (octant + 1) / 2 % 2 == 1;  // octants 1, 2, 5, 6: nearer to the imaginary axis
   const long double re = swapped ? sine : cosine;
   const long double im = swapped ? cosine : sine;
   return {octant >= 2 && octant < 6 ? -re : re, octant >= 4 ? -im : im};

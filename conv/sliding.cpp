@@ -12,8 +12,8 @@ namespace orin::conv {
 
 namespace {
 
-// Registers that a tile accumulates in. Six independent sums hide the latency of the adder and, with a tap and a product,
-// fill the eight registers of the 32-bit build; eight amortise a tile's fixed cost better.
+// Registers that a tile accumulates in. Six independent sums hide the latency of the adder and, with a tap and a
+// product, fill the eight registers of the 32-bit build; eight amortise a tile's fixed cost better.
 constexpr std::size_t tile_registers = sizeof(void*) == 8 ? 8 : 6;
 constexpr std::size_t group_tiles = 32;
 constexpr std::size_t chunk_taps = 128;
@@ -22,16 +22,16 @@ constexpr std::size_t chunk_taps = 128;
 template <class P>
 struct Tiling {
   using Lanes = Simd<typename P::Sum>;
-  static constexpr std::size_t vectors = tile_registers / P::parts;                  // of outputs in a tile
-  static constexpr std::size_t tile_scalars = vectors * Lanes::lanes;                // of outputs in a tile
+  static constexpr std::size_t vectors = tile_registers / P::parts;    // of outputs in a tile
+  static constexpr std::size_t tile_scalars = vectors * Lanes::lanes;  // of outputs in a tile
   static constexpr std::size_t tile_outputs = tile_scalars / P::parts;
   static constexpr std::size_t group_outputs = group_tiles * tile_outputs;
-  static constexpr std::size_t tile_sums = tile_registers * Lanes::lanes;            // scalars that a tile accumulates
-  static constexpr std::size_t tap_scalars = P::parts * Lanes::lanes;                // of a tap spread over vectors
+  static constexpr std::size_t tile_sums = tile_registers * Lanes::lanes;  // scalars that a tile accumulates
+  static constexpr std::size_t tap_scalars = P::parts * Lanes::lanes;      // of a tap spread over vectors
 };
 
-// sums += tap x for `count` taps; fresh sums start from zero. Real: sums[r] belongs to output vector r. Complex: sums[2 r]
-// takes the real parts of the taps, sums[2 r + 1] the imaginary ones.
+// sums += tap x for `count` taps; fresh sums start from zero. Real: sums[r] belongs to output vector r. Complex: sums[2
+// r] takes the real parts of the taps, sums[2 r + 1] the imaginary ones.
 template <class P, bool Fresh>
 void accumulate_tile(typename P::Sum* sums, const typename P::Sum* taps, const typename P::Sum* x, std::size_t count) {
   using Sum = typename P::Sum;
@@ -45,8 +45,9 @@ void accumulate_tile(typename P::Sum* sums, const typename P::Sum* taps, const t
     asm("" : "+r"(at));
     if constexpr (P::parts == 1) {
       const auto h = Lanes::load(tap);
-      unrolled<tile_registers>(
-          [&](auto r) __attribute__((always_inline)) { sum[r] = sum[r] + h * Lanes::load_any(at + r * Lanes::lanes); });
+      unrolled<tile_registers>([&](auto r) __attribute__((always_inline)) {
+        sum[r] = sum[r] + h * Lanes::load_any(at + r * Lanes::lanes);
+      });
     } else {
       const auto re = Lanes::load(tap), im = Lanes::load(tap + Lanes::lanes);
       unrolled<tile_registers / 2>([&](auto r) __attribute__((always_inline)) {
@@ -62,7 +63,8 @@ void accumulate_tile(typename P::Sum* sums, const typename P::Sum* taps, const t
     take(taps + tap_scalars, x + P::parts);
   }
   if (count > 0) take(taps, x);
-  unrolled<tile_registers>([&](auto r) __attribute__((always_inline)) { Lanes::store(sums + r * Lanes::lanes, sum[r]); });
+  unrolled<tile_registers>([&](auto r)
+                               __attribute__((always_inline)) { Lanes::store(sums + r * Lanes::lanes, sum[r]); });
 }
 
 // The outputs of a tile, in order, one vector after the other: f(place among the scalars, vector).
@@ -117,14 +119,14 @@ class Group {
       const std::size_t here = std::min(count, T::tile_outputs);
       if (dense && here == T::tile_outputs) {
         if constexpr (std::is_same_v<Data, Sum>)
-          finish_tile<P>(sums, [&](std::size_t at, auto v) __attribute__((always_inline)) {
-            Lanes::store_any(out + at, add ? Lanes::load_any(out + at) + v : v);
-          });
+          finish_tile<P>(
+              sums, [&](std::size_t at, auto v) __attribute__((always_inline)) {
+                Lanes::store_any(out + at, add ? Lanes::load_any(out + at) + v : v);
+              });
       } else {
         alignas(16) Sum outputs[T::tile_scalars];
-        finish_tile<P>(sums, [&](std::size_t at, auto v) __attribute__((always_inline)) {
-          Lanes::store(outputs + at, v);
-        });
+        finish_tile<P>(
+            sums, [&](std::size_t at, auto v) __attribute__((always_inline)) { Lanes::store(outputs + at, v); });
         Data* to = out;
         for (const Sum *from = outputs, *end = from + here * P::parts; from != end; to += stride)
           for (std::size_t p = 0; p < P::parts; ++p, ++from)
@@ -146,7 +148,8 @@ class Group {
     // Taps outside this range meet the source at no output of the group.
     const std::int64_t begin = std::max<std::int64_t>(0, valid_begin - outputs + 1);
     const std::int64_t end = std::min(taps.count, valid_end);
-    const bool in_place = std::is_same_v<Data, Sum> && step == 1 && source.stride == static_cast<std::ptrdiff_t>(P::parts);
+    const bool in_place =
+        std::is_same_v<Data, Sum> && step == 1 && source.stride == static_cast<std::ptrdiff_t>(P::parts);
     for (std::int64_t k = begin; k < end; k += chunk_taps) {
       const std::int64_t count = std::min<std::int64_t>(chunk_taps, end - k);
       spread(taps, k, count);
@@ -160,7 +163,8 @@ class Group {
       const auto accumulate = fresh_ ? accumulate_tile<P, true> : accumulate_tile<P, false>;
       for (std::size_t tile = 0; tile < tiles_; ++tile) {
         const auto offset = static_cast<std::int64_t>(tile * T::tile_outputs);
-        const std::int64_t from = std::clamp<std::int64_t>(valid_begin - k - offset - static_cast<std::int64_t>(T::tile_outputs) + 1, 0, count);
+        const std::int64_t from = std::clamp<std::int64_t>(
+            valid_begin - k - offset - static_cast<std::int64_t>(T::tile_outputs) + 1, 0, count);
         const std::int64_t to = std::clamp<std::int64_t>(valid_end - k - offset, from, count);
         accumulate(sums_ + tile * T::tile_sums, spread_ + static_cast<std::size_t>(from) * T::tap_scalars,
                    x + P::parts * static_cast<std::size_t>(offset + from), static_cast<std::size_t>(to - from));

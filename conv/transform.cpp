@@ -81,9 +81,11 @@ template <class T>
 void split_pass(T* p, std::size_t blocks, std::size_t length, const TwiddleBlock<T>* twiddle) {
   const std::size_t quarter = length / 4 * group<T>;
   for (const TwiddleBlock<T>* end = twiddle + blocks; twiddle != end; ++twiddle, p += 3 * quarter) {
-    const Lanes<T> w1 = factor<T>(twiddle->power[0]), w2 = factor<T>(twiddle->power[1]), w3 = factor<T>(twiddle->power[2]);
+    const Lanes<T> w1 = factor<T>(twiddle->power[0]), w2 = factor<T>(twiddle->power[1]),
+                   w3 = factor<T>(twiddle->power[2]);
     for (const T* stop = p + quarter; p != stop; p += group<T>) {
-      const Quarters<T> b = split(load(p), load(p + quarter) * w1, load(p + 2 * quarter) * w2, load(p + 3 * quarter) * w3);
+      const Quarters<T> b =
+          split(load(p), load(p + quarter) * w1, load(p + 2 * quarter) * w2, load(p + 3 * quarter) * w3);
       store(p, b.a0);
       store(p + quarter, b.a1);
       store(p + 2 * quarter, b.a2);
@@ -97,7 +99,8 @@ template <class T>
 void join_pass(T* p, std::size_t blocks, std::size_t length, const TwiddleBlock<T>* twiddle) {
   const std::size_t quarter = length / 4 * group<T>;
   for (const TwiddleBlock<T>* end = twiddle + blocks; twiddle != end; ++twiddle, p += 3 * quarter) {
-    const Lanes<T> w1 = factor<T>(twiddle->power[0]), w2 = factor<T>(twiddle->power[1]), w3 = factor<T>(twiddle->power[2]);
+    const Lanes<T> w1 = factor<T>(twiddle->power[0]), w2 = factor<T>(twiddle->power[1]),
+                   w3 = factor<T>(twiddle->power[2]);
     for (const T* stop = p + quarter; p != stop; p += group<T>) {
       const Quarters<T> a = join(load(p), load(p + quarter), load(p + 2 * quarter), load(p + 3 * quarter));
       store(p, a.a0);
@@ -179,7 +182,8 @@ void store_clipped(T* data, std::size_t count, std::size_t added, std::size_t at
   } else {
     alignas(16) T edge[lanes];
     Simd<T>::store(edge, v);
-    for (std::size_t i = at; i < std::min(at + lanes, count); ++i) data[i] = edge[i - at] + (i < added ? data[i] : T(0));
+    for (std::size_t i = at; i < std::min(at + lanes, count); ++i)
+      data[i] = edge[i - at] + (i < added ? data[i] : T(0));
   }
 }
 
@@ -310,7 +314,8 @@ void Transform<T>::forward_block(unsigned level, std::size_t block, std::size_t 
 template <class T>
 void Transform<T>::forward(T* work) const {
   const std::size_t length = points_ / 4;
-  for (std::size_t v = 0; v < Twiddles<T>::first_vectors; ++v) forward_block(1, v, length, work + v * length * group<T>);
+  for (std::size_t v = 0; v < Twiddles<T>::first_vectors; ++v)
+    forward_block(1, v, length, work + v * length * group<T>);
 }
 
 template <class T>

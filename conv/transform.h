@@ -1,23 +1,26 @@
 // transform.h: the power-of-two transform under the convolution engine.
 // SPDX-License-Identifier: MIT
 //
-// Method    A sequence of m complex numbers is a polynomial modulo t^m - i. A block modulo t^n - e^(2 pi i theta) splits
-//           into four blocks modulo t^(n/4) - e^(2 pi i (theta/4 + {0, 1/2, 1/4, 3/4})): with w = e^(2 pi i theta/4) and
-//           the quarters a0..a3 of its coefficients,
+// Method    A sequence of m complex numbers is a polynomial modulo t^m - i. A block modulo t^n - e^(2 pi i theta)
+// splits
+//           into four blocks modulo t^(n/4) - e^(2 pi i (theta/4 + {0, 1/2, 1/4, 3/4})): with w = e^(2 pi i theta/4)
+//           and the quarters a0..a3 of its coefficients,
 //
 //             b0 = (a0 + w^2 a2) + (w a1 + w^3 a3)      b2 = (a0 - w^2 a2) + i (w a1 - w^3 a3)
 //             b1 = (a0 + w^2 a2) - (w a1 + w^3 a3)      b3 = (a0 - w^2 a2) - i (w a1 - w^3 a3).
 //
-//           Polynomials are multiplied block by block, in whatever order the splitting leaves them, and the splitting is
-//           undone by its inverse: no digit reversal anywhere. The last blocks keep 1, 2 or 4 coefficients and are
+//           Polynomials are multiplied block by block, in whatever order the splitting leaves them, and the splitting
+//           is undone by its inverse: no digit reversal anywhere. The last blocks keep 1, 2 or 4 coefficients and are
 //           multiplied as polynomials, which is cheaper than the passes it replaces.
-// Real data A real polynomial modulo t^2m + 1 = (t^m - i)(t^m + i) is known from its residue modulo t^m - i: coefficient
-//           j + i times coefficient j + m. So real sequences of length 2m cost one complex transform of length m, with no
-//           pass of their own: the halves are loaded as real and imaginary parts ("right-angle convolution").
+// Real data A real polynomial modulo t^2m + 1 = (t^m - i)(t^m + i) is known from its residue modulo t^m - i:
+// coefficient
+//           j + i times coefficient j + m. So real sequences of length 2m cost one complex transform of length m, with
+//           no pass of their own: the halves are loaded as real and imaginary parts ("right-angle convolution").
 // Layout    The first pass leaves its four blocks in the lanes of the vectors, so all later passes run the same
-//           arithmetic in every lane: no shuffle, no short loop. A group is a vector of real and one of imaginary parts.
-//           Singles: one vector of four blocks; doubles: two vectors of two blocks, one after the other.
-// Cache     Blocks larger than the first-level cache's share are split depth first, both operands together, and each small
+//           arithmetic in every lane: no shuffle, no short loop. A group is a vector of real and one of imaginary
+//           parts. Singles: one vector of four blocks; doubles: two vectors of two blocks, one after the other.
+// Cache     Blocks larger than the first-level cache's share are split depth first, both operands together, and each
+// small
 //           block is transformed, multiplied and transformed back while it is in cache.
 // Accuracy  error relative to the norm of the exact result below 10 log2(m) u; docs/conv.md has what is measured.
 // Source    R. E. Crandall and B. Fagin, "Discrete weighted transforms and large-integer arithmetic", Math. Comp. 62
@@ -31,8 +34,8 @@
 
 namespace orin::conv {
 
-// A sequence that a transform reads, zero beyond its count, and the place its product goes to: the first `added` elements
-// are added to what stands there, the others up to `count` are stored. Parts: 1 real, 2 interleaved complex.
+// A sequence that a transform reads, zero beyond its count, and the place its product goes to: the first `added`
+// elements are added to what stands there, the others up to `count` are stored. Parts: 1 real, 2 interleaved complex.
 template <class T, int Parts>
 struct Input {
   const T* data;

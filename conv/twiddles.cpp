@@ -18,8 +18,8 @@ constexpr std::uint32_t reverse_bits(std::uint32_t value, unsigned bits) {
 template <class T>
 constexpr TwiddleBlock<T> constant_block(unsigned l, std::uint32_t vector, std::uint32_t rest) {
   constexpr std::size_t lanes = Simd<T>::lanes;
-  const std::uint32_t scale = 1U << (2 * l);          // 4^l
-  const std::uint32_t denominator = 16 * scale;       // of theta / 4
+  const std::uint32_t scale = 1U << (2 * l);     // 4^l
+  const std::uint32_t denominator = 16 * scale;  // of theta / 4
   TwiddleBlock<T> block{};
   for (std::uint32_t lane = 0; lane < lanes; ++lane) {
     const std::uint32_t digit = vector * static_cast<std::uint32_t>(lanes) + lane;
@@ -39,7 +39,8 @@ constexpr std::array<TwiddleBlock<T>, Count> constant_blocks(unsigned levels) {
   std::size_t at = 0;
   for (unsigned l = 1; l <= levels; ++l)
     for (std::uint32_t vector = 0; vector < Twiddles<T>::first_vectors; ++vector)
-      for (std::uint32_t rest = 0; rest < 1U << (2 * (l - 1)); ++rest) blocks[at++] = constant_block<T>(l, vector, rest);
+      for (std::uint32_t rest = 0; rest < 1U << (2 * (l - 1)); ++rest)
+        blocks[at++] = constant_block<T>(l, vector, rest);
   return blocks;
 }
 

@@ -37,9 +37,7 @@ struct View {
   std::ptrdiff_t shape[max_dims] = {};
   std::ptrdiff_t stride[max_dims] = {};
 
-  operator View<const Scalar>() const
-    requires(!std::is_const_v<Scalar>)
-  {
+  operator View<const Scalar>() const requires(!std::is_const_v<Scalar>) {
     View<const Scalar> view{origin, dims, {}, {}};
     std::copy_n(shape, max_dims, view.shape);
     std::copy_n(stride, max_dims, view.stride);

@@ -79,6 +79,7 @@ int main() {
               static_cast<int>(tour::exported<int32_t ORIN_CALL()>("dll_cpu_version")()));
   tour_vector_math();
   tour_rng();
+  tour_conv(mauna_loa::co2, mauna_loa::months);
   tour_summary_stats();
   tour_data_fitting();
   std::printf("\n%d checks, %d failed\n", tour::checks, tour::failures);

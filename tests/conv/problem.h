@@ -32,18 +32,18 @@ struct KernelRow {
   decltype(&_junConvSSDirectAll_nodec) all_nodec[2];
 };
 
-#define ROW(kind, pair, correlation, single_data, single_sums, complex_data)                                        \
-  KernelRow {                                                                                                       \
-    #kind #pair, correlation, single_data, single_sums, complex_data,                                               \
-        {_jun##kind##pair##Direct1D_dec, _jun##kind##pair##Fft1D_dec},                                              \
-        {_jun##kind##pair##DirectAll_dec, _jun##kind##pair##FftAll_dec},                                            \
-        {_jun##kind##pair##Direct1D_nodec, _jun##kind##pair##Fft1D_nodec}, {                                        \
-      _jun##kind##pair##DirectAll_nodec, _jun##kind##pair##FftAll_nodec                                             \
-    }                                                                                                               \
+#define ROW(kind, pair, correlation, single_data, single_sums, complex_data)    \
+  KernelRow {                                                                   \
+#kind #pair, correlation, single_data, single_sums, complex_data,           \
+        {_jun##kind##pair##Direct1D_dec, _jun##kind##pair##Fft1D_dec },         \
+         {_jun##kind##pair##DirectAll_dec, _jun##kind##pair##FftAll_dec },      \
+          {_jun##kind##pair##Direct1D_nodec, _jun##kind##pair##Fft1D_nodec }, { \
+      _jun##kind##pair##DirectAll_nodec, _jun##kind##pair##FftAll_nodec         \
+    }                                                                           \
   }
-#define ROWS(kind, correlation)                                                                              \
-  ROW(kind, SS, correlation, true, true, false), ROW(kind, SD, correlation, true, false, false),             \
-      ROW(kind, DD, correlation, false, false, false), ROW(kind, CC, correlation, true, true, true),         \
+#define ROWS(kind, correlation)                                                                      \
+  ROW(kind, SS, correlation, true, true, false), ROW(kind, SD, correlation, true, false, false),     \
+      ROW(kind, DD, correlation, false, false, false), ROW(kind, CC, correlation, true, true, true), \
       ROW(kind, CZ, correlation, true, false, true), ROW(kind, ZZ, correlation, false, false, true)
 inline const KernelRow kernel_rows[] = {ROWS(Conv, false), ROWS(Corr, true)};
 #undef ROWS
@@ -56,7 +56,8 @@ inline std::string row_name(const testing::TestParamInfo<KernelRow>& info) { ret
 class Array {
  public:
   Array(bool single, bool complex_data, std::size_t elements, bool at_end)
-      : single_(single), parts_(complex_data ? 2 : 1),
+      : single_(single),
+        parts_(complex_data ? 2 : 1),
         bytes_(elements * parts_ * scalar(), at_end ? Bytes::at_end : Bytes::at_start) {
     std::memset(bytes_.data(), 0xC5, bytes_.size());
   }
@@ -203,7 +204,8 @@ struct Instance {
   Array x, y, z;
 
   Instance(const Problem& p, const KernelRow& row, unsigned seed, bool at_end = true)
-      : problem(p), x(row.single_data, row.complex_data, span(p.dims, p.n, p.xs), at_end),
+      : problem(p),
+        x(row.single_data, row.complex_data, span(p.dims, p.n, p.xs), at_end),
         y(row.single_data, row.complex_data, span(p.dims, p.m, p.ys), at_end),
         z(row.single_data, row.complex_data, span(p.dims, p.l, p.zs), at_end) {
     std::mt19937 random(seed);
