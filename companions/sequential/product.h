@@ -9,7 +9,7 @@
 //           columns of B in `column_block`. Constants, not queries: the same bits on every processor.
 // Rounding  an element gets  beta c + alpha s1,  then  + alpha s2 ...,  s being the sum over one run in order of the
 //           inner index. Neither tile size nor blocking of rows and columns enters.
-// Memory    panels of small products live on the stack; so do those of large ones when the heap has no memory left.
+// Memory    panels of small products live on the stack; so do those of all others when the heap has no memory left.
 // Bound by  two multiplications and two additions per cycle; in the 32-bit build a tile is 1 packet x 4 columns (eight
 //           registers), in the 64-bit build 2 x 4.
 // Source    Goto, van de Geijn: Anatomy of high-performance matrix multiplication, ACM TOMS 34 (2008).
@@ -44,19 +44,25 @@ inline constexpr Index depth_block = 256;
 inline constexpr Index round_down(Index value, Index unit) noexcept { return value / unit * unit; }
 inline constexpr Index round_up(Index value, Index unit) noexcept { return round_down(value + unit - 1, unit); }
 
-// Room for packed panels of A (row_block x depth) and B (depth x column_block), sized for the product at hand.
+// Room for packed panels of A (row_block x depth) and B (depth x column_block), sized for the product at hand. An A
+// that is small is held whole, packed once, and met by B a few columns at a time: work memory then stays below the size
+// from which the system's allocator hands out fresh pages.
 template <class T>
 class Panels {
  public:
   Panels(Index rows, Index columns, Index depth) noexcept {
-    const Index run = std::min(depth, depth_block);
-    row_block_ = round_up(std::min(rows, most_rows), Tile<T>::rows);
-    column_block_ = round_up(std::min(columns, most_columns), Tile<T>::columns);
+    const Index run = std::min(depth, depth_block), all_rows = round_up(rows, Tile<T>::rows);
+    holds_a_ = run == depth && all_rows * run <= small_a;
+    row_block_ = holds_a_ ? all_rows : std::min(all_rows, most_rows);
+    column_block_ = holds_a_ ? columns_in(small_b, run) : most_columns;
+    column_block_ = std::min(column_block_, round_up(columns, Tile<T>::columns));
+
     const std::size_t count = static_cast<std::size_t>((row_block_ + column_block_ * lanes<T>)*run);
     if (count > std::size(stack_)) heap_ = static_cast<T*>(core::allocate_aligned(count * sizeof(T), 64));
     if (count > std::size(stack_) && heap_ == nullptr) {
       row_block_ = std::min(row_block_, round_down(half_stack / run, Tile<T>::rows));
-      column_block_ = std::min(column_block_, round_down(half_stack / (run * lanes<T>), Tile<T>::columns));
+      column_block_ = std::min(column_block_, columns_in(half_stack, run));
+      holds_a_ = false;
     }
     b_ = heap_ != nullptr ? heap_ : stack_;
     a_ = b_ + column_block_ * lanes<T> * run;
@@ -69,10 +75,19 @@ class Panels {
   T* b() const noexcept { return b_; }
   Index row_block() const noexcept { return row_block_; }
   Index column_block() const noexcept { return column_block_; }
+  bool holds_a() const noexcept { return holds_a_; }
 
  private:
-  static constexpr Index most_rows = 96, most_columns = 128, half_stack = 16384 / sizeof(T);
-  static_assert(half_stack / depth_block >= Tile<T>::rows && half_stack / (depth_block * lanes<T>) >= Tile<T>::columns);
+  static constexpr Index most_rows = 96, most_columns = 128;
+  static constexpr Index small_a = 81920 / sizeof(T), small_b = 32768 / sizeof(T), half_stack = 16384 / sizeof(T);
+
+  // Columns of B that fit into so many elements.
+  static constexpr Index columns_in(Index elements, Index run) noexcept {
+    return round_down(elements / (run * lanes<T>), Tile<T>::columns);
+  }
+  static_assert(half_stack / depth_block >= Tile<T>::rows && columns_in(half_stack, depth_block) > 0);
+
+  bool holds_a_;
   Index row_block_, column_block_;
   T* a_;
   T* b_;
@@ -226,7 +241,7 @@ void product(Index rows, Index columns, Index depth, T alpha, MatrixView<const T
       for (Index i = 0; i < rows; i += panels.row_block()) {
         const Index block_rows = std::min(panels.row_block(), rows - i);
         if ((part == Part::lower && i + block_rows <= j) || (part == Part::upper && j + block_columns <= i)) continue;
-        pack_rows(a.from(i, p), block_rows, run, panels.a());
+        if (j == 0 || !panels.holds_a()) pack_rows(a.from(i, p), block_rows, run, panels.a());
         multiply_block(panels, block_rows, block_columns, run, alpha, p == 0 ? beta : T(1), c.from(i, j), part, j - i);
       }
     }

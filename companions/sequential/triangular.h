@@ -58,10 +58,13 @@ void multiply_triangle(Index order, Index columns, T alpha, MatrixView<const T> 
       const auto rows_from = [&](Index from, Index to, bool on_diagonal) {
         for (Index i = from; i < to; i += panels.row_block()) {
           const Index rows = std::min(panels.row_block(), to - i);
-          if (on_diagonal)
+          if (j > 0 && panels.holds_a()) {
+            // packed already
+          } else if (on_diagonal) {
             pack_triangle(t.from(p, p), part, diagonal, i - p, rows, run, panels.a());
-          else
+          } else {
             pack_rows(t.from(i, p), rows, run, panels.a());
+          }
           multiply_block(panels, rows, block_columns, run, alpha, on_diagonal ? T(0) : T(1), b.from(i, j), Part::all, 0,
                          on_diagonal ? part : Part::all, i - p);
         }
@@ -107,14 +110,15 @@ inline constexpr Index half(Index order) noexcept {
 template <class T>
 void solve_lower(Index order, Index columns, MatrixView<const T> l, MatrixView<T> b) noexcept {
   if (order <= square_order) {
-    for (Index i = 0; i < order; ++i) {  // row i of B less the rows above it by the elements of L's row i, then divided
+    for (Index i = 0; i < order; ++i) {  // row i of B less the rows above it by the elements of L's row i
       const VectorView<const T> factors(&l(i, 0), l.column_step);
       const VectorView<T> row(&b(i, 0), b.column_step);
       if (b.column_step == 1)
         add_columns<T>(columns, i, T(-1), b.data, b.row_step, factors, row);
       else
         add_dots<T>(i, columns, T(-1), b.data, b.column_step, factors, row);
-      for (Index j = 0; j < columns; ++j) row[j] /= l(i, i);
+      const T inverse = 1 / l(i, i);
+      for (Index j = 0; j < columns; ++j) row[j] *= inverse;
     }
     return;
   }
@@ -180,7 +184,8 @@ Index factor_lower(Index order, MatrixView<T> a) noexcept {
       add_columns<T>(order - j, j, T(-1), &s(j, 0), square_order, s.row(j), {&s(j, j), 1});
       if (s(j, j) > 0) {
         s(j, j) = Eigen::numext::sqrt(s(j, j));
-        for (Index i = j + 1; i < order; ++i) s(i, j) /= s(j, j);
+        const T inverse = 1 / s(j, j);
+        for (Index i = j + 1; i < order; ++i) s(i, j) *= inverse;
       } else {  // NaN too
         bad = j + 1;
       }
