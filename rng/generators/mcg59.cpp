@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Source    multiplier 13^13, modulus 2^59. State: x, a. Period 2^57 for odd x.
-// Method    y = 2^5 x is stepped modulo 2^64, so that nothing needs masking: six values in flight, stepped by a^6. A
+// Method    y = 2^5 x is stepped modulo 2^64, so that nothing needs masking: eight values in flight, stepped by a^8. A
 //           64-bit product modulo 2^64 is the product of the low halves and the low halves of the cross products.
 // Uniforms  The halves of y become doubles of magnitudes 2^20 and 2^-12 without rounding; their sum rounds x / 2^59
 //           once.

@@ -145,6 +145,27 @@ class WordUniforms<float, Unit> : public Sink<WordUniforms<float, Unit>, float> 
   Map<float, Unit> map_;
 };
 
+// The generators' arithmetic rests on rounding to nearest and on subnormal numbers: while a frame lives, neither the
+// caller's modes nor its unmasked exceptions are in force.
+class FloatingPointFrame {
+ public:
+  FloatingPointFrame() : caller_(_mm_getcsr()) {
+    if (!is_default()) _mm_setcsr(defaults);
+  }
+  ~FloatingPointFrame() {
+    if (!is_default()) _mm_setcsr(caller_);
+  }
+  FloatingPointFrame(const FloatingPointFrame&) = delete;
+  FloatingPointFrame& operator=(const FloatingPointFrame&) = delete;
+
+ private:
+  static constexpr uint32_t defaults = 0x1f80, flags = 0x3f;  // all exceptions masked; the sticky flags do not count
+
+  bool is_default() const { return (caller_ & ~flags) == defaults; }
+
+  uint32_t caller_;
+};
+
 // Sends n words through a transformation of four words into a sink. The loop works on a copy of the sink, which the
 // compiler keeps in registers.
 template <class Sink, class Transform>
@@ -164,6 +185,7 @@ template <class Family, template <class, bool> class Uniforms = WordUniforms, cl
 int32_t uniforms(void* stream, int32_t n, T* r, T a, T b) {
   if (n <= 0) return JUN_RNG_OK;
   if (stream == nullptr || r == nullptr) return JUN_RNG_NULL_POINTER;
+  const FloatingPointFrame frame;
   const Interval<T> to(a, b);
   if (to.is_unit()) {
     Uniforms<T, true> sink(r, to);
@@ -176,6 +198,7 @@ template <class Family, class Raw = RawWords, std::size_t ValuesPerOutput = 1>
 int32_t raw_outputs(void* stream, int32_t n, uint32_t* r) {
   if (n <= 0) return JUN_RNG_OK;
   if (stream == nullptr || r == nullptr) return JUN_RNG_NULL_POINTER;
+  const FloatingPointFrame frame;
   Raw sink(r);
   return Family::generate(stream, static_cast<std::size_t>(n) * ValuesPerOutput, sink);
 }

@@ -1,5 +1,6 @@
 // sequence_test: every family delivers its sequence, value by value, however the calls are cut and wherever the array
 // lies. SPDX-License-Identifier: MIT
+#include <emmintrin.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -118,6 +119,26 @@ TEST_P(Sequence, CutsAlignmentsAndKindsOfCallsDoNotMatter) {
       ASSERT_TRUE(same(qs, s, mixed)) << "call " << call;
     }
     mixed += n;
+  }
+}
+
+TEST_P(Sequence, TheCallersFloatingPointModesDoNotMatter) {
+  const uint32_t defaults = _mm_getcsr() & ~0x3fU;
+  const Stream plain = stream(), modes = stream();
+  for (const uint32_t mode : {0x2000U, 0x4000U, 0x6000U, 0x8040U}) {  // down, up, towards zero; flush to zero
+    const std::vector<double> d = uniforms<double>(plain, 3000, 1e-308, 1.5e-308);
+    const std::vector<float> s = uniforms<float>(plain, 3000);
+    const std::vector<uint32_t> w = raw(plain, 3000, GetParam().words * GetParam().outputs_per_raw);
+    _mm_setcsr(defaults | mode);
+    const std::vector<double> md = uniforms<double>(modes, 3000, 1e-308, 1.5e-308);
+    const std::vector<float> ms = uniforms<float>(modes, 3000);
+    const std::vector<uint32_t> mw = raw(modes, 3000, GetParam().words * GetParam().outputs_per_raw);
+    const uint32_t after = _mm_getcsr() & ~0x3fU;
+    _mm_setcsr(defaults);
+    EXPECT_EQ(after, defaults | mode);
+    EXPECT_TRUE(std::memcmp(d.data(), md.data(), d.size() * sizeof d[0]) == 0);
+    EXPECT_EQ(s, ms);
+    EXPECT_EQ(w, mw);
   }
 }
 
