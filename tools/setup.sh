@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: MIT
 set -euo pipefail
 
-compilers=(g++ clang cmake ninja-build ccache g++-mingw-w64-i686-posix g++-mingw-w64-i686-win32)
+compilers=(g++ clang libclang-rt-14-dev cmake ninja-build ccache g++-mingw-w64-i686-posix g++-mingw-w64-i686-win32)
 tests=(googletest libeigen3-dev liblapack-dev libmpfr-dev)
 wine=(wine wine32:i386)
 
