@@ -102,6 +102,8 @@ ORIN_API int32_t ORIN_CALL __junDeleteStream(void** stream) {
   return JUN_RNG_OK;
 }
 
-ORIN_API int32_t ORIN_CALL __junGetStreamStateBrng(const void* stream) { return header_of(stream).brng; }
+ORIN_API int32_t ORIN_CALL __junGetStreamStateBrng(const void* stream) {
+  return stream != nullptr ? header_of(stream).brng : JUN_RNG_NULL_POINTER;
+}
 
 ORIN_END_DECLS
