@@ -7,8 +7,9 @@
 // Method    Dimension i belongs to the i-th irreducible polynomial p over GF(2), by degree e, then by value. For each
 //           q the Laurent series g / p^(q+1) = sum V[r] x^(-r-1) gives e rows of the generator matrix: row q e + u has
 //           V[r+u] in column r. g of degree e - 1 is free; here V[qe] = 1 and V[qe+1 .. qe+e-1] = 0, which makes 1/2
-//           the first point in every dimension. From there on the series follows the recurrence of p^(q+1).
-// Proof     tests/rng/generators/quasi_test.cpp: the series by long division; the elementary intervals of the net
+//           the first point in every dimension.
+// Proof     tests/rng/generators/sequence_test.cpp: the series by its recurrence; quasi_test.cpp: the elementary
+//           intervals
 #include "rng/generators/quasi.h"
 
 namespace orin::rng {
@@ -44,12 +45,17 @@ constexpr Polynomials irreducible_polynomials() {
 
 constexpr Polynomials polynomials = irreducible_polynomials();
 
-// V[0 .. 63] as bits, for the power p^(q+1) of degree M with V[first] = 1 as the only one of V[0 .. M-1].
+// V[0 .. 63] from the top bit down: g / p^(q+1) by long division, where p^(q+1) = power and g is the polynomial part of
+// power x^(-first-1), first = q e.
 uint64_t series(uint64_t power, uint32_t first) {
-  const auto degree = static_cast<uint32_t>(std::bit_width(power)) - 1;
-  const uint64_t taps = power ^ (uint64_t{1} << degree);
-  uint64_t v = uint64_t{1} << first;
-  for (uint32_t r = degree; r < 64; ++r) v |= static_cast<uint64_t>(std::popcount(taps & (v >> (r - degree))) & 1) << r;
+  const auto degree = std::bit_width(power) - 1;
+  uint64_t remainder = power >> (first + 1), v = 0;
+  for (int r = 0; r < 64; ++r) {
+    remainder <<= 1;
+    const uint64_t bit = remainder >> degree & 1;
+    remainder ^= power & (0 - bit);
+    v = v << 1 | bit;
+  }
   return v;
 }
 
@@ -58,19 +64,18 @@ struct Niederr {
   static constexpr int32_t columns_id = 10, patterns_id = 10;
 
   static void columns(uint32_t dimension, uint32_t* v) {
-    std::fill_n(v, quasi_columns * dimension, 0);
     for (uint32_t j = 0; j < dimension; ++j) {
       const auto degree = static_cast<uint32_t>(std::bit_width(polynomials.p[j])) - 1;
-      uint64_t power = 1, bits = 0;
-      for (uint32_t row = 0; row < quasi_columns; ++row) {
-        const uint32_t u = row % degree;
-        if (u == 0) {
-          power = times(power, polynomials.p[j]);
-          bits = series(power, row);
-        }
+      uint32_t column[quasi_columns] = {};
+      uint64_t power = 1;
+      for (uint32_t row = 0; row < quasi_columns; row += degree) {  // rows row .. row + degree - 1: V[c ..] in column c
+        power = times(power, polynomials.p[j]);
+        const uint64_t bits = series(power, row);
+        const uint32_t rows = ~(0xffffffffU >> degree);
         for (uint32_t c = 0; c < quasi_columns; ++c)
-          v[c * dimension + j] |= static_cast<uint32_t>(bits >> (c + u) & 1) << (31 - row);
+          column[c] |= (static_cast<uint32_t>(bits << c >> 32) & rows) >> row;
       }
+      for (uint32_t c = 0; c < quasi_columns; ++c) v[c * dimension + j] = column[c];
     }
   }
 };

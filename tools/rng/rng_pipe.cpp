@@ -1,7 +1,8 @@
 // rng_pipe: the numbers of one stream as an endless file of 32-bit words, for statistical batteries that read a pipe.
 // SPDX-License-Identifier: MIT
 //
-// Method    The words are the integer parts of 2^32 u, u the uniform doubles that a user gets; the same words for families
+// Method    The words are the integer parts of 2^32 u, u the uniform doubles that a user gets; the same words for
+// families
 //           whose raw outputs have 32 bits.
 // Use       rng_pipe IDENTIFIER [SEED...] | dieharder -g 200 -a
 #include <cstdint>
@@ -13,7 +14,8 @@
 
 int main(int argc, char** argv) {
   if (argc < 2) {
-    std::fputs("rng_pipe IDENTIFIER [SEED...]: 32-bit words of the stream on standard output, until nobody reads\n", stderr);
+    std::fputs("rng_pipe IDENTIFIER [SEED...]: 32-bit words of the stream on standard output, until nobody reads\n",
+               stderr);
     return 2;
   }
   std::vector<uint32_t> seeds;

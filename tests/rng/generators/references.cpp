@@ -190,14 +190,12 @@ std::array<uint32_t, 32> niederreiter_columns(uint32_t dimension) {
     for (uint32_t i = 0; i <= e; ++i) next ^= (p >> i & 1) * power << i;
     power = next;
     const auto degree = static_cast<uint32_t>(std::bit_width(power)) - 1;
-    // g(x) / p(x)^(q+1) by long division; g is the polynomial part of p^(q+1) (x^(-qe-1) + terms below x^(-(q+1)e)).
-    uint64_t remainder = power >> (q * e + 1);
+    // V[qe] = 1 is the only one of the first degree terms; the others follow the recurrence of the power.
     std::array<uint32_t, 64> laurent{};
-    for (uint32_t r = 0; r < 64; ++r) {
-      remainder <<= 1;
-      laurent[r] = static_cast<uint32_t>(remainder >> degree & 1);
-      if (laurent[r] != 0) remainder ^= power;
-    }
+    laurent[q * e] = 1;
+    for (uint32_t r = degree; r < 64; ++r)
+      for (uint32_t i = 0; i < degree; ++i)
+        laurent[r] ^= static_cast<uint32_t>(power >> i & 1) & laurent[r - degree + i];
     for (uint32_t u = 0; u < e && q * e + u < 32; ++u)
       for (uint32_t c = 0; c < 32; ++c) v[c] |= laurent[c + u] << (31 - (q * e + u));
   }
