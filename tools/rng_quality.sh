@@ -61,9 +61,9 @@ done <<< "$streams"
 
 This page is rewritten by `./run rng-quality`.
 
-The uniform doubles of a stream, as 32-bit integers, go through the tests that dieharder (3.31.1, from Debian) calls good. Each
-test gives one or more p-values. A correct generator gets "weak" (p outside 0.005 .. 0.995) about once in a hundred p-values, and "failed" (p outside
-0.000001 .. 0.999999) practically never.
+The uniform doubles of a stream, as 32-bit integers, go through the tests that dieharder (3.31.1, from Debian) calls
+good. Each test gives one or more p-values. A correct generator gets "weak" (p outside 0.005 .. 0.995) about once in a
+hundred p-values, and "failed" (p outside 0.000001 .. 0.999999) practically never.
 
 | Stream | Passed | Weak | Failed | Weak or failed tests: name, parameter, p |
 |---|---|---|---|---|

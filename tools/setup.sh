@@ -4,7 +4,7 @@
 set -euo pipefail
 
 compilers=(g++ clang libclang-rt-14-dev cmake ninja-build ccache g++-mingw-w64-i686-posix g++-mingw-w64-i686-win32)
-tests=(googletest libeigen3-dev liblapack-dev libmpfr-dev)
+tests=(googletest libeigen3-dev liblapack-dev libmpfr-dev libntl-dev libgsl-dev libboost-dev libdsfmt-dev dieharder)
 wine=(wine wine32:i386)
 
 missing() {
