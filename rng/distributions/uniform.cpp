@@ -6,6 +6,7 @@
 //           takes effect for families that do not keep to the interval themselves
 #include <cstdint>
 
+#include "rng/generators/sinks.h"
 #include "rng/registry.h"
 #include "rng/stream_layout.h"
 
@@ -18,6 +19,7 @@ using Generate = int32_t(ORIN_CALL*)(void*, int32_t, T*, T, T);
 // r[i] = min(b, max(a, r[i])), in the operand order of the SSE2 instructions
 template <class T>
 void clamp_all(int32_t n, T* r, T a, T b) {
+  const FloatingPointFrame frame;
   for (int32_t i = 0; i < n; ++i) {
     const T low = a > r[i] ? a : r[i];
     r[i] = b < low ? b : low;

@@ -8,23 +8,25 @@
 // it
 //           brings less than n values they are moved to the end, which keeps one position enough.
 // Mapping   from [a0, b0) to [a, b): a + (v - a0) (b - a) / (b0 - a0); values stay as they are on their own interval
+// Modes     the callback runs under the caller's floating-point modes, the mapping under the default ones
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 #include "rng/generators/generators.h"
+#include "rng/generators/sinks.h"
 #include "rng/half_open.h"
 
 namespace orin::rng {
 namespace {
 
 template <class T>
-struct Interval {
+struct Range {
   T a, b;
 };
 template <>
-struct Interval<uint32_t> {};
+struct Range<uint32_t> {};
 
 template <class T>
 struct AbstractState {
@@ -32,7 +34,7 @@ struct AbstractState {
   int32_t next;
   uint64_t buffer;
   uint64_t refill;
-  [[no_unique_address]] Interval<T> interval;
+  [[no_unique_address]] Range<T> interval;
 };
 static_assert(sizeof(AbstractState<uint32_t>) == 24);
 static_assert(sizeof(AbstractState<double>) == 40);
@@ -79,13 +81,14 @@ int32_t words(void* stream, int32_t n, uint32_t* r) {
 
 template <class T>
 int32_t uniform(void* stream, int32_t n, T* r, T a, T b) {
-  const Interval<T> from = state_of<AbstractState<T>>(stream).interval;
+  const Range<T> from = state_of<AbstractState<T>>(stream).interval;
   if (a == from.a && b == from.b) {
     return deliver<T>(stream, n, [&](const T* values, int32_t count) { r = std::copy_n(values, count, r); });
   }
-  const T scale = from.a != from.b ? (b - a) / (from.b - from.a) : T{0};
-  const T last = a < b ? value_below(b) : b;
   return deliver<T>(stream, n, [&](const T* values, int32_t count) {
+    const FloatingPointFrame frame;
+    const T scale = from.a != from.b ? (b - a) / (from.b - from.a) : T{0};
+    const T last = a < b ? value_below(b) : b;
     r = std::transform(values, values + count, r, [=](T v) {
       const T u = a + (v - from.a) * scale;
       return a < b ? std::clamp(u, a, last) : u;
@@ -94,7 +97,7 @@ int32_t uniform(void* stream, int32_t n, T* r, T a, T b) {
 }
 
 template <class T>
-int32_t create(void** stream, int32_t brng, int32_t n, T* buffer, Interval<T> interval, Refill<T> callback) {
+int32_t create(void** stream, int32_t brng, int32_t n, T* buffer, Range<T> interval, Refill<T> callback) {
   if (stream == nullptr) return JUN_RNG_NULL_POINTER;
   *stream = nullptr;
   if (n <= 0 || buffer == nullptr || callback == nullptr) return JUN_RNG_NULL_POINTER;

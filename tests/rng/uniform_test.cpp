@@ -1,5 +1,7 @@
 // uniform_test: the uniform distribution, abstract streams and the hardware source.
 // SPDX-License-Identifier: MIT
+#include <xmmintrin.h>
+
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -167,9 +169,16 @@ TYPED_TEST(AbstractMapping, IsAffineAndHalfOpen) {
   using T = TypeParam;
   const T intervals[][2] = {{0, 1}, {-1, 3}, {5, 5.5}, {1, std::nextafter(T(1), T(2))}, {-2, 0}, {7, 7}};
   for (const auto& [a, b] : intervals) {
-    const Stream stream = this->start(16, -1, 3);
-    T r[100];
+    const Stream stream = this->start(100, -1, 3);
+    T r[100], rounded_up[100];
     ASSERT_EQ(uniform(0, stream.get(), 100, r, a, b), 0);
+    const Stream same = this->start(100, -1, 3);
+    const unsigned modes = _mm_getcsr();
+    _mm_setcsr(0xDFC0);  // towards plus infinity, subnormals flushed: the caller's modes do not matter, and stay
+    ASSERT_EQ(uniform(0x40000000, same.get(), 100, rounded_up, a, b), 0);
+    EXPECT_EQ(_mm_getcsr() & ~0x3Fu, 0xDFC0u);
+    _mm_setcsr(modes);
+    EXPECT_EQ(std::memcmp(r, rounded_up, sizeof r), 0);
     const double tolerance = 8 * static_cast<double>(std::numeric_limits<T>::epsilon()) * (std::fabs(a) + 1);
     for (std::size_t i = 0; i < 100; ++i) {
       EXPECT_TRUE(a == b ? r[i] == a : r[i] >= a && r[i] < b) << i << ' ' << r[i];
