@@ -53,11 +53,10 @@ struct Raw : Sink<Raw, uint32_t, 4> {
 
  private:
   static void put_two(uint32_t* r, const __m128d x[4]) {
-    const __m128d shifter = _mm_set1_pd(0x1p52);  // leaves an integer in the low word
-    __m128d y[4];
-    for (int i = 0; i < 4; ++i) y[i] = _mm_add_pd(x[i], shifter);
-    store_words(r, low_words(_mm_unpacklo_pd(y[0], y[1]), _mm_unpacklo_pd(y[2], y[3])));
-    store_words(r + 4, low_words(_mm_unpackhi_pd(y[0], y[1]), _mm_unpackhi_pd(y[2], y[3])));
+    const __m128i low = _mm_unpacklo_epi32(_mm_cvttpd_epi32(x[0]), _mm_cvttpd_epi32(x[1]));
+    const __m128i high = _mm_unpacklo_epi32(_mm_cvttpd_epi32(x[2]), _mm_cvttpd_epi32(x[3]));
+    store_words(r, _mm_unpacklo_epi64(low, high));
+    store_words(r + 4, _mm_unpackhi_epi64(low, high));
   }
 };
 
