@@ -15,6 +15,7 @@
 
 #include "rng/chunks.h"
 #include "rng/registry.h"
+#include "rng/shared_data.h"
 #include "rng/stream_layout.h"
 #include "service/late_binding.h"
 #include "service/work_buffer.h"
@@ -176,6 +177,8 @@ int32_t read_chunk(void* stream, bool with_key, Source& source) noexcept {
   if (with_key && !source.get(key, sizeof key)) return JUN_RNG_FILE_READ;
   if (!source.get(&size, sizeof size)) return JUN_RNG_FILE_READ;
   if (!source.can_hold(size)) return Source::bad_size;
+  // Only a damaged image claims more data than the process holds under the key: it gets a block of its own.
+  if (is_smaller_shared(key, size)) key[0] = key[1] = 0;
 
   void* data = allocate_data(size);
   if (data == nullptr) return JUN_RNG_NO_MEMORY;

@@ -26,7 +26,10 @@ constexpr uint32_t chunk_entries = table_entries - 1;  // the last one is kept f
 
 service::SpinLock lock;
 JunGlobRODataEntry table[table_entries];
+int32_t sizes[table_entries];  // bytes of the entries' data
 uint32_t used_entries = 0;
+
+constexpr int32_t unknown_size = INT32_MAX;  // of an entry created directly: its creator vouches for it
 
 // The functions of this block run under the lock.
 
@@ -37,15 +40,17 @@ JunGlobRODataEntry* find(const uint64_t* key) noexcept {
   return nullptr;
 }
 
-JunGlobRODataEntry* append(const uint64_t* key, void* data) noexcept {
+JunGlobRODataEntry* append(const uint64_t* key, void* data, int32_t size) noexcept {
   table[used_entries] = {{key[0], key[1]}, 1, data};
+  sizes[used_entries] = size;
   return &table[used_entries++];
 }
 
 void drop_reference(JunGlobRODataEntry& entry) noexcept {
   if (--entry.references != 0) return;
   service::deallocate(entry.data);
-  entry = table[--used_entries];
+  sizes[&entry - table] = sizes[--used_entries];
+  entry = table[used_entries];
 }
 
 }  // namespace
@@ -54,6 +59,13 @@ bool is_shared(const uint64_t* key) noexcept {
   if (is_zero_key(key)) return false;
   service::SpinGuard guard(lock);
   return find(key) != nullptr;
+}
+
+bool is_smaller_shared(const uint64_t* key, int32_t size) noexcept {
+  if (is_zero_key(key)) return false;
+  service::SpinGuard guard(lock);
+  const JunGlobRODataEntry* entry = find(key);
+  return entry != nullptr && sizes[entry - table] < size;
 }
 
 bool join_shared(JunStreamChunk& chunk) noexcept {
@@ -65,7 +77,7 @@ bool join_shared(JunStreamChunk& chunk) noexcept {
     return same_block;
   }
   if (used_entries < chunk_entries) {
-    append(chunk.key, chunk.data);
+    append(chunk.key, chunk.data, chunk.size);
   } else {
     chunk.key[0] = chunk.key[1] = 0;
   }
@@ -105,7 +117,7 @@ ORIN_API int32_t ORIN_CALL __junCreateGlobRODataTableEntry(JunGlobRODataEntry** 
   if (*entry != nullptr) {
     ++(*entry)->references;
   } else if (used_entries < table_entries) {
-    *entry = append(key, data);
+    *entry = append(key, data, unknown_size);
   } else {
     return JUN_RNG_TABLE_FULL;
   }

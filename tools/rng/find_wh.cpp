@@ -26,7 +26,7 @@ namespace {
 constexpr std::uint32_t least_modulus = 16718909, most_modulus = 16776971;
 constexpr std::uint32_t least_multiplier = 112, most_multiplier = 127;
 constexpr int set_count = 273;
-constexpr int dimension_count = 8;
+constexpr std::size_t dimension_count = 8;
 
 struct Generator {
   std::uint32_t modulus, multiplier;
@@ -62,10 +62,10 @@ bool is_primitive_root(std::uint32_t a, std::uint32_t m, const std::vector<std::
 // The lattice of the v with v[0] + v[1] a + ... + v[t-1] a^(t-1) = 0 (mod m), which the spectral test is about.
 class DualLattice {
  public:
-  DualLattice(std::uint32_t m, std::uint32_t a, int t) : t_(t) {
+  DualLattice(std::uint32_t m, std::uint32_t a, std::size_t t) : t_(t) {
     basis_[0][0] = m;
     std::uint64_t a_power = 1;
-    for (int i = 1; i < t; ++i) {
+    for (std::size_t i = 1; i < t; ++i) {
       a_power = a_power * a % m;
       basis_[i][0] = -static_cast<double>(a_power);
       basis_[i][i] = 1;
@@ -75,66 +75,64 @@ class DualLattice {
   double shortest_squared() {
     reduce();
     best_ = dot(basis_[0], basis_[0]);
-    std::array<double, dimension_count> x{};
-    enumerate(t_ - 1, 0, x);
+    Vector x{};
+    enumerate(t_, 0, x);
     return best_;
   }
 
  private:
   using Vector = std::array<double, dimension_count>;
 
-  double dot(const Vector& x, const Vector& y) const {
-    double sum = 0;
-    for (int i = 0; i < t_; ++i) sum += x[static_cast<std::size_t>(i)] * y[static_cast<std::size_t>(i)];
-    return sum;
+  static double dot(const Vector& x, const Vector& y) { return std::inner_product(x.begin(), x.end(), y.begin(), 0.0); }
+  static void subtract(Vector& x, double factor, const Vector& y) {
+    for (std::size_t k = 0; k < dimension_count; ++k) x[k] -= factor * y[k];
   }
   void orthogonalise() {
-    for (int i = 0; i < t_; ++i) {
-      Vector rest = basis_[i];
-      for (int j = 0; j < i; ++j) {
+    for (std::size_t i = 0; i < t_; ++i) {
+      orthogonal_[i] = basis_[i];
+      for (std::size_t j = 0; j < i; ++j) {
         mu_[i][j] = dot(basis_[i], orthogonal_[j]) / norm_[j];
-        for (std::size_t k = 0; k < dimension_count; ++k) rest[k] -= mu_[i][j] * orthogonal_[j][k];
+        subtract(orthogonal_[i], mu_[i][j], orthogonal_[j]);
       }
-      orthogonal_[i] = rest;
-      norm_[i] = dot(rest, rest);
+      norm_[i] = dot(orthogonal_[i], orthogonal_[i]);
     }
   }
   void reduce() {
     orthogonalise();
-    for (int i = 1; i < t_;) {
-      for (int j = i - 1; j >= 0; --j) {
+    for (std::size_t i = 1; i < t_;) {
+      for (std::size_t j = i; j-- > 0;) {
         const double q = std::nearbyint(mu_[i][j]);
         if (q == 0) continue;
-        for (std::size_t k = 0; k < dimension_count; ++k) basis_[i][k] -= q * basis_[j][k];
+        subtract(basis_[i], q, basis_[j]);
         orthogonalise();
       }
       if (norm_[i] < (0.99 - mu_[i][i - 1] * mu_[i][i - 1]) * norm_[i - 1]) {
         std::swap(basis_[i], basis_[i - 1]);
         orthogonalise();
-        i = std::max(i - 1, 1);
+        i = std::max<std::size_t>(i - 1, 1);
       } else {
         ++i;
       }
     }
   }
-  // All coefficient vectors whose projected length stays below the best, from the last coordinate down.
-  void enumerate(int i, double length, Vector& x) {
-    if (i < 0) {
+  // All coefficient vectors whose projected length stays below the best, the last `open` coordinates chosen before.
+  void enumerate(std::size_t open, double length, Vector& x) {
+    if (open == 0) {
       if (length > 0.5) best_ = std::min(best_, length);
       return;
     }
-    const auto at = static_cast<std::size_t>(i);
+    const std::size_t i = open - 1;
     double centre = 0;
-    for (int j = i + 1; j < t_; ++j) centre -= x[static_cast<std::size_t>(j)] * mu_[j][i];
+    for (std::size_t j = open; j < t_; ++j) centre -= x[j] * mu_[j][i];
     const double reach = std::sqrt(std::max(0.0, (best_ - length) / norm_[i]));
     for (double c = std::ceil(centre - reach - 1e-9); c <= centre + reach + 1e-9; ++c) {
-      x[at] = c;
-      enumerate(i - 1, length + (c - centre) * (c - centre) * norm_[i], x);
+      x[i] = c;
+      enumerate(i, length + (c - centre) * (c - centre) * norm_[i], x);
     }
-    x[at] = 0;
+    x[i] = 0;
   }
 
-  int t_;
+  std::size_t t_;
   double best_ = 0;
   std::array<Vector, dimension_count> basis_{}, orthogonal_{}, mu_{};
   Vector norm_{};
@@ -145,8 +143,9 @@ double spectral_figure(std::uint32_t m, std::uint32_t a) {
   static const double log2_gamma[] = {
       0, 0, 1 - std::log2(3.0) / 2, 1.0 / 3, 1.0 / 2, 3.0 / 5, 1 - std::log2(3.0) / 6, 6.0 / 7, 1};
   double figure = 0;
-  for (int t = 2; t <= dimension_count; ++t)
-    figure += std::log2(DualLattice(m, a, t).shortest_squared()) / 2 - log2_gamma[t] / 2 - std::log2(m) / t;
+  for (std::size_t t = 2; t <= dimension_count; ++t)
+    figure += std::log2(DualLattice(m, a, t).shortest_squared()) / 2 - log2_gamma[t] / 2 -
+              std::log2(m) / static_cast<double>(t);
   return figure;
 }
 

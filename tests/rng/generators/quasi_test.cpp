@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cstring>
 #include <map>
 
 #include "service/late_binding.h"
@@ -138,6 +139,24 @@ TEST(Quasi, TablesAreSharedAndBuiltAgain) {
     r.insert(r.end(), rest.begin(), rest.end());
     EXPECT_EQ(r, expected);
   }
+}
+
+// An image may give a table the key of another chunk's data, which is too small for it.
+TEST(Quasi, SharedDataOfAnotherSizeIsNotTaken) {
+  const Stream stream = new_stream(JUN_BRNG_NIEDERR, {12});
+  std::vector<unsigned char> image(static_cast<std::size_t>(__junGetStreamSize(stream.get())));
+  ASSERT_EQ(__junSaveStreamM(stream.get(), image.data()), JUN_RNG_OK);
+  const std::size_t first_chunk = 20 + 43280 - 16;
+  const uint32_t chunk[7] = {77, 0x1234, 1, 2, 3, 4, 0};  // identifier, key, size, data
+  image[12] = 2;
+  image.insert(image.begin() + first_chunk, reinterpret_cast<const unsigned char*>(chunk),
+               reinterpret_cast<const unsigned char*>(chunk + 7));
+  image[first_chunk + 20] = 4;
+  std::memcpy(&image[first_chunk + 28 + 4], chunk + 1, 16);
+  void* loaded = nullptr;
+  ASSERT_EQ(__junLoadStreamM(&loaded, image.data()), JUN_RNG_OK);
+  EXPECT_EQ(__junGetNumChunks(loaded), 2);
+  EXPECT_EQ(raw(Stream(loaded), 1000), raw(stream, 1000));
 }
 
 TEST(Quasi, FailedAllocationsAreReportedAndNothingIsLost) {

@@ -90,7 +90,7 @@ TEST_P(Sequence, CutsAlignmentsAndKindsOfCallsDoNotMatter) {
   const std::vector<double> d = uniforms<double>(stream(), length, -2.0, 3.0);
   const std::vector<float> s = uniforms<float>(stream(), length, -2.0f, 3.0f);
   const std::vector<uint32_t> w = raw(stream(), length, raw_words);
-  std::mt19937 random(GetParam().brng);
+  std::mt19937 random(static_cast<uint32_t>(GetParam().brng));
   std::size_t at[3] = {}, mixed = 0;
   const auto same = [](const auto& part, const auto& whole, std::size_t from) {
     return std::memcmp(part.data(), whole.data() + from, part.size() * sizeof whole[0]) == 0;
