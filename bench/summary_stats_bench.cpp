@@ -9,7 +9,8 @@
 // Peers     compiled for SSE2 as the library is. Moments: Eigen's mean and three sums of powers of deviations, one pass
 //           each. Covariance: means, centred copy and symmetric update, the update by OpenBLAS held to SSE3 (loaded at
 //           run time where it is installed) or by Eigen. Five quantiles: std::nth_element, each on what lies above the
-//           last one. Stream quantiles have no peer with a bound: their rows tell the worst rank instead.
+//           last one. Stream quantiles have no peer with a bound: their rows tell the worst rank and the memory
+//           instead.
 #include <Eigen/Core>
 #include <algorithm>
 #include <chrono>
@@ -26,6 +27,7 @@
 
 #if !defined(_WIN32)
 #include <dlfcn.h>
+#include <malloc.h>
 #include <time.h>
 #endif
 
@@ -74,6 +76,16 @@ void race(const std::string& what, double values, double tolerance, const std::v
   std::printf("%-34s %7.3f (%7.3f)  %5.2f  %s |%s\n", what.c_str(), times[0][0], times[0][rounds / 2],
               best_peer / times[0][0], right ? "     " : "WRONG", peers.c_str());
   std::fflush(stdout);
+}
+
+// Kilobytes that the process has from the allocator, 0 where the system does not tell.
+double kilobytes_in_use() {
+#if defined(_WIN32)
+  return 0;
+#else
+  const auto info = mallinfo2();
+  return static_cast<double>(info.uordblks + info.hblkhd) / 1024;
+#endif
 }
 
 template <class T>
@@ -257,14 +269,15 @@ void stream(const char* kind, const std::vector<T>& x) {
   std::vector<T> sorted = x;
   std::sort(sorted.begin(), sorted.end());
   std::vector<double> times;
-  double worst = 0;
+  double worst = 0, memory = 0;
   for (int round = 0; round < 9; ++round) {
     SSTask* task = nullptr;
     must(Kernels<T>::create(&task, &one, &n, &variable_rows, x.data(), nullptr, nullptr, 0));
     must(__jundSSEditStreamQuantiles(task, &count, orders.data(), results.data(), &one, &eps));
-    const double start = seconds();
+    const double before = kilobytes_in_use(), start = seconds();
     must(Kernels<T>::stream(task, ORIN_SS_STREAM_QUANTILES, 0));
     times.push_back((seconds() - start) * 1e9 / n);
+    memory = kilobytes_in_use() - before;
     must(__junSSDeleteTask(&task));
   }
   for (std::size_t k = 0; k < count; ++k) {
@@ -275,9 +288,9 @@ void stream(const char* kind, const std::vector<T>& x) {
     worst = std::max({worst, low - h, h - high});
   }
   std::sort(times.begin(), times.end());
-  std::printf("%-34s %7.3f (%7.3f)         %s | worst rank %.0f of %.0f allowed\n",
-              (std::string("stream, ") + kind + ", " + Kernels<T>::name).c_str(), times[0], times[4],
-              worst <= static_cast<double>(eps) * n ? "     " : "WRONG", worst, static_cast<double>(eps) * n);
+  std::printf("%-34s %7.3f (%7.3f)         %s | worst rank %.0f of %.0f allowed, %.0f KB kept\n",
+              (std::string("stream, ") + kind).c_str(), times[0], times[4],
+              worst <= static_cast<double>(eps) * n ? "     " : "WRONG", worst, static_cast<double>(eps) * n, memory);
 }
 
 }  // namespace
