@@ -111,7 +111,8 @@ void write_vectors(const SSTask& task, std::uint64_t wanted, const Observations<
   for (std::ptrdiff_t k = 0; k < variables.count(); ++k) {
     double r[vector_results];
     results(moments[k], r);
-    if (!std::isfinite(r[0] + r[1] + r[2] + r[3])) repair(data, variables[k], r);
+    const auto lost = [&](int e) { return (wanted & estimates_table[e].bit) != 0 && !std::isfinite(r[e]); };
+    if (lost(0) || lost(1) || lost(2) || lost(3)) repair(data, variables[k], r);
     for (int e = 0; e < vector_results; ++e) {
       const Estimate& estimate = estimates_table[e];
       if ((wanted & estimate.bit) == 0) continue;
