@@ -210,6 +210,29 @@ TYPED_TEST(Moments, StorageAndSubset) {
   }
 }
 
+// Nobody takes part: every kernel succeeds and writes nothing, memory or not.
+TYPED_TEST(Moments, EmptySubset) {
+  using T = TypeParam;
+  const T x[] = {1, 2, 3, 4}, half = T(0.5);
+  const int nobody[] = {0, 0}, one = 1;
+  T others[8] = {-77, -77, -77, -77, -77, -77, -77, -77};
+  Results<T> results(2);
+  Task<T> task(2, 2, variable_rows, x, nullptr, nobody);
+  results.attach(task);
+  task->accumulated_weights = nullptr;
+  task.set(16, others);
+  task.set(17, others + 2);
+  __jundSSEditQuantiles(task, &one, &half, others + 4, nullptr, nullptr);
+  __jundSSEditStreamQuantiles(task, &one, &half, others + 6, &one, &half);
+  EXPECT_EQ(Entries<T>::basic(task, every_vector | correlation_bit, 1), 0);
+  EXPECT_EQ(Entries<T>::min_max(task, minimum_bit | maximum_bit, 1), 0);
+  EXPECT_EQ(Entries<T>::quantiles(task, ORIN_SS_QUANTILES, 1), 0);
+  EXPECT_EQ(Entries<T>::stream(task, ORIN_SS_STREAM_QUANTILES, 1), 0);
+  const auto untouched = [](T value) { return value == T(-77); };
+  EXPECT_TRUE(std::ranges::all_of(results.vectors, untouched) && std::ranges::all_of(results.correlation, untouched));
+  EXPECT_TRUE(std::ranges::all_of(others, untouched));
+}
+
 TYPED_TEST(Moments, CovarianceAndCorrelation) {
   using T = TypeParam;
   const int p = 4, n = 1300;
