@@ -111,7 +111,8 @@ void write_vectors(const SSTask& task, std::uint64_t wanted, const Observations<
   for (std::ptrdiff_t k = 0; k < variables.count(); ++k) {
     double r[vector_results];
     results(moments[k], r);
-    if (!std::isfinite(r[0] + r[1] + r[2] + r[3])) repair(data, variables[k], r);
+    const auto lost = [&](int e) { return (wanted & estimates_table[e].bit) != 0 && !std::isfinite(r[e]); };
+    if (lost(0) || lost(1) || lost(2) || lost(3)) repair(data, variables[k], r);
     for (int e = 0; e < vector_results; ++e) {
       const Estimate& estimate = estimates_table[e];
       if ((wanted & estimate.bit) == 0) continue;
@@ -155,7 +156,9 @@ std::int32_t basic(const SSTask* task, std::uint64_t asked, std::int32_t method)
 
   Variables variables;
   Work<Moments> work;
-  if (!variables.select(data) || !work.allocate(static_cast<std::size_t>(variables.count()))) return ORIN_SS_NO_MEMORY;
+  if (!variables.select(data)) return ORIN_SS_NO_MEMORY;
+  if (variables.count() == 0) return ORIN_SS_OK;
+  if (!work.allocate(static_cast<std::size_t>(variables.count()))) return ORIN_SS_NO_MEMORY;
   Moments* const moments = work.data();
   std::fill(moments, moments + variables.count(), Moments{});
   int order = 1;
@@ -171,10 +174,10 @@ std::int32_t basic(const SSTask* task, std::uint64_t asked, std::int32_t method)
   if ((wanted & ORIN_SS_COVARIANCE) != 0) {
     Covariance<T> sums(data, variables);
     if (!sums.compute(moments)) return ORIN_SS_NO_MEMORY;
-    if (variables.count() > 0) write_matrices(*task, wanted, data.p(), variables, sums, moments[0].divisor());
+    write_matrices(*task, wanted, data.p(), variables, sums, moments[0].divisor());
   }
   write_vectors(*task, wanted, data, variables, moments);
-  if (const auto weights = array<T, 23>(*task); weights && variables.count() > 0) {
+  if (const auto weights = array<T, 23>(*task)) {
     weights.set(0, static_cast<T>(moments[0].weight()));
     weights.set(1, static_cast<T>(moments[0].weight2()));
   }

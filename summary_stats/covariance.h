@@ -30,7 +30,7 @@ class Covariance {
   // Adds up everything about the means in `moments`; false when there is no memory.
   [[nodiscard]] bool compute(const Moments* moments) noexcept {
     const auto q = static_cast<std::size_t>(q_);
-    if (q != 0 && q > SIZE_MAX / 16 / q) return false;
+    if (q > SIZE_MAX / sizeof(double) / q) return false;
     if (!sums_.allocate(q * q) || !product_.allocate(q * q) || !means_.allocate(q) ||
         !centred_.allocate(q * static_cast<std::size_t>(block_size))) {
       return false;

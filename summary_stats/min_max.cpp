@@ -84,9 +84,9 @@ std::int32_t min_max(const SSTask* task, std::uint64_t estimates, std::int32_t m
 
   Variables variables;
   Work<Extremes<T>> extremes;
-  if (!variables.select(data) || !extremes.allocate(static_cast<std::size_t>(variables.count()))) {
-    return ORIN_SS_NO_MEMORY;
-  }
+  if (!variables.select(data)) return ORIN_SS_NO_MEMORY;
+  if (variables.count() == 0) return ORIN_SS_OK;
+  if (!extremes.allocate(static_cast<std::size_t>(variables.count()))) return ORIN_SS_NO_MEMORY;
   Extremes<T>* const begin = extremes.data();
   std::fill(begin, begin + variables.count(), Extremes<T>{});
   for_each_variable_block(data, variables, [&](std::ptrdiff_t k, std::ptrdiff_t, const T* x, std::ptrdiff_t count) {

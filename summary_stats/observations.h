@@ -92,7 +92,7 @@ class Variables {
   [[nodiscard]] bool select(const Observations<T>& data) noexcept {
     std::ptrdiff_t count = 0;
     for (std::ptrdiff_t v = 0; v < data.p(); ++v) count += data.takes_part(v) ? 1 : 0;
-    if (!indices_.allocate(static_cast<std::size_t>(count))) return false;
+    if (count > 0 && !indices_.allocate(static_cast<std::size_t>(count))) return false;
     count = 0;
     for (std::ptrdiff_t v = 0; v < data.p(); ++v) {
       if (data.takes_part(v)) indices_[static_cast<std::size_t>(count++)] = v;

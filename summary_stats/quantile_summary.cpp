@@ -72,8 +72,8 @@ bool QuantileSummary::reserve(std::size_t count) noexcept {
   return true;
 }
 
-// Counts x in its right neighbour or, since the place of x among equal numbers is free, in one of the tuples of its value
-// taken in turn. Place 0 is at or below the smallest value, count_ above the largest, where nothing is absorbed.
+// Counts x in its right neighbour or, since the place of x among equal numbers is free, in one of the tuples of its
+// value taken in turn. Place 0 is at or below the smallest value, count_ above the largest, where nothing is absorbed.
 bool QuantileSummary::absorb(double x, std::size_t place, std::uint32_t room_below) noexcept {
   if (place == 0 || place == count_) return false;
   if (weights_[place].sum() >= room_below && values_[place] == x) {

@@ -57,8 +57,8 @@ class QuantileSummary {
   double eps_ = 0;
   std::int64_t n_ = 0;  // numbers that the tuples stand for
   std::int64_t nan_count_ = 0;
-  std::uint32_t turn_ = 0;      // among tuples of one value
-  Work<double> pending_;  // numbers that found no room
+  std::uint32_t turn_ = 0;  // among tuples of one value
+  Work<double> pending_;    // numbers that found no room
   std::size_t pending_count_ = 0;
   Work<double> values_;  // the tuples, in two arrays
   Work<Weight> weights_;

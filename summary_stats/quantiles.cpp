@@ -55,9 +55,8 @@ std::int32_t quantiles(const SSTask* task, std::uint64_t estimates) noexcept {
   if (count == 0 && !with_order_statistics) return ORIN_SS_OK;
   Work<T> work;
   Work<std::ptrdiff_t> ranks;
-  if (!work.allocate(static_cast<std::size_t>(n)) || !ranks.allocate(2 * static_cast<std::size_t>(count))) {
-    return ORIN_SS_NO_MEMORY;
-  }
+  if (!work.allocate(static_cast<std::size_t>(n))) return ORIN_SS_NO_MEMORY;
+  if (count > 0 && !ranks.allocate(2 * static_cast<std::size_t>(count))) return ORIN_SS_NO_MEMORY;
   const std::ptrdiff_t rank_count = collect_ranks(orders, count, n, ranks.data());
   T* x = work.data();
 

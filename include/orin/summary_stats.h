@@ -297,7 +297,8 @@ ORIN_API int32_t ORIN_CALL _junsSSBasic(SSTask* task, uint64_t estimates, int32_
  * orders null (-4021), count null or negative (-4022), an order outside [0, 1] or NaN (-4022); for order statistics
  * results null (-4024), their storage null (-4044) or bad (-4003); x null (-4032), n (-4002), p (-4001),
  * memory (-4000). NaN observations count as larger than every number: they end the order statistics, and a quantile
- * whose ranks reach them is NaN. Linear time on average, n log n at worst. */
+ * whose ranks reach them is NaN. The time is about that of a partition for each doubling of the number of orders, n log n
+ * at worst. */
 ORIN_API int32_t ORIN_CALL _jundSSQuantiles(SSTask* task, uint64_t estimates, int32_t method);
 ORIN_API int32_t ORIN_CALL _junsSSQuantiles(SSTask* task, uint64_t estimates, int32_t method);
 
@@ -324,9 +325,9 @@ ORIN_API int32_t ORIN_CALL __junsQSortStep(int32_t l, int32_t r, float* a, int32
  * defined above. Memory grows with log(eps N) / eps, not with N.
  * Checked in this order: task null (-4031), x storage null (-4044) or bad (-4003), results null (-4070), orders null
  * (-4068), count null or negative or an order outside [0, 1] (-4069), parameter count null or not 1 (-4066),
- * parameters null or eps not in [1e-6, 1/2] or other than in the calls before (-4065), x null (-4032), n (-4002), p
- * not positive or other than in the calls before (-4001), memory (-4000; the stream is
- * forgotten as a whole). NaN observations count as larger than every number.
+ * parameters null or eps not between 0 and 1 or other than in the calls before (-4065), x null (-4032), n (-4002), p
+ * not positive or other than in the calls before (-4001), memory (-4000; the stream is forgotten as a whole). NaN
+ * observations count as larger than every number.
  * Source: Greenwald, Khanna, Space-efficient online computation of quantile summaries, SIGMOD 2001. */
 ORIN_API int32_t ORIN_CALL _jundSSStreamQuantiles(SSTask* task, uint64_t estimates, int32_t method);
 ORIN_API int32_t ORIN_CALL _junsSSStreamQuantiles(SSTask* task, uint64_t estimates, int32_t method);

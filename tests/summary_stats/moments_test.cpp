@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <utility>
 
 #include "nist_univariate.h"
 #include "stats_task.h"
@@ -180,7 +181,7 @@ TYPED_TEST(Moments, StorageAndSubset) {
   const int p = 5, subset[] = {1, 0, 2, 1, 0};
   for (const int n : {1, 2, 7, 513, 1200}) {
     const std::vector<T> x = normal_data<T>(p, n, 4, 3, 2), w = normal_data<T>(1, n, 5, 2, 0.1);
-    for (const T* weights : {static_cast<const T*>(nullptr), w.data()}) {
+    for (const T* weights : {static_cast<const T*>(nullptr), std::as_const(w).data()}) {
       Results<T> by_variable(p), by_observation(p), whole(p);
       const auto compute = [&](const std::vector<T>& data, int storage, Results<T>& results, const int* chosen) {
         GuardedArray<T> moved(data.size(), GuardedArray<T>::at_end, 4);
@@ -209,18 +210,45 @@ TYPED_TEST(Moments, StorageAndSubset) {
   }
 }
 
+// Nobody takes part: every kernel succeeds and writes nothing, memory or not.
+TYPED_TEST(Moments, EmptySubset) {
+  using T = TypeParam;
+  const T x[] = {1, 2, 3, 4}, half = T(0.5);
+  const int nobody[] = {0, 0}, one = 1;
+  T others[8] = {-77, -77, -77, -77, -77, -77, -77, -77};
+  Results<T> results(2);
+  Task<T> task(2, 2, variable_rows, x, nullptr, nobody);
+  results.attach(task);
+  task->accumulated_weights = nullptr;
+  task.set(16, others);
+  task.set(17, others + 2);
+  __jundSSEditQuantiles(task, &one, &half, others + 4, nullptr, nullptr);
+  __jundSSEditStreamQuantiles(task, &one, &half, others + 6, &one, &half);
+  EXPECT_EQ(Entries<T>::basic(task, every_vector | correlation_bit, 1), 0);
+  EXPECT_EQ(Entries<T>::min_max(task, minimum_bit | maximum_bit, 1), 0);
+  EXPECT_EQ(Entries<T>::quantiles(task, ORIN_SS_QUANTILES, 1), 0);
+  EXPECT_EQ(Entries<T>::stream(task, ORIN_SS_STREAM_QUANTILES, 1), 0);
+  const auto untouched = [](T value) { return value == T(-77); };
+  EXPECT_TRUE(std::ranges::all_of(results.vectors, untouched) && std::ranges::all_of(results.correlation, untouched));
+  EXPECT_TRUE(std::ranges::all_of(others, untouched));
+}
+
 TYPED_TEST(Moments, CovarianceAndCorrelation) {
   using T = TypeParam;
   const int p = 4, n = 1300;
-  std::vector<T> x = normal_data<T>(p, n, 6, 1e3, 1);
+  // Beside 10^9 the rounding of the mean alone would show in the products.
+  std::vector<T> x = sizeof(T) == 8 ? normal_data<T>(p, n, 6, 1e9, 0.01) : normal_data<T>(p, n, 6, 1e3, 1);
   for (std::size_t i = 0; i < n; ++i) {
     x[n + i] = T(2) * x[i] + T(0.01) * x[n + i];  // nearly collinear
     x[3 * n + i] = -x[i];                         // exactly so
   }
-  const std::vector<T> w = normal_data<T>(1, n, 7, 2, 0.3);
+  std::vector<T> w = normal_data<T>(1, n, 7, 2, 0.3);
+  w[17] = 0;
   for (const int storage : {variable_rows, observation_rows}) {
-    for (const T* weights : {static_cast<const T*>(nullptr), w.data()}) {
-      const auto data = storage == variable_rows ? x : transposed(x, p, n);
+    for (const T* weights : {static_cast<const T*>(nullptr), std::as_const(w).data()}) {
+      std::vector<T> shown = x;
+      for (std::size_t a = 0; a < p && weights != nullptr; ++a) shown[a * n + 17] = nan_of<T>;  // without weight
+      const auto data = storage == variable_rows ? shown : transposed(shown, p, n);
       Results<T> results(p);
       Task<T> task(p, n, storage, data.data(), weights);
       results.attach(task);
@@ -403,13 +431,14 @@ TYPED_TEST(Moments, MinimumAndMaximum) {
   for (int n = 1; n <= 40; ++n) {
     for (int round = 0; round < 30; ++round) {
       std::vector<T> x;
-      const unsigned spread = round % 3 == 0 ? 3 : 1000;
+      const unsigned spread = round % 3 == 0 ? 3 : 1000;  // few values of one sign: the zeros are extremes
       for (int i = 0; i < p * n; ++i) {
         const unsigned draw = static_cast<unsigned>(generator() % 12);
         const T sign = generator() % 2 == 0 ? T(1) : T(-1);
+        const T size = T(generator() % spread), side = spread == 1000 ? sign : round % 2 == 0 ? T(1) : T(-1);
         x.push_back(round % 2 == 1 && draw == 0   ? nan_of<T>
                     : round % 5 == 0 && draw == 1 ? sign * infinity_of<T>
-                                                  : sign * T(generator() % spread));
+                                                  : (size == 0 ? sign : side) * size);
       }
       if (round == 29) std::fill(x.begin(), x.begin() + n, nan_of<T>);
       for (const int storage : {variable_rows, observation_rows}) {
