@@ -294,7 +294,8 @@ ORIN_API int32_t ORIN_CALL orin_df_kernel_sDFUniUserDefSearch1D(int64_t nx, cons
 
 /* --- Use ------------------------------------------------------------------------------------------------------------
  * Both read the coefficients that a constructor wrote, with the task's order and type, and extend the outer cells'
- * polynomials beyond the partition. A NaN site or limit gives NaN.
+ * polynomials beyond the partition. A NaN site gives a value of NaN, a NaN limit an integral of NaN. Derivatives from
+ * the order on are 0.
  */
 
 /* Derivatives of every function at nsite sites: dorder[k] != 0, k < ndorder, asks for the k-th (0: the value). Results:
