@@ -149,7 +149,7 @@ ORIN_API int32_t ORIN_CALL orin_df_kernel_sEditPPSpline1D(DfTask1D* task, int64_
 ORIN_API int32_t ORIN_CALL orin_df_kernel_dEditPtr(DfTask1D* task, int64_t id, const double* pointer);
 ORIN_API int32_t ORIN_CALL orin_df_kernel_sEditPtr(DfTask1D* task, int64_t id, const float* pointer);
 
-/* The values (ORIN_DF_Y) or coefficient storage (ORIN_DF_SCOEFF) of function idx, 0 <= idx < ny. The table must be there. */
+/* The values (ORIN_DF_Y) or coefficient storage (ORIN_DF_SCOEFF) of function idx < ny. The table must be there. */
 ORIN_API int32_t ORIN_CALL orin_df_kernel_dEditIdxPtr(DfTask1D* task, int64_t id, int64_t idx, const double* pointer);
 ORIN_API int32_t ORIN_CALL orin_df_kernel_sEditIdxPtr(DfTask1D* task, int64_t id, int64_t idx, const float* pointer);
 
