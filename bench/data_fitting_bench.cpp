@@ -62,6 +62,7 @@ void row(const char* what, double ours, const char* peer, double theirs, bool ri
               right ? "" : "   WRONG");
 }
 
+#if ORIN_BENCH_PEERS
 bool close(const Doubles& a, const Doubles& b, double tolerance) {
   double worst = 0, scale = 1;
   for (std::size_t i = 0; i < b.size(); ++i) {
@@ -70,6 +71,7 @@ bool close(const Doubles& a, const Doubles& b, double tolerance) {
   }
   return worst <= tolerance * scale;
 }
+#endif
 
 struct Data {
   Doubles general, even, y, random, ascending;

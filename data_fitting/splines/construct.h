@@ -89,9 +89,12 @@ constexpr auto plain_kernels = []<std::size_t... I>(std::index_sequence<I...>) {
 
 // --- Checks ----------------------------------------------------------------------------------------------------------
 
+// More points than an array can have are a matter of memory.
 inline int32_t check_points(const DfTask1D* task, int64_t least) {
+  constexpr int64_t most = PTRDIFF_MAX / 128;
   if (task == nullptr) return ORIN_DF_NULL_TASK;
-  return task->nx < least ? ORIN_DF_BAD_NX : ORIN_DF_OK;
+  if (task->nx < least) return ORIN_DF_BAD_NX;
+  return task->nx > most ? ORIN_DF_NO_MEMORY : ORIN_DF_OK;
 }
 
 inline int32_t check_ends(const DfTask1D& task, bool periodic_needs_values) {

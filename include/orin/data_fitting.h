@@ -149,8 +149,7 @@ ORIN_API int32_t ORIN_CALL orin_df_kernel_sEditPPSpline1D(DfTask1D* task, int64_
 ORIN_API int32_t ORIN_CALL orin_df_kernel_dEditPtr(DfTask1D* task, int64_t id, const double* pointer);
 ORIN_API int32_t ORIN_CALL orin_df_kernel_sEditPtr(DfTask1D* task, int64_t id, const float* pointer);
 
-/* The values (ORIN_DF_Y) or coefficient storage (ORIN_DF_SCOEFF) of function idx, 0 <= idx < ny. The table must exist.
- */
+/* The values (ORIN_DF_Y) or coefficient storage (ORIN_DF_SCOEFF) of function idx < ny. The table must be there. */
 ORIN_API int32_t ORIN_CALL orin_df_kernel_dEditIdxPtr(DfTask1D* task, int64_t id, int64_t idx, const double* pointer);
 ORIN_API int32_t ORIN_CALL orin_df_kernel_sEditIdxPtr(DfTask1D* task, int64_t id, int64_t idx, const float* pointer);
 
@@ -294,7 +293,8 @@ ORIN_API int32_t ORIN_CALL orin_df_kernel_sDFUniUserDefSearch1D(int64_t nx, cons
 
 /* --- Use ------------------------------------------------------------------------------------------------------------
  * Both read the coefficients that a constructor wrote, with the task's order and type, and extend the outer cells'
- * polynomials beyond the partition. A NaN site or limit gives NaN.
+ * polynomials beyond the partition. A NaN site gives a value of NaN, a NaN limit an integral of NaN. Derivatives from
+ * the order on are 0.
  */
 
 /* Derivatives of every function at nsite sites: dorder[k] != 0, k < ndorder, asks for the k-th (0: the value). Results:

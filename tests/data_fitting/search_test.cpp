@@ -142,7 +142,7 @@ void check(const std::vector<T>& x, const std::vector<T>& sites,
 template <class T>
 class Search : public testing::Test {
  protected:
-  static constexpr std::size_t point_counts[] = {2, 3, 5, 16, 17, 40, 41, 83, 200, 1000};
+  static constexpr std::size_t point_counts[] = {2, 3, 5, 16, 17, 40, 41, 79, 200, 1000};
   static constexpr std::size_t site_counts[] = {1, 3, 9, 100, 3500};
 
   // body(x, sites) for every kind and size.
@@ -193,6 +193,14 @@ TYPED_TEST(Search, UniformWithVeryManyPoints) {
     ASSERT_EQ(Api<T>::uniform(nx, &x0, 40, sites.data(), 1, cell.data(), 3), ORIN_DF_OK);
     for (std::size_t i = 0; i < sites.size(); ++i) EXPECT_EQ(cell[i], plain_uniform<T>(nx, 0, 1, sites[i])) << nx;
   }
+}
+
+TYPED_TEST(Search, UniformBelowThePartitionWithANegativeMultiplier) {
+  const TypeParam x0 = 2;
+  const std::vector<TypeParam> sites(20, TypeParam{1});
+  std::vector<int32_t> cell(sites.size(), -1);
+  ASSERT_EQ(Api<TypeParam>::uniform(9, &x0, 20, sites.data(), -1, cell.data(), 0), ORIN_DF_OK);
+  EXPECT_EQ(cell, std::vector<int32_t>(20, 0));
 }
 
 TYPED_TEST(Search, GeneralPartition) {

@@ -487,6 +487,11 @@ TYPED_TEST(Spline, StatusesInOrder) {
   task.ic_type = 8;
   EXPECT_EQ(A::quadratic(&task, 0, 0, 0), ORIN_DF_BAD_IC);
 
+  describe(INT64_MAX, 0, 0, nullptr);
+  task.ic_type = 0;
+  for (const Family<T>& family : cubics<T>) EXPECT_EQ(family.constructor(&task, 0, 0, 0), ORIN_DF_NO_MEMORY);
+  EXPECT_EQ(A::linear(&task, 0, 0, 0), ORIN_DF_NO_MEMORY);
+
   Fit<T> empty(uniform_partition<T>(9), 0);
   EXPECT_EQ(A::natural(empty.task, 0, 0, 0), ORIN_DF_OK) << "no functions, nothing to build";
   Fit<T> bare(uniform_partition<T>(9), 1);

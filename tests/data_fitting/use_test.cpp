@@ -1,7 +1,7 @@
 // use_test: interpolation and integration against the polynomials themselves, however sites, cells and results lie.
 // SPDX-License-Identifier: MIT
 #include <algorithm>
-#include <cstring>
+#include <tuple>
 
 #include "tests/data_fitting/api.h"
 #include "tests/support/faulty_core.h"
@@ -253,6 +253,40 @@ TYPED_TEST(Use, Integrals) {
       }
     }
   });
+}
+
+// Points that repeat or descend: nothing to expect of the numbers, but every access stays inside.
+TYPED_TEST(Use, PointsOutOfOrderStayInside) {
+  using T = TypeParam;
+  using A = Api<T>;
+  constexpr std::size_t n = 300, sites = 500;
+  for (const bool descending : {false, true}) {
+    GuardedArray<T> x(n), y(n, GuardedArray<T>::at_start), c(4 * n), s(sites), r(sites);
+    for (std::size_t i = 0; i < n; ++i) {
+      x[i] = static_cast<T>(descending ? n - i : i / 4);
+      y[i] = static_cast<T>(i % 7);
+    }
+    for (std::size_t i = 0; i < sites; ++i) s[i] = static_cast<T>((i * 37) % 331) - 10;
+    for (const int64_t xhint : {0, 2, 4}) {
+      DfTask1D* task = nullptr;
+      ASSERT_EQ(A::new_task(&task, n, x.data(), xhint, 1, y.data(), 0, 0), ORIN_DF_OK);
+      for (const auto& [constructor, order, type] : {std::tuple{A::linear, 2, 0},
+                                                     {A::quadratic, 3, 1},
+                                                     {A::natural, 4, 2},
+                                                     {A::akima, 4, 5},
+                                                     {A::bessel, 4, 4}}) {
+        ASSERT_EQ(A::edit_spline(task, order, type, 1, nullptr, 0, nullptr, c.data(), 0), ORIN_DF_OK);
+        EXPECT_EQ(constructor(task, 0, 0, 0), ORIN_DF_OK);
+        for (const int64_t sitehint : {0, 64}) {
+          const int32_t value[] = {1};
+          EXPECT_EQ(A::interpolate(task, sites, s.data(), sitehint, 1, value, nullptr, r.data(), 0, nullptr), 0);
+          EXPECT_EQ(A::integrate(task, sites - 1, s.data(), sitehint, s.data() + 1, 0, r.data(), 0), ORIN_DF_OK);
+        }
+      }
+      orin_df_kernel_DeleteTask(&task);
+    }
+    EXPECT_TRUE(c.surroundings_intact() && r.surroundings_intact());
+  }
 }
 
 // The first cells hold values of 1e16: prefix sums in one double would lose all of a later cell's integral.
