@@ -2,17 +2,16 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    minimum over rounds of the mean time of a call, contenders taking turns, inputs uniform in -1..1, warm
-// caches; every result is compared
-//           with a plain sum at sampled outputs first, and the row prints WRONG if it is off.
+//           caches; every result is compared with a plain sum at sampled outputs first, and the row prints WRONG if it
+//           is off.
 // FFTW      is asked for SSE2 code by answering its own question whether the processor has AVX: the library calls
 //           fftw_have_simd_avx through the dynamic linker, so the definitions below are the ones it finds. The first
 //           line of the output says which codelets its plans use. Plans are made with FFTW_MEASURE outside the timed
-//           call; the convolution runs them in the best of several ways: one transform at the next power of two, one at
-//           the next length without large factors, or overlap-add in blocks of 2 to 64 times the shorter operand. "in
-//           call" makes and destroys FFTW_ESTIMATE plans for one transform in the call.
+//           call; the convolution runs them in the best of several ways: one transform at the next power of two, one
+//           at the next length without large factors, or overlap-add in blocks of 2 to 64 times the shorter operand.
+//           "in call" makes and destroys FFTW_ESTIMATE plans for one transform in the call.
 // Loop      eight registers of outputs per tap, over a padded copy and taps spread over vectors, which it makes in the
-// call
-//           in memory that it keeps.
+//           call in memory that it keeps.
 // Argument  direct, fft or planes: that part alone.
 // 32 bits   the Windows build has no FFTW: only the module and the loop are timed.
 #include <algorithm>

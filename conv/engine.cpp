@@ -60,7 +60,7 @@ std::size_t power_of_two_from(std::size_t n, std::size_t least) {
 template <class T, std::size_t Parts>
 class Workspace {
  public:
-  Workspace(std::size_t length, bool repeated) : transform(length * Parts / 2, repeated) {}
+  explicit Workspace(std::size_t length) : transform(length * Parts / 2) {}
 
   bool allocate() {
     const std::size_t operand = 2 * transform.points();
@@ -82,7 +82,7 @@ class Workspace {
 template <class T, std::size_t Parts>
 std::int32_t single_transform(Sequence<T, Parts> longer, Sequence<T, Parts> shorter, T* out) {
   const std::size_t full = longer.length + shorter.length - 1;
-  Workspace<T, Parts> work(power_of_two_from(full, 4), false);
+  Workspace<T, Parts> work(power_of_two_from(full, 4));
   if (!work.allocate()) return engine_no_memory;
   work.transform.template load<Parts>({longer.data, longer.length}, work.first);
   work.transform.template load<Parts>({shorter.data, shorter.length}, work.second);
@@ -95,7 +95,7 @@ template <class T, std::size_t Parts>
 std::int32_t overlap_add(Sequence<T, Parts> longer, Sequence<T, Parts> shorter, T* out) {
   const std::size_t length = 2 * power_of_two_from(2 * shorter.length, 2);
   const std::size_t block = length - shorter.length + 1;
-  Workspace<T, Parts> work(length, true);
+  Workspace<T, Parts> work(length);
   if (!work.allocate()) return engine_no_memory;
   work.transform.template load<Parts>({shorter.data, shorter.length}, work.second);
   work.transform.forward(work.second);

@@ -5,16 +5,17 @@
 //
 // A correlation is this as it stands, a convolution with one operand reversed.
 //
-// Method    Outputs of a row go through registers in tiles of six vectors: each tap, repeated over a vector, meets six
-//           vectors of the source, so that two loads serve two operations and the adders are never idle. Tiles form
-//           groups. For a group and 128 taps at a time, taps are spread over vectors on the stack, and the piece of the
-//           source that they meet is read in place or, where it is strided, crosses an end, needs conversion or is
-//           decimated, gathered there with zeros beyond the ends. Both cost little beside the sums. A decimation D
-//           splits the taps into D interleaved sets, each an undecimated sum over every D-th element of the source.
-// Complex   the parts of a tap meet interleaved elements whole: sum of re(h) v and of im(h) v apart, joined at the end
-// as
-//           first + i second; no shuffle in the loop.
-// Accuracy  each output is the plain sum of its terms in the order of k within a set: error <= n u sum |terms|.
+// Method    Outputs of a row go through registers in tiles of six or eight vectors: each tap, spread over a vector,
+//           meets that many vectors of the source, and the sums never wait for one another. Tiles form groups. For a
+//           group and 128 taps at a time, taps are spread over vectors on the stack, and the piece of the source that
+//           they meet is read in place or, where it is strided, crosses an end, needs conversion or is decimated,
+//           gathered there with zeros beyond the ends. Both cost little beside the sums. A decimation D splits the
+//           taps into D interleaved sets, each an undecimated sum over every D-th element of the source.
+// Complex   The parts of a tap meet interleaved elements whole: sums of re(h) v and of im(h) v apart, joined at the
+//           end as first + i second; no shuffle in the loop.
+// Bounds    The inner loop is bound by the adder and multiplier ports: one load, multiplication and addition for each
+//           vector of terms.
+// Accuracy  Each output is the plain sum of its terms in the order of k within a set: error <= n u sum |terms|.
 #ifndef ORIN_CONV_SLIDING_H
 #define ORIN_CONV_SLIDING_H
 

@@ -160,58 +160,39 @@ struct FirstFactors {
   Lanes<T> w1, w2, w3;
 };
 
-// Elements at, at + 1 ... of a sequence, zeros beyond its end.
+// A sequence of `count` scalars cut into streams of `length`: what stands in the same place of all streams enters one
+// butterfly. Real data: the quarters of the real parts, then those of the imaginary parts. Complex: four quarters.
+// Streams that hold the place `at`.
+inline std::size_t streams_at(std::size_t count, std::size_t length, std::size_t at) {
+  return count > at ? (count - at - 1) / length + 1 : 0;
+}
+
+// Scalars at, at + 1 ... of a sequence, zeros beyond its end.
 template <class T>
 typename Simd<T>::Vector load_clipped(const T* data, std::size_t count, std::size_t at) {
-  constexpr std::size_t lanes = Simd<T>::lanes;
-  if (at + lanes <= count) [[likely]]
-    return Simd<T>::load_any(data + at);
-  if (at >= count) return Simd<T>::zero();
-  alignas(16) T edge[lanes] = {};
-  std::copy(data + at, data + count, edge);
+  alignas(16) T edge[Simd<T>::lanes] = {};
+  for (std::size_t i = 0; i < Simd<T>::lanes && at + i < count; ++i) edge[i] = data[at + i];
   return Simd<T>::load(edge);
 }
 
+// Stores what lies below `count`, the part below `added` on top of what is there.
 template <class T>
 void store_clipped(T* data, std::size_t count, std::size_t added, std::size_t at, typename Simd<T>::Vector v) {
-  constexpr std::size_t lanes = Simd<T>::lanes;
-  if (at + lanes <= count && at >= added) [[likely]] {
-    Simd<T>::store_any(data + at, v);
-  } else if (at + lanes <= added) {
-    Simd<T>::store_any(data + at, Simd<T>::load_any(data + at) + v);
-  } else {
-    alignas(16) T edge[lanes];
-    Simd<T>::store(edge, v);
-    for (std::size_t i = at; i < std::min(at + lanes, count); ++i)
-      data[i] = edge[i - at] + (i < added ? data[i] : T(0));
+  alignas(16) T edge[Simd<T>::lanes];
+  Simd<T>::store(edge, v);
+  for (std::size_t i = 0; i < Simd<T>::lanes && at + i < count; ++i)
+    data[at + i] = edge[i] + (at + i < added ? data[at + i] : T(0));
+}
+
+// Walks over the places of a stream in steps of one vector of coefficients: whole(at) where all of its elements lie on
+// one side of every edge, across(at) at an edge. The last edge is the length of the stream.
+template <std::size_t Step, std::size_t Edges, class Whole, class Across>
+[[gnu::always_inline]] inline void walk(const std::size_t (&edges)[Edges], Whole&& whole, Across&& across) {
+  std::size_t at = 0;
+  for (const std::size_t edge : edges) {
+    if (at + Step <= edge) at = whole(at, edge - (edge - at) % Step);
+    if (at < edge) across(at), at += Step;
   }
-}
-
-// Coefficients at, at + 1 ... of the `points` that an input stands for.
-template <class T>
-Lanes<T> coefficients(const Input<T, 1>& input, std::size_t points, std::size_t at) {
-  return {load_clipped(input.data, input.count, at), load_clipped(input.data, input.count, points + at)};
-}
-
-template <class T>
-Lanes<T> coefficients(const Input<T, 2>& input, std::size_t, std::size_t at) {
-  auto a = load_clipped(input.data, 2 * input.count, 2 * at);
-  auto b = load_clipped(input.data, 2 * input.count, 2 * at + Simd<T>::lanes);
-  Simd<T>::deinterleave(a, b);
-  return {a, b};
-}
-
-template <class T>
-void put_coefficients(const Output<T, 1>& output, std::size_t points, std::size_t at, Lanes<T> a) {
-  store_clipped(output.data, output.count, output.added, at, a.re);
-  store_clipped(output.data, output.count, output.added, points + at, a.im);
-}
-
-template <class T>
-void put_coefficients(const Output<T, 2>& output, std::size_t, std::size_t at, Lanes<T> a) {
-  Simd<T>::interleave(a.re, a.im);
-  store_clipped(output.data, 2 * output.count, 2 * output.added, 2 * at, a.re);
-  store_clipped(output.data, 2 * output.count, 2 * output.added, 2 * at + Simd<T>::lanes, a.im);
 }
 
 // Turns blocks in rows, consecutive coefficients in lanes, into groups with the blocks in lanes, and back.
@@ -254,15 +235,34 @@ Quarters<double> load_from_lanes(const double* p, std::size_t quarter) {
   return q;
 }
 
+// The first pass at one place of the streams: `stream(i, offset)` is the vector at that place of stream i. Real only:
+// the imaginary streams are empty.
+template <class T, int Parts, bool RealOnly, class Stream>
+[[gnu::always_inline]] inline Quarters<T> first_split(const FirstFactors<T>& f, Stream&& stream) {
+  using Vector = typename Simd<T>::Vector;
+  if constexpr (RealOnly) {
+    const Vector a1 = stream(1, 0), a2 = stream(2, 0), a3 = stream(3, 0);
+    return split<T>({stream(0, 0), Simd<T>::zero()}, {a1 * f.w1.re, a1 * f.w1.im}, {a2 * f.w2.re, a2 * f.w2.im},
+                    {a3 * f.w3.re, a3 * f.w3.im});
+  } else {
+    const auto quarter = [&](std::size_t i) __attribute__((always_inline))->Lanes<T> {
+      if constexpr (Parts == 1) return {stream(i, 0), stream(i + 4, 0)};
+      Vector even = stream(i, 0), odd = stream(i, Simd<T>::lanes);
+      Simd<T>::deinterleave(even, odd);
+      return {even, odd};
+    };
+    return split(quarter(0), quarter(1) * f.w1, quarter(2) * f.w2, quarter(3) * f.w3);
+  }
+}
+
 // Groups of a block that, with its counterpart and its factors, is worked on in the first-level cache.
 constexpr std::size_t cached_length = 256;
 
 }  // namespace
 
 template <class T>
-Transform<T>::Transform(std::size_t points, bool repeated) : points_(points), last_length_(points / 4), levels_(0) {
-  const std::size_t longest = repeated ? 2 : 4;
-  while (last_length_ > longest) {
+Transform<T>::Transform(std::size_t points) : points_(points), last_length_(points / 4), levels_(0) {
+  while (last_length_ > 4) {
     last_length_ /= 4;
     ++levels_;
   }
@@ -271,32 +271,81 @@ Transform<T>::Transform(std::size_t points, bool repeated) : points_(points), la
 template <class T>
 template <int Parts>
 void Transform<T>::load(const Input<T, Parts>& input, T* work) const {
-  constexpr std::size_t lanes = Simd<T>::lanes;
-  const std::size_t quarter = points_ / 4;
+  constexpr std::size_t step = Parts * Simd<T>::lanes;
+  const std::size_t quarter = points_ / 4, length = Parts * quarter, count = Parts * input.count;
   const FirstFactors<T> f(T(1));
-  for (std::size_t j = 0; j < quarter; j += lanes)
-    store_in_lanes(work + j * group<T>, quarter,
-                   split(coefficients(input, points_, j), coefficients(input, points_, quarter + j) * f.w1,
-                         coefficients(input, points_, 2 * quarter + j) * f.w2,
-                         coefficients(input, points_, 3 * quarter + j) * f.w3));
+  const T* const data = input.data;
+  const auto put = [&](std::size_t at, const Quarters<T>& b) __attribute__((always_inline)) {
+    store_in_lanes(work + at / Parts * group<T>, quarter, b);
+  };
+  const auto whole = [&](std::size_t at, std::size_t end) {
+    const std::size_t live = streams_at(count, length, at);
+    const auto stream_at = [&](std::size_t place) __attribute__((always_inline)) {
+      return [=](std::size_t i, std::size_t offset) __attribute__((always_inline)) {
+        return i < live ? Simd<T>::load_any(data + (i * length + place + offset)) : Simd<T>::zero();
+      };
+    };
+    if (Parts == 1 && live <= 4) {
+      for (; at < end; at += step) put(at, first_split<T, Parts, Parts == 1>(f, stream_at(at)));
+    } else {
+      for (; at < end; at += step) put(at, first_split<T, Parts, false>(f, stream_at(at)));
+    }
+    return at;
+  };
+  const auto across = [&](std::size_t at) {
+    put(at, first_split<T, Parts, false>(f, [&](std::size_t i, std::size_t offset) {
+          return load_clipped(data, count, i * length + at + offset);
+        }));
+  };
+  walk<step>({count % length, length}, whole, across);
 }
 
 template <class T>
 template <int Parts>
 void Transform<T>::unload(const T* work, const Output<T, Parts>& output) const {
-  constexpr std::size_t lanes = Simd<T>::lanes;
-  const std::size_t quarter = points_ / 4;
+  using Vector = typename Simd<T>::Vector;
+  constexpr std::size_t step = Parts * Simd<T>::lanes;
+  const std::size_t quarter = points_ / 4, length = Parts * quarter;
+  const std::size_t count = Parts * output.count, added = Parts * output.added;
   const T scale = static_cast<T>(last_length_) / static_cast<T>(points_);
   const FirstFactors<T> f(scale);
-  const auto scaling = Simd<T>::splat(scale);
-  for (std::size_t j = 0; j < quarter; j += lanes) {
-    const Quarters<T> b = load_from_lanes(work + j * group<T>, quarter);
+  const Vector scaling = Simd<T>::splat(scale);
+  T* const data = output.data;
+  const auto join_at = [&](std::size_t at, auto&& stream) __attribute__((always_inline)) {
+    const Quarters<T> b = load_from_lanes(work + at / Parts * group<T>, quarter);
     const Quarters<T> a = join(b.a0, b.a1, b.a2, b.a3);
-    put_coefficients(output, points_, j, Lanes<T>{a.a0.re * scaling, a.a0.im * scaling});
-    put_coefficients(output, points_, quarter + j, times_conjugate(a.a1, f.w1));
-    put_coefficients(output, points_, 2 * quarter + j, times_conjugate(a.a2, f.w2));
-    put_coefficients(output, points_, 3 * quarter + j, times_conjugate(a.a3, f.w3));
-  }
+    const auto put = [&](std::size_t i, Lanes<T> v) __attribute__((always_inline)) {
+      if constexpr (Parts == 1) {
+        stream(i, 0, v.re);
+        stream(i + 4, 0, v.im);
+      } else {
+        Simd<T>::interleave(v.re, v.im);
+        stream(i, 0, v.re);
+        stream(i, Simd<T>::lanes, v.im);
+      }
+    };
+    put(0, {a.a0.re * scaling, a.a0.im * scaling});
+    put(1, times_conjugate(a.a1, f.w1));
+    put(2, times_conjugate(a.a2, f.w2));
+    put(3, times_conjugate(a.a3, f.w3));
+  };
+  const auto whole = [&](std::size_t at, std::size_t end) {
+    const std::size_t live = streams_at(count, length, at), adding = streams_at(added, length, at);
+    for (; at < end; at += step)
+      join_at(
+          at, [&](std::size_t i, std::size_t offset, Vector v) __attribute__((always_inline)) {
+            T* const to = data + (i * length + at + offset);
+            if (i < live) Simd<T>::store_any(to, i < adding ? Simd<T>::load_any(to) + v : v);
+          });
+    return at;
+  };
+  const auto across = [&](std::size_t at) {
+    join_at(at, [&](std::size_t i, std::size_t offset, Vector v) {
+      store_clipped(data, count, added, i * length + at + offset, v);
+    });
+  };
+  const std::size_t first = count % length, second = added % length;
+  walk<step>({std::min(first, second), std::max(first, second), length}, whole, across);
 }
 
 template <class T>
@@ -326,10 +375,8 @@ void Transform<T>::multiply_last(std::size_t block, std::size_t length, T* work,
   const std::size_t parents = length / (4 * last_length_);
   if (last_length_ == 4)
     multiply_polynomials_below<4>(work, other, parents, twiddle);
-  else if (last_length_ == 2)
-    multiply_polynomials_below<2>(work, other, parents, twiddle);
   else
-    multiply_polynomials_below<1>(work, other, parents, twiddle);
+    multiply_polynomials_below<2>(work, other, parents, twiddle);
 }
 
 template <class T>
