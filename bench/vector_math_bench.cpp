@@ -47,7 +47,7 @@ std::vector<Time> race(const std::vector<std::function<void()>>& contenders) {
     calls.push_back(std::max(1, static_cast<int>(200000 / (elapsed(call, 10) / 10 + 1))));
   }
   std::vector<std::vector<double>> times(contenders.size());
-  for (int round = 0; round < 31; ++round)
+  for (int round = 0; round < 61; ++round)
     for (std::size_t k = 0; k < contenders.size(); ++k) times[k].push_back(elapsed(contenders[k], calls[k]) / calls[k]);
   std::vector<Time> out;
   for (auto& list : times) {

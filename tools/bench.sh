@@ -41,6 +41,7 @@ for family in "${families[@]}"; do
     if [ "$family" = vector_math ]; then
       build win32 "$target"
       cmake/wine.sh "build/win32/bin/$target.exe" --times | tr -d '\r' > "$work/times"
+      cmake/wine.sh "build/win32/bin/$target.exe" --costs | tr -d '\r' > docs/costs.txt
       "build/linux64/bin/$target" --other "$work/times"
     else
       "build/linux64/bin/$target"

@@ -4,7 +4,7 @@
 set -euo pipefail
 
 compilers=(g++ clang libclang-rt-14-dev cmake ninja-build ccache g++-mingw-w64-i686-posix g++-mingw-w64-i686-win32)
-tests=(googletest libeigen3-dev liblapack-dev libmpfr-dev libmpc-dev libntl-dev zip unzip)
+tests=(googletest libeigen3-dev liblapack-dev libmpfr-dev libmpc-dev libntl-dev python3-mpmath zip unzip)
 peers=(libsleef-dev libfftw3-dev libgsl-dev libboost-dev libdsfmt-dev libopenblas-dev dieharder python3-scipy)
 wine=(wine wine32:i386)
 

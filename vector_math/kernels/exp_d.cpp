@@ -5,7 +5,7 @@
 //           LA  x = n ln2/1024 + r, n = 1024 k + j;  e^x = 2^k T q(r), q a monic cubic, T = 2^(j/1024) / 6
 //           EP  x 256/ln2 = n + 512 u, n = 256 k + j;  e^x = 2^k T (w^2 + b), w = u + 369/512, T near 2^(j/256)
 // Bounds    HA 0.55 ulp, LA relative 2^-50, EP relative 2^-26; subnormal results one spacing more in LA and EP
-// Budget    HA  in ulp: T p 2^-6, T low 2^-7, last rounding 1/2
+// Budget    HA  in ulp: polynomial 2^-6; roundings of r, p, T p and T p + T low 2^-8 each, of the result 1/2
 //           LA  in 2^-53: polynomial 1.1, r 2, q 2, table 1, product 1
 //           EP  polynomial 2^-31.1, x 256/ln2 2^-43
 // Special   NaN -> NaN, +inf -> +inf, -inf -> +0, no status; overflow -> +inf, status 3; underflow -> +0, status 4;

@@ -5,9 +5,9 @@
 //           LA  the same reduction, shifted by 369 steps;  e^x = 2^k T (w^2 + b), w = r + 369 ln2/256
 //           EP  x/ln2 = k + f;  e^x = 2^k q(f), q a cubic
 // Bounds    HA 0.53 ulp, LA relative 2^-21, EP relative 2^-11; subnormal results one spacing more in LA and EP
-// Budget    HA  in ulp: reduction 2^-6, polynomial 2^-9, tail + p 2^-9, last rounding 1/2
+// Budget    HA  in ulp: reduction 2^-6, polynomial 2^-8; roundings of tail + p and its product 2^-9, of the result 1/2
 //           LA  in 2^-24: w 2, its square 1/2, the sum 1, table 1, product 1
-//           EP  polynomial 2^-13.2, reduction x/ln2 2^-18
+//           EP  polynomial 2^-13.6, reduction x/ln2 2^-18
 // Special   NaN -> NaN, +inf -> +inf, -inf -> +0, no status; overflow -> +inf, status 3; underflow -> +0, status 4;
 //           subnormal results rounded once, status 4
 // Data      data/exp_s_data.h from tools/tables/exp_s.py

@@ -141,10 +141,10 @@ class Elementwise {
     const FpFrame frame(orin_kor_kernel_GetMode());
     // Nothing made from the parameters may be computed before the frame stands.
     if constexpr (!std::is_empty_v<F>) asm volatile("" : "+m"(f));
-    std::int32_t i = 0;
+    std::int32_t left = n;
     if constexpr (F::groups_per_step == 2)
-      for (; n - i >= 8; i += 8) two_groups(f, i, a, r);
-    for (; i < n; i += 4) group(f, i, n - i, a, r);
+      for (; left >= 8; left -= 8) two_groups(f, n - left, a, r);
+    for (; left > 0; left -= 4) group(f, n - left, left, a, r);
   }
 
  private:

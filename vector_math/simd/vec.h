@@ -115,7 +115,6 @@ ORIN_INLINE Vec2d select(Vec2d mask, Vec2d a, Vec2d b) {
 ORIN_INLINE unsigned lane_bits(Vec2d mask) { return static_cast<unsigned>(_mm_movemask_pd(mask.raw)); }
 ORIN_INLINE Vec2l bits(Vec2d a) { return _mm_castpd_si128(a.raw); }
 ORIN_INLINE Vec2d from_bits(Vec2l a) { return _mm_castsi128_pd(a.raw); }
-ORIN_INLINE Vec2d abs(Vec2d a) { return a & from_bits(Vec2l(INT64_C(0x7fffffffffffffff))); }
 ORIN_INLINE double first_lane(Vec2d a) { return _mm_cvtsd_f64(a.raw); }
 
 // Four floats.
@@ -153,7 +152,6 @@ ORIN_INLINE Vec4f select(Vec4f mask, Vec4f a, Vec4f b) {
 ORIN_INLINE unsigned lane_bits(Vec4f mask) { return static_cast<unsigned>(_mm_movemask_ps(mask.raw)); }
 ORIN_INLINE Vec4i bits(Vec4f a) { return _mm_castps_si128(a.raw); }
 ORIN_INLINE Vec4f from_bits(Vec4i a) { return _mm_castsi128_ps(a.raw); }
-ORIN_INLINE Vec4f abs(Vec4f a) { return a & from_bits(Vec4i(0x7fffffff)); }
 ORIN_INLINE float first_lane(Vec4f a) { return _mm_cvtss_f32(a.raw); }
 
 // Between the two precisions: a Vec4f as two Vec2d, exactly, and back, rounded.
@@ -211,11 +209,15 @@ ORIN_INLINE const Record& in_memory(const Record& record) {
   return *place;
 }
 
-// The high words of absolute values.
-ORIN_INLINE Vec4i magnitude(Vec4i high) {
-  static constexpr Constant<std::int32_t> all_but_sign = 0x7fffffff;
-  return high & in_memory(all_but_sign);
+ORIN_INLINE Vec2d abs(Vec2d a) {
+  static constexpr Constant<std::int64_t> all_but_sign = INT64_C(0x7fffffffffffffff);
+  return a & from_bits(in_memory(all_but_sign));
 }
+ORIN_INLINE Vec4i magnitude(Vec4i a) {  // of a float's bits, of the high word of a double
+  static constexpr Constant<std::int32_t> all_but_sign = 0x7fffffff;
+  return a & in_memory(all_but_sign);
+}
+ORIN_INLINE Vec4f abs(Vec4f a) { return from_bits(magnitude(bits(a))); }
 
 // Element access that asks for no alignment.
 template <class T>
