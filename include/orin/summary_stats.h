@@ -297,8 +297,8 @@ ORIN_API int32_t ORIN_CALL _junsSSBasic(SSTask* task, uint64_t estimates, int32_
  * orders null (-4021), count null or negative (-4022), an order outside [0, 1] or NaN (-4022); for order statistics
  * results null (-4024), their storage null (-4044) or bad (-4003); x null (-4032), n (-4002), p (-4001),
  * memory (-4000). NaN observations count as larger than every number: they end the order statistics, and a quantile
- * whose ranks reach them is NaN. The time is about that of a partition for each doubling of the number of orders, n log n
- * at worst. */
+ * whose ranks reach them is NaN. The time is about that of a partition for each doubling of the number of orders, n log
+ * n at worst. */
 ORIN_API int32_t ORIN_CALL _jundSSQuantiles(SSTask* task, uint64_t estimates, int32_t method);
 ORIN_API int32_t ORIN_CALL _junsSSQuantiles(SSTask* task, uint64_t estimates, int32_t method);
 
