@@ -56,38 +56,6 @@ TYPED_TEST(Engine, TakesTransformsFromTheThresholdsOn) {
   EXPECT_TRUE(needs_memory(64, 20000));
 }
 
-// Cyclic wrap, block offsets and pieces: integers that every step represents, one impulse train over another.
-TYPED_TEST(Engine, PlacesEveryBlockAndPiece) {
-  using T = TypeParam;
-  for (const auto& [na, nb] : {std::pair{191, 64},
-                               {192, 64},
-                               {193, 64},
-                               {1000, 100},
-                               {100, 1000},
-                               {4096, 50},
-                               {4097, 50},
-                               {8193, 63},
-                               {12289, 20},
-                               {5000, 129},
-                               {3 * 413, 100},
-                               {3 * 413 + 1, 100},
-                               {600, 400}}) {
-    std::vector<T> a(static_cast<std::size_t>(na)), b(static_cast<std::size_t>(nb)),
-        out(a.size() + b.size() - 1, T(-1));
-    std::vector<double> exact(out.size());
-    for (std::size_t i = 0; i < a.size(); i += 37) a[i] = static_cast<T>(1 + i % 5);
-    a.back() = 3;
-    for (std::size_t k = 0; k < b.size(); k += 11) b[k] = static_cast<T>(1 + k % 3);
-    b.back() = 2;
-    for (std::size_t i = 0; i < a.size(); ++i)
-      for (std::size_t k = 0; k < b.size(); ++k) exact[i + k] += static_cast<double>(a[i]) * static_cast<double>(b[k]);
-    ASSERT_EQ((full_convolution<T, 1>(a.data(), a.size(), b.data(), b.size(), out.data())), 0);
-    for (std::size_t i = 0; i < out.size(); ++i)
-      ASSERT_NEAR(static_cast<double>(out[i]), exact[i], sizeof(T) == 4 ? 1e-3 : 1e-11)
-          << na << " x " << nb << " at " << i;
-  }
-}
-
 // The norm of the error at sampled outputs against extended precision, real and complex, up to memory-sized transforms.
 template <class T, std::size_t Parts>
 double error_in_units(std::size_t na, std::size_t nb) {

@@ -109,10 +109,10 @@ TEST_P(Kernels, MoreDimensionsMatchTheDefinition) {
 // Lengths around every rule of the engine: direct, one transform, blocks, pieces; whole result and a decimated part.
 TEST_P(Kernels, FftAgreesWithDirectAroundThresholds) {
   const KernelRow& row = GetParam();
-  constexpr std::int32_t sizes[][2] = {{449, 63},    {449, 64},    {448, 64},  {64, 449},  {512, 64},   {191, 64},
-                                       {192, 64},    {193, 64},    {300, 200}, {600, 400}, {1000, 100}, {100, 999},
-                                       {384, 129},   {4095, 3},    {4096, 3},  {4097, 5},  {8192, 63},  {3000, 1000},
-                                       {2999, 1000}, {2049, 2048}, {20000, 65}};
+  constexpr std::int32_t sizes[][2] = {{449, 63},    {449, 64},    {448, 64},   {64, 449},   {512, 64},   {191, 64},
+                                       {192, 64},    {193, 64},    {300, 200},  {600, 400},  {1000, 100}, {100, 999},
+                                       {384, 129},   {4095, 3},    {4096, 3},   {4097, 5},   {8192, 63},  {3000, 1000},
+                                       {2999, 1000}, {2049, 2048}, {20000, 65}, {1239, 100}, {1240, 100}, {12289, 20}};
   for (const auto& size : sizes) {
     SCOPED_TRACE(testing::Message() << size[0] << " x " << size[1]);
     Problem p = Problem::full(row.correlation, 1, {size[0]}, {size[1]});

@@ -36,25 +36,18 @@ TEST_F(Tasks, StartWithWhatTheyWereGiven) {
   ASSERT_EQ(__junNewTaskX(&task, 1, 77, 2, 2, 1, 3, n.data(), m.data(), nullptr, x, strides.data()), 0);
   const List kept = n;
   n = {};  // the record has copies
-  EXPECT_EQ(task->status, 0);
-  EXPECT_EQ(task->kind, 1);
-  EXPECT_EQ(task->job, 77);
-  EXPECT_EQ(task->mode, 2);
-  EXPECT_EQ(task->extra, 0);
-  EXPECT_EQ(task->value_class, 2);
-  EXPECT_EQ(task->precision, 1);
-  EXPECT_EQ(task->internal_precision, 1);
-  EXPECT_EQ(task->dims, 3);
-  EXPECT_EQ(task->start, nullptr);
-  EXPECT_EQ(task->decimation, nullptr);
-  EXPECT_EQ(task->xshape, task->xshape_values);
-  EXPECT_TRUE(std::equal(kept.begin(), kept.end(), task->xshape));
-  EXPECT_EQ(task->zshape, nullptr);
-  EXPECT_EQ(task->fixed_x, x);
-  EXPECT_EQ(task->fixed_xstride, task->fixed_xstride_values);
-  EXPECT_EQ(task->fixed_xstride[2], 20);
-  EXPECT_EQ(task->committed, 0);
-  EXPECT_EQ(task->attached, nullptr);
+  const ConvTask& t = *task;
+  EXPECT_EQ((std::array{t.status, t.kind, t.job, t.mode, t.extra, t.value_class, t.precision, t.internal_precision,
+                        t.dims, t.committed}),
+            (std::array{0, 1, 77, 2, 0, 2, 1, 1, 3, 0}));
+  for (const void* empty : {static_cast<const void*>(t.start), static_cast<const void*>(t.decimation),
+                            static_cast<const void*>(t.zshape), static_cast<const void*>(t.attached)})
+    EXPECT_EQ(empty, nullptr);
+  EXPECT_EQ(t.xshape, t.xshape_values);
+  EXPECT_TRUE(std::equal(kept.begin(), kept.end(), t.xshape));
+  EXPECT_EQ(t.fixed_x, x);
+  EXPECT_EQ(t.fixed_xstride, t.fixed_xstride_values);
+  EXPECT_EQ(t.fixed_xstride[2], 20);
 }
 
 TEST_F(Tasks, ListsNeverLeaveTheRecord) {
@@ -195,15 +188,11 @@ TEST_F(Tasks, CopiesAreIndependent) {
   ASSERT_EQ(__junCommitTask(task), 0);
   ConvTask* copy = nullptr;
   ASSERT_EQ(__junCopyTask(&copy, task), 0);
-  EXPECT_EQ(copy->xshape, copy->xshape_values);
-  EXPECT_EQ(copy->yshape, copy->yshape_values);
-  EXPECT_EQ(copy->zshape, nullptr);
-  EXPECT_EQ(copy->start, nullptr);
-  EXPECT_EQ(copy->decimation, copy->decimation_values);
-  EXPECT_EQ(copy->fixed_xstride, copy->fixed_xstride_values);
+  EXPECT_EQ((std::array{copy->xshape, copy->yshape, copy->zshape, copy->start, copy->decimation, copy->fixed_xstride}),
+            (std::array<std::int32_t*, 6>{copy->xshape_values, copy->yshape_values, nullptr, nullptr,
+                                          copy->decimation_values, copy->fixed_xstride_values}));
   EXPECT_EQ(copy->fixed_x, task->fixed_x);
-  EXPECT_EQ(copy->committed, 1);
-  EXPECT_EQ(copy->job, 77);
+  EXPECT_EQ((std::array{copy->committed, copy->job}), (std::array{1, 77}));
   task->xshape_values[1] = 999;
   EXPECT_EQ(copy->xshape[1], 4);
   EXPECT_EQ(__junDeleteTask(&copy), 0);
