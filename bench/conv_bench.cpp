@@ -378,30 +378,31 @@ void planes() {
         y(static_cast<std::size_t>(m[0]) * static_cast<std::size_t>(m[0]), 0.25),
         z(static_cast<std::size_t>(l[0]) * static_cast<std::size_t>(l[0]));
     const int p = static_cast<int>(smooth_from(static_cast<std::size_t>(l[0]))), bins = p / 2 + 1;
-    const auto total = static_cast<std::size_t>(p) * static_cast<std::size_t>(2 * bins);
+    const auto total = static_cast<std::size_t>(p) * static_cast<std::size_t>(p);
+    const auto total_bins = static_cast<std::size_t>(p) * static_cast<std::size_t>(bins);
     double *a = fftw_alloc_real(total), *b = fftw_alloc_real(total);
-    auto *fa = reinterpret_cast<fftw_complex*>(a), *fb = reinterpret_cast<fftw_complex*>(b);
+    fftw_complex *fa = fftw_alloc_complex(total_bins), *fb = fftw_alloc_complex(total_bins);
     fftw_plan pa = fftw_plan_dft_r2c_2d(p, p, a, fa, FFTW_MEASURE),
               pb = fftw_plan_dft_r2c_2d(p, p, b, fb, FFTW_MEASURE),
               back = fftw_plan_dft_c2r_2d(p, p, fa, a, FFTW_MEASURE);
     const auto module = [&] { _junConvDDFftAll_dec(2, x.data(), n, xs, y.data(), m, ys, z.data(), l, zs, zero, one); };
     const auto peer = [&] {
       std::fill_n(a, total, 0.0), std::fill_n(b, total, 0.0);
-      for (int i = 0; i < n[0]; ++i) std::copy_n(x.data() + i * n[0], n[0], a + 2 * i * bins);
-      for (int i = 0; i < m[0]; ++i) std::copy_n(y.data() + i * m[0], m[0], b + 2 * i * bins);
+      for (int i = 0; i < n[0]; ++i) std::copy_n(x.data() + i * n[0], n[0], a + i * p);
+      for (int i = 0; i < m[0]; ++i) std::copy_n(y.data() + i * m[0], m[0], b + i * p);
       fftw_execute(pa), fftw_execute(pb);
       const double scale = 1.0 / (static_cast<double>(p) * p);
-      for (std::size_t i = 0; i < total / 2; ++i) {
+      for (std::size_t i = 0; i < total_bins; ++i) {
         const double re = fa[i][0] * fb[i][0] - fa[i][1] * fb[i][1], im = fa[i][0] * fb[i][1] + fa[i][1] * fb[i][0];
         fa[i][0] = re * scale, fa[i][1] = im * scale;
       }
       fftw_execute(back);
-      for (int i = 0; i < l[0]; ++i) std::copy_n(a + 2 * i * bins, l[0], z.data() + i * l[0]);
+      for (int i = 0; i < l[0]; ++i) std::copy_n(a + i * p, l[0], z.data() + i * l[0]);
     };
     const auto [ours, theirs] = race(module, peer);
     std::printf("%6d^2 x %4d^2 %18.1f %12.1f %8.2f\n", n[0], m[0], ours, theirs, ours / theirs);
     fftw_destroy_plan(pa), fftw_destroy_plan(pb), fftw_destroy_plan(back);
-    fftw_free(a), fftw_free(b);
+    fftw_free(a), fftw_free(b), fftw_free(fa), fftw_free(fb);
   }
 }
 #endif
