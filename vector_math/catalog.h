@@ -20,7 +20,14 @@ namespace orin::vector_math {
 
 // Where the quick references of the catalog are looked up; functions that the standard library lacks are added here.
 namespace reference_function {
+using std::acosh;
+using std::asinh;
+using std::atanh;
 using std::exp;
+using std::log;
+using std::log10;
+using std::log1p;
+using std::pow;
 }  // namespace reference_function
 
 struct Promise {

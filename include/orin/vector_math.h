@@ -143,9 +143,34 @@ ORIN_API KorErrorCallBack ORIN_CALL orin_kor_kernel_ClearErrorCallBack(void);
 #define ORIN_KOR_REAL_UNARY(F)                                             \
   ORIN_KOR_FUNCTION(s, F, _21, _11, (int32_t n, const float* a, float* r)) \
   ORIN_KOR_FUNCTION(d, F, _50, _26, (int32_t n, const double* a, double* r))
+#define ORIN_KOR_REAL_BINARY(F)                                                            \
+  ORIN_KOR_FUNCTION(s, F, _21, _11, (int32_t n, const float* a, const float* b, float* r)) \
+  ORIN_KOR_FUNCTION(d, F, _50, _26, (int32_t n, const double* a, const double* b, double* r))
+#define ORIN_KOR_REAL_SCALAR(F)                                                     \
+  ORIN_KOR_FUNCTION(s, F, _21, _11, (int32_t n, const float* a, float b, float* r)) \
+  ORIN_KOR_FUNCTION(d, F, _50, _26, (int32_t n, const double* a, double b, double* r))
 
 /* r = e^a. Status 3 where a finite argument overflows, 4 where the result is subnormal or underflows to +0. */
 ORIN_KOR_REAL_UNARY(Exp)
+
+/* r = log a to base e, and to base 10. Status 1 (result NaN) for a < 0, 2 (result -inf) for a = +-0. */
+ORIN_KOR_REAL_UNARY(Ln)
+ORIN_KOR_REAL_UNARY(Log10)
+
+/* r = log(1 + a), accurate for small a. Status 1 (NaN) for a < -1, 2 (-inf) for a = -1. */
+ORIN_KOR_REAL_UNARY(Log1p)
+
+/* r = a^b; in Powx b is one number for all. Status 1 (NaN) for a finite a < 0 and a finite b that is no integer, 2 (an
+ * infinity) for a = +-0 and a finite b < 0, 3 where finite arguments overflow, 4 where the result of finite non-zero
+ * arguments is subnormal or underflows to zero. */
+ORIN_KOR_REAL_BINARY(Pow)
+ORIN_KOR_REAL_SCALAR(Powx)
+
+/* Inverse hyperbolic functions. Acosh: status 1 (NaN) for a < 1. Atanh: status 1 (NaN) for |a| > 1, 2 (an infinity) for
+ * a = +-1. */
+ORIN_KOR_REAL_UNARY(Asinh)
+ORIN_KOR_REAL_UNARY(Acosh)
+ORIN_KOR_REAL_UNARY(Atanh)
 
 /* --- Pack and unpack ------------------------------------------------------------------------------------------------
  * Copies between a contiguous and a strided, indexed or masked vector; exact, nothing is checked or reported. Counts

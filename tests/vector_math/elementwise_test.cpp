@@ -106,7 +106,7 @@ double bound_in_ulp(const RealFunction<T>& function, Grade grade, const Referenc
   const double magnitude = std::fabs(static_cast<double>(line.rounded));
   if (magnitude < static_cast<double>(std::numeric_limits<T>::min()))
     return 1 + relative * static_cast<double>(ordinal(static_cast<T>(magnitude)));
-  return relative * std::ldexp(magnitude, std::numeric_limits<T>::digits - 1 - std::ilogb(magnitude));
+  return relative * (magnitude / line.spacing());
 }
 
 using Elements = testing::Types<float, double>;

@@ -8,6 +8,7 @@
 #ifndef ORIN_TESTS_VECTOR_MATH_REFERENCE_CASES_H
 #define ORIN_TESTS_VECTOR_MATH_REFERENCE_CASES_H
 
+#include <algorithm>
 #include <bit>
 #include <cinttypes>
 #include <cmath>
@@ -42,11 +43,23 @@ struct ReferenceCase {
   double excess;  // exact result less `rounded`, in ulp
   int status;
 
+  // Spacing of the numbers at the exact result: below a power of two it is half of what it is above.
+  double spacing() const {
+    using Limits = std::numeric_limits<T>;
+    const double magnitude = std::fabs(static_cast<double>(rounded));
+    if (magnitude < static_cast<double>(Limits::min())) return static_cast<double>(Limits::denorm_min());
+    const int exponent = std::ilogb(magnitude);
+    const bool below = magnitude == std::ldexp(1.0, exponent) && (std::signbit(rounded) ? excess > 0 : excess < 0);
+    return std::ldexp(1.0, std::max(exponent - (below ? 1 : 0), Limits::min_exponent - 1) + 1 - Limits::digits);
+  }
+
   // Error of `result` in ulp.
   double error(T result) const {
     if (std::isnan(rounded) || std::isnan(result))
       return std::isnan(rounded) == std::isnan(result) ? 0 : std::numeric_limits<double>::infinity();
-    return std::fabs(static_cast<double>(ordinal(result) - ordinal(rounded)) - excess);
+    if (std::isinf(rounded) || std::isinf(result))
+      return rounded == result ? 0 : std::numeric_limits<double>::infinity();
+    return std::fabs((static_cast<double>(result) - static_cast<double>(rounded)) / spacing() - excess);
   }
 };
 

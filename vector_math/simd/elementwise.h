@@ -8,7 +8,9 @@
 //   special_lanes(w...)    mask of the arguments that fast must not see, from the high words of four arguments
 //   special(x...)          the Outcome of one such argument: value(s) and status
 //   ordinary               an argument that fast takes silently; it stands in for absent and special lanes
-// A function without special arguments leaves the last three out. Scalar parameters are members of F.
+// A function without special arguments leaves the last three out. Scalar parameters are members of F. Where arguments
+// alone do not tell, F has also
+//   marks_results          fast gives a negative NaN where special must decide; no other result of it has the sign bit
 //
 // The loop guarantees: nothing outside the vectors is touched; they need only the alignment of a float; a result vector
 // may be an argument vector; an element's bits depend on its own arguments alone, since a tail and a group with a
@@ -151,6 +153,8 @@ class Elementwise {
   using In = Few<Group<T>, F::inputs>;
   using Out = Few<Group<T>, F::outputs>;
   static constexpr bool has_special = requires { F::ordinary; };
+  static constexpr bool marks_results = requires { F::marks_results; };
+  static_assert(!marks_results || F::groups_per_step == 1);
 
   // One test decides for both groups.
   static ORIN_INLINE void two_groups(const F& f, std::int32_t i, Arguments a, Results r) {
@@ -171,9 +175,12 @@ class Elementwise {
   static ORIN_INLINE void group(const F& f, std::int32_t i, std::int32_t count, Arguments a, Results r) {
     const In x = load(a, i, count);
     if (lane_bits(special_lanes(f, x)) != 0) [[unlikely]]
-      special_group(f, i, count < 4 ? count : 4, a, r);
-    else
-      store(evaluate(f, x), r, i, count);
+      return special_group(f, i, count < 4 ? count : 4, a, r);
+    const Out y = evaluate(f, x);
+    if constexpr (marks_results)
+      if (lane_bits(y[0].words()) != 0) [[unlikely]]
+        return special_group(f, i, count < 4 ? count : 4, a, r);
+    store(y, r, i, count);
   }
 
   static bool accepts(std::int32_t n, Arguments a, Results r) noexcept {
@@ -240,11 +247,12 @@ class Elementwise {
     T x[F::inputs][4];
     for (int k = 0; k < F::inputs; ++k)
       for (int lane = 0; lane < 4; ++lane) x[k][lane] = lane < count ? load_element(a[k] + i + lane) : padding();
-    const unsigned special = lane_bits(special_lanes(f, load(rows(x), 0, 4)));
+    unsigned special = lane_bits(special_lanes(f, load(rows(x), 0, 4)));
     T safe[F::inputs][4];
     for (int k = 0; k < F::inputs; ++k)
       for (int lane = 0; lane < 4; ++lane) safe[k][lane] = (special >> lane & 1) != 0 ? padding() : x[k][lane];
     const Out fast = evaluate(f, load(rows(safe), 0, 4));
+    if constexpr (marks_results) special |= lane_bits(fast[0].words());
     T y[F::outputs][4];
     for (int k = 0; k < F::outputs; ++k) fast[k].store(y[k], 4);
 

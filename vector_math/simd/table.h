@@ -16,6 +16,7 @@ struct LaneIndices {
   static_assert(count <= 16);
   std::uint32_t of[lanes];
 
+  ORIN_INLINE LaneIndices(std::uint32_t first, std::uint32_t second) : of{first, second} {}
   explicit ORIN_INLINE LaneIndices(__m128i register_of_integers) {
     constexpr int stride = 16 / lanes;
     alignas(16) unsigned char memory[16];
@@ -55,6 +56,15 @@ ORIN_INLINE Vec4f look_up(const float* table, LaneIndices<count, 4> index) {
   return _mm_movelh_ps(pair(0, 1), pair(2, 3));
 }
 // From a table of pairs: the first of each, and the second of each.
+struct PairsOfVec2d {
+  Vec2d first, second;
+};
+template <int count>
+ORIN_INLINE PairsOfVec2d look_up_pairs(const double* table, LaneIndices<count, 2> index) {
+  const __m128d low = _mm_load_pd(table + 2 * index.of[0]);
+  const __m128d high = _mm_load_pd(table + 2 * index.of[1]);
+  return {_mm_unpacklo_pd(low, high), _mm_unpackhi_pd(low, high)};
+}
 struct TwoVec4f {
   Vec4f first, second;
 };

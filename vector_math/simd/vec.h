@@ -112,6 +112,8 @@ ORIN_INLINE Vec2d max(Vec2d a, Vec2d b) { return _mm_max_pd(a.raw, b.raw); }
 ORIN_INLINE Vec2d select(Vec2d mask, Vec2d a, Vec2d b) {
   return _mm_or_pd(_mm_and_pd(mask.raw, a.raw), _mm_andnot_pd(mask.raw, b.raw));
 }
+// a where the mask is clear, 0 elsewhere.
+ORIN_INLINE Vec2d and_not(Vec2d mask, Vec2d a) { return _mm_andnot_pd(mask.raw, a.raw); }
 ORIN_INLINE unsigned lane_bits(Vec2d mask) { return static_cast<unsigned>(_mm_movemask_pd(mask.raw)); }
 ORIN_INLINE Vec2l bits(Vec2d a) { return _mm_castpd_si128(a.raw); }
 ORIN_INLINE Vec2d from_bits(Vec2l a) { return _mm_castsi128_pd(a.raw); }
@@ -154,12 +156,20 @@ ORIN_INLINE Vec4i bits(Vec4f a) { return _mm_castps_si128(a.raw); }
 ORIN_INLINE Vec4f from_bits(Vec4i a) { return _mm_castsi128_ps(a.raw); }
 ORIN_INLINE float first_lane(Vec4f a) { return _mm_cvtss_f32(a.raw); }
 
+// Integers as floats, rounded.
+ORIN_INLINE Vec4f to_float(Vec4i a) { return _mm_cvtepi32_ps(a.raw); }
+
 // Between the two precisions: a Vec4f as two Vec2d, exactly, and back, rounded.
 struct TwoVec2d {
   Vec2d low, high;
 };
 ORIN_INLINE TwoVec2d widen(Vec4f a) { return {_mm_cvtps_pd(a.raw), _mm_cvtps_pd(_mm_movehl_ps(a.raw, a.raw))}; }
 ORIN_INLINE Vec4f narrow(TwoVec2d a) { return _mm_movelh_ps(_mm_cvtpd_ps(a.low.raw), _mm_cvtpd_ps(a.high.raw)); }
+
+// Integers as doubles, exactly.
+ORIN_INLINE TwoVec2d to_double(Vec4i a) {
+  return {_mm_cvtepi32_pd(a.raw), _mm_cvtepi32_pd(_mm_shuffle_epi32(a.raw, _MM_SHUFFLE(3, 2, 3, 2)))};
+}
 
 // The high words of four doubles, in order.
 ORIN_INLINE Vec4i high_words(Vec2d low, Vec2d high) {
