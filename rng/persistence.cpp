@@ -3,8 +3,7 @@
 //
 // Image     header 20 bytes | state | per chunk: id 4, key 16 (version 1 only), size 4, data; all little-endian
 // Loading   checks the header before anything is allocated and a chunk's size before its data is; on any failure the
-// new
-//           stream goes with all its chunks. The state starts at byte 20 whatever header size the image declares.
+//           new stream goes with all its chunks. The state starts at byte 20 whatever header size the image declares.
 // Chunks    are written from the head of the list and pushed at the head when read
 #include <algorithm>
 #include <climits>

@@ -3,8 +3,8 @@
 //
 // Table     used entries first, no holes: a removed entry is replaced by the last one. 128 entries; chunks fill 127.
 // Lock      each function takes it once, for a look-up together with the change that follows from it, so that a key
-// never
-//           has two entries. Nothing is allocated under it; a block whose last reference goes is released under it.
+//           never has two entries. Nothing is allocated under it; a block whose last reference goes is released under
+//           it.
 #include "rng/shared_data.h"
 
 #include <x86intrin.h>

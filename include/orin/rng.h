@@ -61,18 +61,18 @@ ORIN_BEGIN_DECLS
  * 3 MCG59, 4..276 WH, 277 Sobol, 278 Niederr.
  *
  *   MCG31M1    x' = 1132489760 x mod (2^31 - 1), u = x / (2^31 - 1).      L'Ecuyer, Math. Comp. 68 (1999)
- *   R250       x[n] = x[n-103] xor x[n-250], u = x / 2^32.                Kirkpatrick and Stoll, J. Comp. Phys. 40
- * (1981) MRG32K3A   two recurrences of order 3 combined, u = z / (2^32 - 209). L'Ecuyer, Operations Research 47 (1999)
+ *   R250       x[n] = x[n-103] xor x[n-250], u = x / 2^32.                Kirkpatrick and Stoll, J. Comp. Phys. 40 (1981)
+ *   MRG32K3A   two recurrences of order 3 combined, u = z / (2^32 - 209). L'Ecuyer, Operations Research 47 (1999)
  *   MCG59      x' = 13^13 x mod 2^59, u = x / 2^59.
  *   WH         four multiplicative generators added modulo 1; raw output four words, one of each.
  *                                                                         Wichmann and Hill (1982), Maclaren (1989)
  *   Sobol      quasi-random points of 1 to 40 dimensions in base 2.       Bratley and Fox, ACM TOMS 14 (1988)
- *   Niederr    quasi-random points of 1 to 318 dimensions in base 2.      Bratley, Fox, Niederreiter, ACM TOMS 20
- * (1994) MT19937    Mersenne twister of period 2^19937 - 1, u = y / 2^32.      Matsumoto and Nishimura, ACM TOMACS 8
- * (1998) MT2203     6024 twisters of period 2^2203 - 1, u = y / 2^32.          Matsumoto and Nishimura, dynamic
- * creation (2000) SFMT19937  128-bit Mersenne twister, raw output four words.           Saito and Matsumoto, MCQMC 2006
- * (2008) iAbstract, dAbstract, sAbstract   numbers that a callback of the caller supplies: words, doubles, floats TRNG
- * hardware source; it can be created, copied and saved, and generates nothing in this module
+ *   Niederr    quasi-random points of 1 to 318 dimensions in base 2.      Bratley, Fox, Niederreiter, ACM TOMS 20 (1994)
+ *   MT19937    Mersenne twister of period 2^19937 - 1, u = y / 2^32.      Matsumoto and Nishimura, ACM TOMACS 8 (1998)
+ *   MT2203     6024 twisters of period 2^2203 - 1, u = y / 2^32.          Matsumoto and Nishimura, dynamic creation (2000)
+ *   SFMT19937  128-bit Mersenne twister, raw output four words.           Saito and Matsumoto, MCQMC 2006 (2008)
+ *   iAbstract, dAbstract, sAbstract   numbers that a callback of the caller supplies: words, doubles, floats
+ *   TRNG       hardware source; it can be created, copied and saved, and generates nothing in this module
  *
  * A quasi-random stream runs through the coordinates of its first point (all one half), then of the next, and so on. */
 #define JUN_BRNG_MCG31M1 0x100000
@@ -92,11 +92,13 @@ ORIN_BEGIN_DECLS
 
 /* The four functions of a family. The registry alone calls them.
  *
- * InitStream   method JUN_RNG_SEED: params are n seed words; any n is defined. JUN_RNG_LEAPFROG: n streams, params[0]
- * the index of the one to keep. JUN_RNG_SKIP_AHEAD: n = 2, params the count of outputs to skip, low word first. Others:
- * JUN_RNG_BAD_METHOD. sBRng dBRng  n uniforms on [a, b). A value that would round to b becomes the one below it, except
- * in MCG31M1 doubles, which are a + (b - a)/(2^31 - 1) x to the bit. iBRng        n raw outputs of WordBytes bytes
- * each, as 32-bit words, low word first. n <= 0 writes nothing and returns 0. */
+ * InitStream   method JUN_RNG_SEED: params are n seed words; any n is defined. JUN_RNG_LEAPFROG: n streams, params[0] the
+ *              index of the one to keep. JUN_RNG_SKIP_AHEAD: n = 2, params the count of outputs to skip, low word first.
+ *              Others: JUN_RNG_BAD_METHOD.
+ * sBRng dBRng  n uniforms on [a, b). A value that would round to b becomes the one below it, except in MCG31M1 doubles,
+ *              which are a + (b - a)/(2^31 - 1) x to the bit.
+ * iBRng        n raw outputs of WordBytes bytes each, as 32-bit words, low word first.
+ * n <= 0 writes nothing and returns 0. */
 #define JUN_RNG_SEED 0
 #define JUN_RNG_LEAPFROG 1
 #define JUN_RNG_SKIP_AHEAD 2
@@ -119,8 +121,7 @@ typedef struct JunBrngProperties {
   JunRawWords iBRng;
 } JunBrngProperties;
 
-/* The registry itself: 14 built-in rows of the current scheme, then the registered ones; 279 rows of the legacy scheme.
- */
+/* The registry itself: 14 built-in rows of the current scheme, then the registered ones; 279 rows of the legacy scheme. */
 #define JUN_RNG_TABLE_ROWS 512
 extern ORIN_API JunBrngProperties __RegBrngsNew[JUN_RNG_TABLE_ROWS];
 extern ORIN_API JunBrngProperties __RegBrngs[JUN_RNG_TABLE_ROWS];
@@ -129,14 +130,14 @@ extern ORIN_API JunBrngProperties __RegBrngs[JUN_RNG_TABLE_ROWS];
  * identifier that names nothing fails __junIsBrngValid. */
 ORIN_API const JunBrngProperties* ORIN_CALL __junGetBrngBaseOffset(int32_t brng, int32_t* row, int32_t* sub_stream);
 
-/* 0 if the table (__RegBrngsNew or __RegBrngs) has the row and the row the sub-stream, else JUN_RNG_BAD_IDENTIFIER.
- * Legacy rows have no sub-stream to check. */
+/* 0 if the table (__RegBrngsNew or __RegBrngs) has the row and the row the sub-stream, else JUN_RNG_BAD_IDENTIFIER. Legacy
+ * rows have no sub-stream to check. */
 ORIN_API int32_t ORIN_CALL __junIsBrngValid(const JunBrngProperties* table, int32_t row, int32_t sub_stream);
 
 /* Adds a generator family of the caller's own; returns its identifier (0xF00000 for the first) or a status. Checked in
  * this order: StateBytes, WordBytes, SeedWords, ValueBits, then dBRng, sBRng, iBRng, InitStream for null
- * (JUN_RNG_NULL_POINTER). Streams of a family whose StateBytes are below 16 cannot be created. A registered family
- * stays for the life of the module. JUN_RNG_TABLE_FULL after 498 registrations. */
+ * (JUN_RNG_NULL_POINTER). Streams of a family whose StateBytes are below 16 cannot be created. A registered family stays
+ * for the life of the module. JUN_RNG_TABLE_FULL after 498 registrations. */
 ORIN_API int32_t ORIN_CALL __junRegisterBrng(const JunBrngProperties* properties);
 
 /* Copies the row of an identifier; JUN_RNG_BAD_IDENTIFIER leaves the record untouched. */
@@ -152,9 +153,8 @@ ORIN_API int32_t ORIN_CALL __junCPUisRDRAND(void);
 
 /* Creates a stream and seeds it with n words. Seeding is complete for any n, 0 included: missing and unusable words are
  * replaced by rules of the family (1 for the congruential ones). Sobol and Niederr take their dimension from seeds[0].
- * Refused: identifiers that name nothing, abstract families, families with StateBytes below 16
- * (JUN_RNG_BAD_IDENTIFIER); JUN_RNG_NO_MEMORY. On these *stream is null. A status of the family's InitStream is passed
- * on with the stream kept. */
+ * Refused: identifiers that name nothing, abstract families, families with StateBytes below 16 (JUN_RNG_BAD_IDENTIFIER);
+ * JUN_RNG_NO_MEMORY. On these *stream is null. A status of the family's InitStream is passed on with the stream kept. */
 ORIN_API int32_t ORIN_CALL __junNewStreamEx(void** stream, int32_t brng, int32_t n, const uint32_t* seeds);
 
 /* Creates a stream for an identifier already split by __junGetBrngBaseOffset; its state is all zero, not seeded. */
@@ -178,10 +178,10 @@ ORIN_API int32_t ORIN_CALL __junGetStreamStateBrng(const void* stream);
 
 /* ---- Partitioning ------------------------------------------------------------------------------------------------ */
 
-/* Turns the stream into the one that yields outputs k, k + s, k + 2s, ... of its sequence. MCG31M1, MCG59, WH: any k
- * and s >= 0. Sobol, Niederr: only s = JUN_RNG_SELECT_COORDINATE, which keeps coordinate k of the points, from the next
- * point on; k outside the dimension is JUN_RNG_NO_LEAPFROG. JUN_RNG_BAD_STREAM_COUNT for s < 0 whatever the family,
- * then JUN_RNG_NO_LEAPFROG for all others. */
+/* Turns the stream into the one that yields outputs k, k + s, k + 2s, ... of its sequence. MCG31M1, MCG59, WH: any k and
+ * s >= 0. Sobol, Niederr: only s = JUN_RNG_SELECT_COORDINATE, which keeps coordinate k of the points, from the next point
+ * on; k outside the dimension is JUN_RNG_NO_LEAPFROG. JUN_RNG_BAD_STREAM_COUNT for s < 0 whatever the family, then
+ * JUN_RNG_NO_LEAPFROG for all others. */
 #define JUN_RNG_SELECT_COORDINATE 0x7FFFFFFF
 ORIN_API int32_t ORIN_CALL __junLeapfrogStream(void* stream, int32_t k, int32_t s);
 
@@ -236,13 +236,13 @@ ORIN_API void ORIN_CALL __junDeleteChunks(void* stream);
  * reversed. JUN_RNG_NO_MEMORY leaves the copies made so far attached. */
 ORIN_API int32_t ORIN_CALL __junCopyChunks(void* stream, const void* source);
 
-/* Finds an entry. A null or all-zero key, or one without entry, is JUN_RNG_NO_ENTRY, with *entry null. The address is
- * good until the next removal from the table. */
+/* Finds an entry. A null or all-zero key, or one without entry, is JUN_RNG_NO_ENTRY, with *entry null. The address is good
+ * until the next removal from the table. */
 ORIN_API int32_t ORIN_CALL __junFindGlobRODataTableEntry(JunGlobRODataEntry** entry, const uint64_t* key);
 
 /* Enters data under a key, with one reference. If the key has an entry already, that one gains the reference, and data
- * stays the caller's (entry->data differs from it). JUN_RNG_TABLE_FULL, JUN_RNG_NO_ENTRY for a null or all-zero key,
- * with *entry null. */
+ * stays the caller's (entry->data differs from it). JUN_RNG_TABLE_FULL, JUN_RNG_NO_ENTRY for a null or all-zero key, with
+ * *entry null. */
 ORIN_API int32_t ORIN_CALL __junCreateGlobRODataTableEntry(JunGlobRODataEntry** entry, const uint64_t* key, void* data);
 
 /* Adds one reference to the entry with this key and points the chunk's data at it; nothing if there is none. */
@@ -257,22 +257,23 @@ ORIN_API int32_t ORIN_CALL __junGenerateNewGlobalRODataTableEntryId(uint64_t* ke
 /* ---- Saving and loading ------------------------------------------------------------------------------------------ */
 
 /* Image, little-endian, the same in files and in memory:
- *   byte 0 version 1; 4..6 "RNG"; 8..9 header size 20; 10..11 state size; 12..13 chunk count; 16..19 identifier; others
- * 0 the state for each chunk: identifier 4 bytes, key 16 bytes (not in version 0), data size 4 bytes, data A loaded
- * stream continues the saved one exactly; its chunk list is in reverse order. The image of an abstract stream holds
+ *   byte 0 version 1; 4..6 "RNG"; 8..9 header size 20; 10..11 state size; 12..13 chunk count; 16..19 identifier; others 0
+ *   the state
+ *   for each chunk: identifier 4 bytes, key 16 bytes (not in version 0), data size 4 bytes, data
+ * A loaded stream continues the saved one exactly; its chunk list is in reverse order. The image of an abstract stream holds
  * addresses of the process that saved it and must be loaded in that process only. */
 
-/* Bytes of the image. Not a status. 0 for a stream whose image the format cannot hold: a state above 65535 bytes, more
- * than 65535 chunks, 2^31 bytes or more in all. */
+/* Bytes of the image. Not a status. 0 for a stream whose image the format cannot hold: a state above 65535 bytes, more than
+ * 65535 chunks, 2^31 bytes or more in all. */
 ORIN_API int32_t ORIN_CALL __junGetStreamSize(const void* stream);
 
 /* Writes the image to a file. name_length < 0: name ends with a zero byte; else it is name_length bytes long.
  * JUN_RNG_FILE_OPEN, JUN_RNG_FILE_WRITE, JUN_RNG_FILE_CLOSE, JUN_RNG_NO_MEMORY (copy of the name). */
 ORIN_API int32_t ORIN_CALL __junSaveStreamF(const void* stream, const char* name, int32_t name_length);
 
-/* Creates a stream from a file. JUN_RNG_FILE_OPEN, JUN_RNG_FILE_READ (file too short for what it announces),
- * JUN_RNG_FILE_FORMAT, JUN_RNG_FILE_VERSION, JUN_RNG_FILE_CLOSE, JUN_RNG_NO_MEMORY, JUN_RNG_NO_TRUE_RANDOM (TRNG where
- * the processor has no RDRAND); on each *stream is null and nothing stays allocated. */
+/* Creates a stream from a file. JUN_RNG_FILE_OPEN, JUN_RNG_FILE_READ (file too short for what it announces), JUN_RNG_FILE_FORMAT,
+ * JUN_RNG_FILE_VERSION, JUN_RNG_FILE_CLOSE, JUN_RNG_NO_MEMORY, JUN_RNG_NO_TRUE_RANDOM (TRNG where the processor has no RDRAND);
+ * on each *stream is null and nothing stays allocated. */
 ORIN_API int32_t ORIN_CALL __junLoadStreamF(void** stream, const char* name, int32_t name_length);
 
 /* Writes the image to memory, __junGetStreamSize bytes; nothing if that is 0. */
@@ -284,19 +285,18 @@ ORIN_API int32_t ORIN_CALL __junLoadStreamM(void** stream, const void* image);
 
 /* ---- Abstract streams: numbers that the caller supplies ---------------------------------------------------------- */
 
-/* Refills the circular buffer of n values: writes at least nmin and at most nmax values to buffer[idx], buffer[idx +
- * 1], ... (indices modulo n) and returns how many. Less than nmin ends the generating call with JUN_RNG_SHORT_REFILL.
- */
+/* Refills the circular buffer of n values: writes at least nmin and at most nmax values to buffer[idx], buffer[idx + 1], ...
+ * (indices modulo n) and returns how many. Less than nmin ends the generating call with JUN_RNG_SHORT_REFILL. */
 typedef int32_t(ORIN_CALL* JunRefillI)(void* stream, int32_t n, uint32_t* buffer, int32_t nmin, int32_t nmax,
                                        int32_t idx);
 typedef int32_t(ORIN_CALL* JunRefillD)(void* stream, int32_t n, double* buffer, int32_t nmin, int32_t nmax,
                                        int32_t idx);
 typedef int32_t(ORIN_CALL* JunRefillS)(void* stream, int32_t n, float* buffer, int32_t nmin, int32_t nmax, int32_t idx);
 
-/* Create a stream over the caller's buffer, which counts as full and must outlive the stream; the stream may move
- * values within it. The values of the floating-point ones are uniform on [a, b) and are mapped to the interval that a
- * generating call asks for. n <= 0 and null pointers: JUN_RNG_NULL_POINTER; JUN_RNG_NO_MEMORY; on each *stream is null.
- * A copy of the stream shares its buffer. */
+/* Create a stream over the caller's buffer, which counts as full and must outlive the stream; the stream may move values
+ * within it. The values of the floating-point ones are uniform on [a, b) and are mapped to the interval that a generating
+ * call asks for. n <= 0 and null pointers: JUN_RNG_NULL_POINTER; JUN_RNG_NO_MEMORY; on each *stream is null. A copy of the
+ * stream shares its buffer. */
 ORIN_API int32_t ORIN_CALL __juniNewAbstractStream(void** stream, int32_t n, uint32_t* buffer, JunRefillI refill);
 ORIN_API int32_t ORIN_CALL __jundNewAbstractStream(void** stream, int32_t n, double* buffer, double a, double b,
                                                    JunRefillD refill);
@@ -305,8 +305,8 @@ ORIN_API int32_t ORIN_CALL __junsNewAbstractStream(void** stream, int32_t n, flo
 
 /* ---- Distributions ----------------------------------------------------------------------------------------------- */
 
-/* n uniform numbers on [a, b). JUN_RNG_CLAMP in the method word clamps every result to the closed interval [a, b];
- * other bits are not looked at. The status is that of the stream's generator. */
+/* n uniform numbers on [a, b). JUN_RNG_CLAMP in the method word clamps every result to the closed interval [a, b]; other
+ * bits are not looked at. The status is that of the stream's generator. */
 #define JUN_RNG_CLAMP 0x40000000
 ORIN_API int32_t ORIN_CALL _jundRngUniform(int32_t method, void* stream, int32_t n, double* r, double a, double b);
 ORIN_API int32_t ORIN_CALL _junsRngUniform(int32_t method, void* stream, int32_t n, float* r, float a, float b);

@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    the family's own uniforms on [a, b); with the clamping bit every result is brought into [a, b] afterwards,
-// which
-//           takes effect for families that do not keep to the interval themselves
+//           which takes effect for families that do not keep to the interval themselves
 #include <cstdint>
 
 #include "rng/generators/sinks.h"

@@ -2,11 +2,9 @@
 // SPDX-License-Identifier: MIT
 //
 // State     n, the position of the next unread value, the addresses of buffer and callback in 64-bit fields, and for
-// the
-//           floating-point ones the interval of the values
+//           the floating-point ones the interval of the values
 // Buffer    the unread values always reach to its end. A refill is asked for when none is left, from index 0 on; when
-// it
-//           brings less than n values they are moved to the end, which keeps one position enough.
+//           it brings less than n values they are moved to the end, which keeps one position enough.
 // Mapping   from [a0, b0) to [a, b): a + (v - a0) (b - a) / (b0 - a0); values stay as they are on their own interval
 // Modes     the callback runs under the caller's floating-point modes, the mapping under the default ones
 #include <algorithm>
@@ -59,7 +57,9 @@ int32_t refill(void* stream, int32_t wanted) {
 
 // Hands the next n values to `take` (values, count) in runs as they lie in the buffer.
 template <class T, class Take>
-int32_t deliver(void* stream, int32_t n, Take take) {
+int32_t deliver(void* stream, int32_t n, const T* r, Take take) {
+  if (n <= 0) return JUN_RNG_OK;
+  if (stream == nullptr || r == nullptr) return JUN_RNG_NULL_POINTER;
   auto& state = state_of<AbstractState<T>>(stream);
   while (n > 0) {
     if (state.next < 0 || state.next >= state.n) {
@@ -75,17 +75,17 @@ int32_t deliver(void* stream, int32_t n, Take take) {
 }
 
 int32_t words(void* stream, int32_t n, uint32_t* r) {
-  return deliver<uint32_t>(stream, n,
+  return deliver<uint32_t>(stream, n, r,
                            [&](const uint32_t* values, int32_t count) { r = std::copy_n(values, count, r); });
 }
 
 template <class T>
 int32_t uniform(void* stream, int32_t n, T* r, T a, T b) {
-  const Range<T> from = state_of<AbstractState<T>>(stream).interval;
+  const Range<T> from = stream != nullptr ? state_of<AbstractState<T>>(stream).interval : Range<T>{a, b};
   if (a == from.a && b == from.b) {
-    return deliver<T>(stream, n, [&](const T* values, int32_t count) { r = std::copy_n(values, count, r); });
+    return deliver<T>(stream, n, r, [&](const T* values, int32_t count) { r = std::copy_n(values, count, r); });
   }
-  return deliver<T>(stream, n, [&](const T* values, int32_t count) {
+  return deliver<T>(stream, n, r, [&](const T* values, int32_t count) {
     const FloatingPointFrame frame;
     const T scale = from.a != from.b ? (b - a) / (from.b - from.a) : T{0};
     const T last = a < b ? value_below(b) : b;

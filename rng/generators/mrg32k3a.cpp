@@ -143,8 +143,10 @@ class Uniforms<double, Unit> : public Sink<Uniforms<double, Unit>, double> {
   void put(double* r, __m128i z) const {
     const __m128i magnitude = splat_word(0x43300000);  // upper half of 2^52
     const auto u = [](__m128i shifted) {
+      // z / m = z 2^-32 + z (2^32 / m - 1) 2^-32: the first product is exact, so the quotient comes out rounded once.
       const __m128d value = _mm_sub_pd(_mm_castsi128_pd(shifted), _mm_set1_pd(0x1p52));
-      return _mm_mul_pd(value, _mm_set1_pd(1.0 / recurrence1.modulus()));
+      constexpr double rest = (0x1p32 - recurrence1.modulus()) / recurrence1.modulus() * 0x1p-32;
+      return _mm_add_pd(_mm_mul_pd(value, _mm_set1_pd(0x1p-32)), _mm_mul_pd(value, _mm_set1_pd(rest)));
     };
     _mm_storeu_pd(r, map_(u(_mm_unpacklo_epi32(z, magnitude))));
     _mm_storeu_pd(r + 2, map_(u(_mm_unpackhi_epi32(z, magnitude))));

@@ -77,6 +77,7 @@ class Quasi {
   }
 
   static int32_t skip(void* stream, uint64_t n) {
+    if (n == 0) return JUN_RNG_OK;
     State& state = state_of<State>(stream);
     Layout layout;
     if (!find_layout(stream, layout)) return JUN_RNG_NO_MEMORY;

@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    The words are the integer parts of 2^32 u, u the uniform doubles that a user gets; the same words for
-// families
-//           whose raw outputs have 32 bits.
+//           families whose raw outputs have 32 bits.
 // Use       rng_pipe IDENTIFIER [SEED...] | dieharder -g 200 -a
 #include <cstdint>
 #include <cstdio>
