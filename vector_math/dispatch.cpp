@@ -16,20 +16,22 @@ struct FunctionTables {
 
 }  // namespace orin::vector_math
 
-// ORIN_EXPORT_AT(name, record, offset): exports the address `offset` bytes into a record as `name`.
+// ORIN_EXPORT_AT(name, record, offset, bytes): exports `bytes` bytes that begin `offset` bytes into a record as `name`.
+// On Linux the names are protected: no program gets copies of its own, which the entries would not see.
 #if defined(_WIN32)
-#define ORIN_EXPORT_AT(name, record, offset)                                                                          \
+#define ORIN_EXPORT_AT(name, record, offset, bytes)                                                                   \
   asm(".globl _" #name "\n.set _" #name ", _" #record "+" #offset "\n.section .drectve\n.ascii \" -export:\\\"" #name \
       "\\\",data\"\n.text\n");
-#define ORIN_COST_OFFSET 12
+#define ORIN_KERNELS_SIZE 12
 #else
-#define ORIN_EXPORT_AT(name, record, offset) \
-  asm(".globl " #name "\n.type " #name ", @object\n.size " #name ", 12\n.set " #name ", " #record "+" #offset "\n");
-#define ORIN_COST_OFFSET 24
+#define ORIN_EXPORT_AT(name, record, offset, bytes)                                                                \
+  asm(".globl " #name "\n.protected " #name "\n.type " #name ", @object\n.size " #name ", " #bytes "\n.set " #name \
+      ", " #record "+" #offset "\n");
+#define ORIN_KERNELS_SIZE 24
 #endif
-static_assert(3 * sizeof(void*) == ORIN_COST_OFFSET);
+static_assert(3 * sizeof(void*) == ORIN_KERNELS_SIZE);
 
-#define ORIN_EXPORT_AT_(name, record, offset) ORIN_EXPORT_AT(name, record, offset)
+#define ORIN_EXPORT_AT_(name, record, offset, bytes) ORIN_EXPORT_AT(name, record, offset, bytes)
 #define ORIN_NAME_(name) #name
 #define ORIN_PASTE_(a, b) a##b
 #define ORIN_PASTE(a, b) ORIN_PASTE_(a, b)
@@ -54,8 +56,8 @@ extern "C" {
 #define ORIN_FUNCTION(t, F, SHAPE, LA, HA, EP, cost_la, cost_ha, cost_ep)                                  \
   FunctionTables<void ORIN_CALL ORIN_KERNEL_##SHAPE(t)> orin_##t##F##_tables{{&LA, &HA, &EP},              \
                                                                              {cost_la, cost_ha, cost_ep}}; \
-  ORIN_EXPORT_AT(orin_kor_kernel_##t##F##_ttab, orin_##t##F##_tables, 0)                                   \
-  ORIN_EXPORT_AT_(orin_kor_kernel_##t##F##_ctab, orin_##t##F##_tables, ORIN_COST_OFFSET)                   \
+  ORIN_EXPORT_AT_(orin_kor_kernel_##t##F##_ttab, orin_##t##F##_tables, 0, ORIN_KERNELS_SIZE)               \
+  ORIN_EXPORT_AT_(orin_kor_kernel_##t##F##_ctab, orin_##t##F##_tables, ORIN_KERNELS_SIZE, 12)              \
   ORIN_ENTRY(ORIN_PASTE(_kor##t##F, ORIN_LA_##t), orin_##t##F##_tables, 0, t, SHAPE)                       \
   ORIN_ENTRY(_kor##t##F##_HA, orin_##t##F##_tables, 1, t, SHAPE)                                           \
   ORIN_ENTRY(ORIN_PASTE(_kor##t##F, ORIN_EP_##t), orin_##t##F##_tables, 2, t, SHAPE)                       \

@@ -177,8 +177,8 @@ void report(std::int32_t status, std::int32_t index, const T* a1, const T* a2, T
   const bool has_element = names_an_element(status);
   if (has_element) {
     if (state.inputVectorBase != nullptr) {
-      const std::intptr_t distance =
-          reinterpret_cast<std::intptr_t>(a1) - reinterpret_cast<std::intptr_t>(state.inputVectorBase);
+      const auto distance = static_cast<std::intptr_t>(reinterpret_cast<std::uintptr_t>(a1) -
+                                                       reinterpret_cast<std::uintptr_t>(state.inputVectorBase));
       constexpr int element_shift = sizeof(T) == 4 ? 2 : sizeof(T) == 8 ? 3 : 4;
       context.index = static_cast<std::int32_t>(index + (distance >> element_shift));
     }

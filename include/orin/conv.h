@@ -65,9 +65,9 @@ enum {
 typedef struct ConvTask ConvTask;
 
 /* Called when a task with attached data is deleted; 0 means success. */
-typedef int32_t(ORIN_CALL *ConvReleaseHook)(ConvTask *task, void *attached);
+typedef int32_t(ORIN_CALL* ConvReleaseHook)(ConvTask* task, void* attached);
 /* Called when a task with attached data is copied, to make *copy_of_attached the new task's own; 0 means success. */
-typedef int32_t(ORIN_CALL *ConvCopyHook)(ConvTask *new_task, void **copy_of_attached, void *attached);
+typedef int32_t(ORIN_CALL* ConvCopyHook)(ConvTask* new_task, void** copy_of_attached, void* attached);
 
 struct ConvTask {
   int32_t status; /* sticky: while it is not 0, edit, commit, copy and exec return it and do nothing */
@@ -75,17 +75,17 @@ struct ConvTask {
   int32_t job;
   int32_t mode;
   int32_t extra;
-  int32_t *start;      /* null, or start_values */
-  int32_t *decimation; /* null, or decimation_values; the other pointers likewise */
+  int32_t* start;      /* null, or start_values */
+  int32_t* decimation; /* null, or decimation_values; the other pointers likewise */
   int32_t value_class;
   int32_t precision;
   int32_t internal_precision;
   int32_t dims;
-  int32_t *xshape;
-  int32_t *yshape;
-  int32_t *zshape;
-  int32_t *fixed_xstride;
-  const void *fixed_x; /* the caller's data */
+  int32_t* xshape;
+  int32_t* yshape;
+  int32_t* zshape;
+  int32_t* fixed_xstride;
+  const void* fixed_x; /* the caller's data */
   int32_t start_values[ORIN_CONV_MAX_DIMS];
   int32_t decimation_values[ORIN_CONV_MAX_DIMS];
   int32_t xshape_values[ORIN_CONV_MAX_DIMS];
@@ -93,48 +93,48 @@ struct ConvTask {
   int32_t zshape_values[ORIN_CONV_MAX_DIMS];
   int32_t fixed_xstride_values[ORIN_CONV_MAX_DIMS];
   int32_t committed;
-  void *attached; /* a block of the core module's allocator, freed with the task */
+  void* attached; /* a block of the core module's allocator, freed with the task */
   ConvReleaseHook release_hook;
   ConvCopyHook copy_hook;
 };
 
 /* Creates a task; null shapes are allowed here and refused by the execution. On failure *task stays as it is.
  * NULL_POINTER, NO_TASK_MEMORY. */
-ORIN_API int32_t ORIN_CALL __junNewTask(ConvTask **task, int32_t kind, int32_t job, int32_t mode, int32_t value_class,
-                                        int32_t precision, int32_t dims, const int32_t *xshape, const int32_t *yshape,
-                                        const int32_t *zshape);
+ORIN_API int32_t ORIN_CALL __junNewTask(ConvTask** task, int32_t kind, int32_t job, int32_t mode, int32_t value_class,
+                                        int32_t precision, int32_t dims, const int32_t* xshape, const int32_t* yshape,
+                                        const int32_t* zshape);
 
 /* The same with a fixed operand x for __junExecX: the data are kept by reference, the strides (may be null) copied. */
-ORIN_API int32_t ORIN_CALL __junNewTaskX(ConvTask **task, int32_t kind, int32_t job, int32_t mode, int32_t value_class,
-                                         int32_t precision, int32_t dims, const int32_t *xshape, const int32_t *yshape,
-                                         const int32_t *zshape, const void *x, const int32_t *xstride);
+ORIN_API int32_t ORIN_CALL __junNewTaskX(ConvTask** task, int32_t kind, int32_t job, int32_t mode, int32_t value_class,
+                                         int32_t precision, int32_t dims, const int32_t* xshape, const int32_t* yshape,
+                                         const int32_t* zshape, const void* x, const int32_t* xstride);
 
 /* Changes one parameter and takes the commitment back. Its result becomes the task's status, so that a task with a
  * refused edit does not run. NULL_POINTER, BAD_EDIT, FIXED_PARAMETER. */
-ORIN_API int32_t ORIN_CALL __junEditTask(ConvTask *task, int32_t parameter, const int32_t *value);
+ORIN_API int32_t ORIN_CALL __junEditTask(ConvTask* task, int32_t parameter, const int32_t* value);
 
 /* Declares a task complete; the first execution does it otherwise. */
-ORIN_API int32_t ORIN_CALL __junCommitTask(ConvTask *task);
+ORIN_API int32_t ORIN_CALL __junCommitTask(ConvTask* task);
 
 /* Makes an independent copy. NULL_POINTER, the source's status, NO_TASK_MEMORY, COPY_FAILED; *copy stays as it is then. */
-ORIN_API int32_t ORIN_CALL __junCopyTask(ConvTask **copy, const ConvTask *source);
+ORIN_API int32_t ORIN_CALL __junCopyTask(ConvTask** copy, const ConvTask* source);
 
 /* Frees a task in any state and sets *task to null; a null *task is a success. NULL_POINTER, RELEASE_FAILED (the task is
  * freed all the same). */
-ORIN_API int32_t ORIN_CALL __junDeleteTask(ConvTask **task);
+ORIN_API int32_t ORIN_CALL __junDeleteTask(ConvTask** task);
 
 /* Runs the task; null strides mean dense arrays, an unset start the first position, an unset decimation 1. The kernel's
  * result becomes the task's status. */
-ORIN_API int32_t ORIN_CALL __junExec(ConvTask *task, const void *x, const int32_t *xstride, const void *y,
-                                     const int32_t *ystride, void *z, const int32_t *zstride);
+ORIN_API int32_t ORIN_CALL __junExec(ConvTask* task, const void* x, const int32_t* xstride, const void* y,
+                                     const int32_t* ystride, void* z, const int32_t* zstride);
 
 /* The same with the operand x of __junNewTaskX. */
-ORIN_API int32_t ORIN_CALL __junExecX(ConvTask *task, const void *y, const int32_t *ystride, void *z,
-                                      const int32_t *zstride);
+ORIN_API int32_t ORIN_CALL __junExecX(ConvTask* task, const void* y, const int32_t* ystride, void* z,
+                                      const int32_t* zstride);
 
 /* Sets the status and returns the previous one; returns the status. */
-ORIN_API int32_t ORIN_CALL __junccSetStatus(ConvTask *task, int32_t status);
-ORIN_API int32_t ORIN_CALL __junccGetStatus(const ConvTask *task);
+ORIN_API int32_t ORIN_CALL __junccSetStatus(ConvTask* task, int32_t status);
+ORIN_API int32_t ORIN_CALL __junccGetStatus(const ConvTask* task);
 
 /* --- Kernels ------------------------------------------------------------------------------------------------------
  * _jun<Conv|Corr><pair><Direct|Fft><1D|All>_<dec|nodec>, what the tasks call, open to direct use.
@@ -149,24 +149,23 @@ ORIN_API int32_t ORIN_CALL __junccGetStatus(const ConvTask *task);
  * y null, y length; z null, z length; z stride; start; decimation and extent. After them NO_MEMORY, and TRANSFORM_FAILED
  * from the FFT kernels.
  */
-#define ORIN_CONV_KERNEL_SET(prefix)                                                                                 \
-  ORIN_API int32_t ORIN_CALL prefix##1D_dec(const void *x, int32_t xstride, const void *y, int32_t ystride, void *z, \
-                                            int32_t zstride, int32_t xlength, int32_t ylength, int32_t start,        \
-                                            int32_t zlength, int32_t decimation);                                    \
-  ORIN_API int32_t ORIN_CALL prefix##1D_nodec(const void *x, int32_t xstride, const void *y, int32_t ystride,        \
-                                              void *z, int32_t zstride, int32_t xlength, int32_t ylength,            \
-                                              int32_t start, int32_t zlength);                                       \
-  ORIN_API int32_t ORIN_CALL prefix##All_dec(int32_t dims, const void *x, const int32_t *xshape,                     \
-                                             const int32_t *xstride, const void *y, const int32_t *yshape,           \
-                                             const int32_t *ystride, void *z, const int32_t *zshape,                 \
-                                             const int32_t *zstride, const int32_t *start,                           \
-                                             const int32_t *decimation);                                             \
-  ORIN_API int32_t ORIN_CALL prefix##All_nodec(int32_t dims, const void *x, const int32_t *xshape,                   \
-                                               const int32_t *xstride, const void *y, const int32_t *yshape,         \
-                                               const int32_t *ystride, void *z, const int32_t *zshape,               \
-                                               const int32_t *zstride, const int32_t *start);
+#define ORIN_CONV_KERNEL_SET(prefix)                                                                                   \
+  ORIN_API int32_t ORIN_CALL prefix##1D_dec(const void* x, int32_t xstride, const void* y, int32_t ystride, void* z,   \
+                                            int32_t zstride, int32_t xlength, int32_t ylength, int32_t start,          \
+                                            int32_t zlength, int32_t decimation);                                      \
+  ORIN_API int32_t ORIN_CALL prefix##1D_nodec(const void* x, int32_t xstride, const void* y, int32_t ystride, void* z, \
+                                              int32_t zstride, int32_t xlength, int32_t ylength, int32_t start,        \
+                                              int32_t zlength);                                                        \
+  ORIN_API int32_t ORIN_CALL prefix##All_dec(int32_t dims, const void* x, const int32_t* xshape,                       \
+                                             const int32_t* xstride, const void* y, const int32_t* yshape,             \
+                                             const int32_t* ystride, void* z, const int32_t* zshape,                   \
+                                             const int32_t* zstride, const int32_t* start, const int32_t* decimation); \
+  ORIN_API int32_t ORIN_CALL prefix##All_nodec(int32_t dims, const void* x, const int32_t* xshape,                     \
+                                               const int32_t* xstride, const void* y, const int32_t* yshape,           \
+                                               const int32_t* ystride, void* z, const int32_t* zshape,                 \
+                                               const int32_t* zstride, const int32_t* start);
 
-#define ORIN_CONV_KERNELS(pair)               \
+#define ORIN_CONV_KERNELS(pair)                \
   ORIN_CONV_KERNEL_SET(_junConv##pair##Direct) \
   ORIN_CONV_KERNEL_SET(_junConv##pair##Fft)    \
   ORIN_CONV_KERNEL_SET(_junCorr##pair##Direct) \

@@ -30,8 +30,12 @@ typedef struct {
 } KorComplex16;
 
 /* --- Mode word ------------------------------------------------------------------------------------------------------
- * One 32-bit word per thread. A thread's word starts from the environment variable ORIN_KOR_MODE, a list of keywords
- * such as KOR_EP,KOR_ERRMODE_IGNORE (the names below without the module's prefix), or else as KOR_MODE_DEFAULT.
+ * One 32-bit word per thread. A thread's word starts from the environment variable ORIN_KOR_MODE, read at the thread's
+ * first use, or else as KOR_MODE_DEFAULT. The variable is a list such as KOR_EP,KOR_ERRMODE_IGNORE of these keywords:
+ *   KOR_LA KOR_HA KOR_EP KOR_DEFAULT_PRECISION KOR_FLOAT_CONSISTENT KOR_DOUBLE_CONSISTEN KOR_RESTORE KOR_ERRMODE_IGNORE
+ *   KOR_ERRMODE_ERRNO KOR_ERRMODE_STDERR KOR_ERRMODE_EXCEPT KOR_ERRMODE_CALLBACK KOR_ERRMODE_DEFAULT
+ * (the sixth without its last letter). Their bits are OR-ed, nothing is added: a list without an accuracy leaves that
+ * field 0. One word that is no keyword, a space or a trailing comma drops the whole value, as do 256 characters or more.
  */
 enum {
   KOR_LA = 0x1, /* accuracy field, mask 0xF */
