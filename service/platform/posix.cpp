@@ -14,11 +14,12 @@
 namespace orin::platform {
 namespace {
 
-// "NAME.dll" is "libNAME.so" here.
+// "NAME.dll" is "libNAME.so" here. A name with a folder has no counterpart: the loader would take it relative to the
+// current folder.
 bool system_name(const char* name, char* out, std::size_t capacity) noexcept {
   const std::size_t length = std::strlen(name);
   const char* suffix = ".dll";
-  if (length < 4 || std::strcmp(name + length - 4, suffix) != 0) return false;
+  if (length < 4 || std::strcmp(name + length - 4, suffix) != 0 || std::strchr(name, '/') != nullptr) return false;
   const int written = std::snprintf(out, capacity, "lib%.*s.so", static_cast<int>(length - 4), name);
   return written > 0 && static_cast<std::size_t>(written) < capacity;
 }
