@@ -5,8 +5,7 @@
 // over the
 //           batches. All rows of a family are measured in turn within each batch, so that a slow spell hits every row.
 // Check     loops of the same recurrence must give the module's numbers before they are timed, else the row prints
-// WRONG;
-//           other peers must give numbers in [0, 1) with the mean 1/2.
+//           WRONG; other peers must give numbers in [0, 1) with the mean 1/2.
 // Peers     a plain loop as a user writes it, compiled with this program's flags; Boost.Random; the standard library;
 // the GNU
 //           Scientific Library; dSFMT. The 32-bit build has the module, the loops and the standard library.

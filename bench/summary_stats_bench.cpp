@@ -2,9 +2,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    10^6 values (covariance: 20 variables of 10^5) drawn once, the same for everybody. Contenders take turns,
-// so
-//           that a busy machine disturbs all of them alike; minimum and median over the rounds of the time per value.
-//           The ratio is the fastest peer's minimum over ours: above 1 we are faster. Results are compared with
+//           so that a busy machine disturbs all of them alike; minimum and median over the rounds of the time per
+//           value. The ratio is the fastest peer's minimum over ours: above 1 we are faster. Results are compared with
 //           the peer's first: a row that is off prints WRONG.
 // Peers     compiled for SSE2 as the library is. Moments: Eigen's mean and three sums of powers of deviations, one pass
 //           each. Covariance: means, centred copy and symmetric update, the update by OpenBLAS held to SSE3 (loaded at

@@ -2,10 +2,9 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    arguments uniform in the catalog's usual range, warm caches; contenders take turns, minimum and median over
-// 31
-//           rounds of the mean time per element. n = 1000 sits in L1 with branches the processor has learnt; n = 16000
-//           is too long to learn by heart; n = 1 and 8 are nanoseconds per call. "special" has one argument in 64 from
-//           the special ones. Results are compared with long double first: a row that is off prints WRONG.
+//           31 rounds of the mean time per element. n = 1000 sits in L1 with branches the processor has learnt; n =
+//           16000 is too long to learn by heart; n = 1 and 8 are nanoseconds per call. "special" has one argument in 64
+//           from the special ones. Results are compared with long double first: a row that is off prints WRONG.
 // Classes   HA stands beside the peers that promise 1 ulp, LA beside all of them, EP beside this library's own LA.
 // Options   --costs       relative cost per element and grade, in units in which the double HA exponential is 26.45
 //           --times       a plain list "name grade ns" for n = 1000, as --other reads it

@@ -2,9 +2,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    blocks of observations, less their means and times the square roots of their weights, go through a
-// symmetric
-//           rank-k update; the updates are added up. The means' second words correct the result (corrected two-pass).
-//           A block keeps the storage of the data, so that nothing is transposed.
+//           symmetric rank-k update; the updates are added up. The means' second words correct the result (corrected
+//           two-pass). A block keeps the storage of the data, so that nothing is transposed.
 // Special   observations of weight zero take no part.
 // Source    Chan, Golub, LeVeque, The American Statistician 37 (1983), corrected two-pass algorithm.
 #ifndef ORIN_SUMMARY_STATS_COVARIANCE_H

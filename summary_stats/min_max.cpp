@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    one pass for both, in vectors of independent partial results. A vector minimum keeps its second operand
-// where
-//           the first is NaN, so that NaN observations are passed over.
+//           where the first is NaN, so that NaN observations are passed over.
 // Special   all NaN gives NaN; of zeros of both signs the first one observed, whatever its lane was.
 // Bounds    the memory: one load per vector, 2 operations; six (64-bit: eight) partial results hide their latency.
 #include <limits>

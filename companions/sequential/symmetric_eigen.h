@@ -11,9 +11,8 @@
 // Range     The matrix is scaled so that squares neither overflow nor all underflow, the eigenvalues are scaled back.
 // Failure   The number of off-diagonals left after 30 n sweeps. Elements that are not finite count as such from the
 // start. Source    Martin, Reinsch, Wilkinson: Householder's tridiagonalization of a symmetric matrix, Numer. Math. 11
-// (1968);
-//           Dubrulle: A short note on the implicit QL algorithm, Numer. Math. 15 (1970); deflation as in LAPACK Working
-//           Note 3.
+//           (1968); Dubrulle: A short note on the implicit QL algorithm, Numer. Math. 15 (1970); deflation as in LAPACK
+//           Working Note 3.
 #ifndef ORIN_COMPANIONS_SEQUENTIAL_SYMMETRIC_EIGEN_H
 #define ORIN_COMPANIONS_SEQUENTIAL_SYMMETRIC_EIGEN_H
 

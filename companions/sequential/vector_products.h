@@ -2,11 +2,9 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    Four columns at a time over strips of rows that stay in the first-level cache; vectors with an increment
-// are
-//           gathered strip by strip into a buffer on the stack, so that no call needs memory.
+//           are gathered strip by strip into a buffer on the stack, so that no call needs memory.
 // Rounding  A x: an element gets its products in order of the columns. A' x: four (float: eight) interleaved partial
-// sums
-//           per strip of 512. Neither depends on the leading dimension, the increments or the alignment.
+//           sums per strip of 512. Neither depends on the leading dimension, the increments or the alignment.
 // Bound by  reading the matrix once.
 #ifndef ORIN_COMPANIONS_SEQUENTIAL_VECTOR_PRODUCTS_H
 #define ORIN_COMPANIONS_SEQUENTIAL_VECTOR_PRODUCTS_H

@@ -4,8 +4,8 @@
 // Input     first byte odd: the rest is the file. Even: the file gets a header that the loader accepts (family by the
 //           byte, version and chunk count by the next one), a state that repeats the following 64 bytes, then the rest.
 // Checks    a refused file leaves a null pointer; an accepted stream saves and loads to the same image; it can be
-// copied,
-//           partitioned and generated from. Bounds and leaks are the sanitizers' part: every block is one of theirs.
+//           copied, partitioned and generated from. Bounds and leaks are the sanitizers' part: every block is one of
+//           theirs.
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>

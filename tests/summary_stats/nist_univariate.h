@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Source     NIST Statistical Reference Datasets, https://www.itl.nist.gov/div898/strd/univ/homepage.html, public
-// domain.
-//            Of the nine sets Lottery, Mavro and PiDigits are left out: their values were not at hand.
+//            domain. Of the nine sets Lottery, Mavro and PiDigits are left out: their values were not at hand.
 // Digits     how many of the certified ones the stored doubles can give: 0.1 is not a double, and beside 10^7 its error
 //            shows in the ninth digit of the deviation.
 #ifndef ORIN_TESTS_SUMMARY_STATS_NIST_UNIVARIATE_H
