@@ -123,8 +123,8 @@ struct Vec4f {
   friend Vec4f operator*(Vec4f a, Vec4f b) { return {_mm_mul_ps(a.v, b.v)}; }
   friend Vec4f operator+(Vec4f a, Vec4f b) { return {_mm_add_ps(a.v, b.v)}; }
 };
-Vec2d vector_of(const double* p) { return Vec2d::load(p); }
-Vec4f vector_of(const float* p) { return Vec4f::load(p); }
+[[maybe_unused]] Vec2d vector_of(const double* p) { return Vec2d::load(p); }
+[[maybe_unused]] Vec4f vector_of(const float* p) { return Vec4f::load(p); }
 
 template <class T>
 class Loop {

@@ -3,7 +3,8 @@
 
 # Diagnostics, common to every target of the project.
 add_library(orin_warnings INTERFACE)
-target_compile_options(orin_warnings INTERFACE -Wall -Wextra $<$<COMPILE_LANGUAGE:CXX>:-Wshadow -Wconversion>)
+target_compile_options(orin_warnings INTERFACE -Wall -Wextra $<$<COMPILE_LANGUAGE:CXX>:-Wshadow -Wconversion>
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>) # as GCC understands -Wconversion
 if(ORIN_WERROR)
   target_compile_options(orin_warnings INTERFACE -Werror)
 endif()
