@@ -176,6 +176,22 @@ ORIN_KOR_REAL_UNARY(Asinh)
 ORIN_KOR_REAL_UNARY(Acosh)
 ORIN_KOR_REAL_UNARY(Atanh)
 
+/* Hyperbolic functions. */
+
+/* Trigonometric functions. */
+
+/* Error functions and the normal distribution. */
+
+/* Gamma functions. */
+
+/* Arithmetic. */
+
+/* Rounding. */
+
+/* Roots and fixed powers. */
+
+/* Complex functions. */
+
 /* --- Pack and unpack ------------------------------------------------------------------------------------------------
  * Copies between a contiguous and a strided, indexed or masked vector; exact, nothing is checked or reported. Counts
  * and increments are taken through their low 32 bits. Kernels have one more argument: 1, as the entries pass it, for
