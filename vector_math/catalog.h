@@ -110,6 +110,8 @@ class RealFunction {
   T low() const { return static_cast<T>(is_single ? promise->low_s : promise->low_d); }
   T high() const { return static_cast<T>(is_single ? promise->high_s : promise->high_d); }
   double ha_ulp() const { return is_single ? promise->ha_ulp_s : promise->ha_ulp_d; }
+  // The last product that makes a result subnormal halves the error so far, at least, and adds a rounding.
+  double ha_ulp_of_subnormals() const { return 0.5 + ha_ulp() / 2; }
   double quick(double a, double b) const { return promise->quick_d(a, b); }
   long double quick(long double a, long double b) const { return promise->quick_l(a, b); }
 

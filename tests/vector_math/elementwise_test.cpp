@@ -101,11 +101,11 @@ class Elementwise : public testing::Test {
 template <class T>
 double bound_in_ulp(const RealFunction<T>& function, Grade grade, const ReferenceCase<T>& line) {
   if (!std::isfinite(line.rounded)) return 0;
-  if (grade == Grade::ha) return function.ha_ulp();
   const double relative = function.relative_bound(grade);
   const double magnitude = std::fabs(static_cast<double>(line.rounded));
-  if (magnitude < static_cast<double>(std::numeric_limits<T>::min()))
-    return 1 + relative * static_cast<double>(ordinal(static_cast<T>(magnitude)));
+  const bool subnormal = magnitude < static_cast<double>(std::numeric_limits<T>::min());
+  if (grade == Grade::ha) return subnormal ? function.ha_ulp_of_subnormals() : function.ha_ulp();
+  if (subnormal) return 1 + relative * static_cast<double>(ordinal(static_cast<T>(magnitude)));
   return relative * (magnitude / line.spacing());
 }
 

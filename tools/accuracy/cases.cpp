@@ -111,6 +111,8 @@ void write_cases(const RealFunction<T>& function, const ScanResult<T>& result, c
   for (int grade = 0; grade < grades; ++grade) {
     cases.heading(std::string("the worst found for ") + grade_names[grade]);
     for (std::size_t k = 0; k < 16 && k < result.by_ulp[grade].size(); ++k) cases.write(result.by_ulp[grade][k].point);
+    for (std::size_t k = 0; k < 8 && k < result.subnormal[grade].size(); ++k)
+      cases.write(result.subnormal[grade][k].point);
   }
   std::fclose(file);
 }

@@ -35,7 +35,8 @@ template <class T, class Wide>
 Outcome<T> special_power(T x, T y, Wide wide) {
   using Limits = std::numeric_limits<T>;
   if (y == 0 || x == 1) return {{T(1)}, KOR_STATUS_OK};
-  if (x != x || y != y) return {{x + y}, KOR_STATUS_OK};
+  if (x != x) return {{x + x}, KOR_STATUS_OK};
+  if (y != y) return {{y + y}, KOR_STATUS_OK};
   const T magnitude = std::fabs(x);
   if (std::fabs(y) > Limits::max()) {
     if (magnitude == 1) return {{T(1)}, KOR_STATUS_OK};
