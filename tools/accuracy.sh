@@ -3,6 +3,6 @@
 # SPDX-License-Identifier: MIT
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-cmake --preset linux64 > /dev/null
-cmake --build build/linux64 --target accuracy > /dev/null
+. tools/quiet.sh
+build_quietly linux64 accuracy
 exec build/linux64/bin/accuracy "$@"
