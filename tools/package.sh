@@ -64,7 +64,8 @@ sed -e "s/@version@/$version/" -e "s/@major@/${version%%.*}/" cmake/package/orin
   > "$stage/lib/cmake/orin/orinConfigVersion.cmake"
 cp LICENSE "$stage/"
 sed '/HACKING/d' README.md > "$stage/README.md"
-find docs -maxdepth 1 -type f ! -name HACKING.md -exec cp {} "$stage/docs/" \;
+cp -r docs/plots docs/*.txt docs/*.md "$stage/docs/"
+rm "$stage/docs/HACKING.md"
 
 zip=$(cd "$folder" && pwd)/$name.zip
 rm -f "$zip"
