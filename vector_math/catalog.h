@@ -22,6 +22,8 @@ namespace orin::vector_math {
 namespace reference_function {
 using std::acosh;
 using std::asinh;
+using std::atan;
+using std::atan2;
 using std::atanh;
 using std::exp;
 using std::log;

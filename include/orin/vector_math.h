@@ -180,6 +180,10 @@ ORIN_KOR_REAL_UNARY(Atanh)
 
 /* Trigonometric functions. */
 
+/* r = arctangent of a, and in Atan2 the angle from -pi to pi of the point with ordinate a and abscissa b; no status. */
+ORIN_KOR_REAL_UNARY(Atan)
+ORIN_KOR_REAL_BINARY(Atan2)
+
 /* Error functions and the normal distribution. */
 
 /* Gamma functions. */

@@ -151,6 +151,7 @@ ORIN_INLINE Vec4f max(Vec4f a, Vec4f b) { return _mm_max_ps(a.raw, b.raw); }
 ORIN_INLINE Vec4f select(Vec4f mask, Vec4f a, Vec4f b) {
   return _mm_or_ps(_mm_and_ps(mask.raw, a.raw), _mm_andnot_ps(mask.raw, b.raw));
 }
+ORIN_INLINE Vec4f and_not(Vec4f mask, Vec4f a) { return _mm_andnot_ps(mask.raw, a.raw); }
 ORIN_INLINE unsigned lane_bits(Vec4f mask) { return static_cast<unsigned>(_mm_movemask_ps(mask.raw)); }
 ORIN_INLINE Vec4i bits(Vec4f a) { return _mm_castps_si128(a.raw); }
 ORIN_INLINE Vec4f from_bits(Vec4i a) { return _mm_castsi128_ps(a.raw); }
