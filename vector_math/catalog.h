@@ -23,11 +23,14 @@ namespace reference_function {
 using std::acosh;
 using std::asinh;
 using std::atanh;
+using std::cos;
 using std::exp;
 using std::log;
 using std::log10;
 using std::log1p;
 using std::pow;
+using std::sin;
+using std::tan;
 }  // namespace reference_function
 
 struct Promise {
