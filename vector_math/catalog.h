@@ -25,11 +25,14 @@ using std::asinh;
 using std::atan;
 using std::atan2;
 using std::atanh;
+using std::cos;
 using std::exp;
 using std::log;
 using std::log10;
 using std::log1p;
 using std::pow;
+using std::sin;
+using std::tan;
 }  // namespace reference_function
 
 struct Promise {
