@@ -184,6 +184,10 @@ ORIN_KOR_REAL_UNARY(Atanh)
 ORIN_KOR_REAL_UNARY(Atan)
 ORIN_KOR_REAL_BINARY(Atan2)
 
+/* r = arcsine, arccosine of a. Status 1 (NaN) for |a| > 1. */
+ORIN_KOR_REAL_UNARY(Asin)
+ORIN_KOR_REAL_UNARY(Acos)
+
 /* Error functions and the normal distribution. */
 
 /* Gamma functions. */
