@@ -20,7 +20,9 @@ namespace orin::vector_math {
 
 // Where the quick references of the catalog are looked up; functions that the standard library lacks are added here.
 namespace reference_function {
+using std::acos;
 using std::acosh;
+using std::asin;
 using std::asinh;
 using std::atan;
 using std::atan2;

@@ -192,6 +192,10 @@ ORIN_KOR_REAL_UNARY(Sin)
 ORIN_KOR_REAL_UNARY(Cos)
 ORIN_KOR_REAL_TWO_RESULTS(SinCos)
 
+/* r = arcsine, arccosine of a. Status 1 (NaN) for |a| > 1. */
+ORIN_KOR_REAL_UNARY(Asin)
+ORIN_KOR_REAL_UNARY(Acos)
+
 /* Error functions and the normal distribution. */
 
 /* Gamma functions. */
