@@ -188,9 +188,12 @@ ORIN_KOR_REAL_UNARY(Atan)
 ORIN_KOR_REAL_BINARY(Atan2)
 /* r = sin a, r = cos a; SinCos gives both: r1 = sin a, r2 = cos a. Accurate for every finite a, however large. Status 1
  * (NaN) for infinite a. Either result array of SinCos may be the argument array. */
+/* r = sin a, cos a, tan a; SinCos: r1 = sin a, r2 = cos a. Accurate for every finite a, however large. Status 1 (NaN)
+ * for infinite a. Either result array of SinCos may be the argument array. */
 ORIN_KOR_REAL_UNARY(Sin)
 ORIN_KOR_REAL_UNARY(Cos)
 ORIN_KOR_REAL_TWO_RESULTS(SinCos)
+ORIN_KOR_REAL_UNARY(Tan)
 
 /* r = arcsine, arccosine of a. Status 1 (NaN) for |a| > 1. */
 ORIN_KOR_REAL_UNARY(Asin)
