@@ -27,11 +27,14 @@ using std::asinh;
 using std::atan;
 using std::atan2;
 using std::atanh;
+using std::cosh;
 using std::exp;
+using std::expm1;
 using std::log;
 using std::log10;
 using std::log1p;
 using std::pow;
+using std::sinh;
 }  // namespace reference_function
 
 struct Promise {
