@@ -28,13 +28,16 @@ using std::atan;
 using std::atan2;
 using std::atanh;
 using std::cos;
+using std::cosh;
 using std::exp;
+using std::expm1;
 using std::log;
 using std::log10;
 using std::log1p;
 using std::pow;
 using std::sin;
 using std::tan;
+using std::sinh;
 }  // namespace reference_function
 
 struct Promise {

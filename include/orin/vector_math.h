@@ -179,7 +179,10 @@ ORIN_KOR_REAL_UNARY(Asinh)
 ORIN_KOR_REAL_UNARY(Acosh)
 ORIN_KOR_REAL_UNARY(Atanh)
 
-/* Hyperbolic functions. */
+/* Hyperbolic functions, and r = e^a - 1, accurate for small a. Status 3 where a finite argument overflows. */
+ORIN_KOR_REAL_UNARY(Sinh)
+ORIN_KOR_REAL_UNARY(Cosh)
+ORIN_KOR_REAL_UNARY(Expm1)
 
 /* Trigonometric functions. */
 
