@@ -29,6 +29,8 @@ using std::atan2;
 using std::atanh;
 using std::cos;
 using std::cosh;
+using std::erf;
+using std::erfc;
 using std::exp;
 using std::expm1;
 using std::log;
@@ -38,6 +40,18 @@ using std::pow;
 using std::sin;
 using std::tan;
 using std::sinh;
+
+// z = -x/sqrt 2 as a sum with its rest: the inverse root in two parts, the first so short that its product is exact.
+inline long double normal_distribution(long double x) {
+  constexpr long double inverse_high = 0x1.6ap-1L, inverse_low = 0x1.3cccfe779921165f6p-14L;
+  const long double high = -x * inverse_high, low = -x * inverse_low;
+  const long double z = high + low, rest = (high - z) + low;
+  constexpr long double two_over_root_pi = 1.128379167095512573896L;
+  return (std::erfc(z) - (std::isfinite(x) ? rest * two_over_root_pi * std::exp(-z * z) : 0)) / 2;
+}
+inline double normal_distribution(double x) {
+  return static_cast<double>(normal_distribution(static_cast<long double>(x)));
+}
 }  // namespace reference_function
 
 struct Promise {

@@ -204,6 +204,14 @@ ORIN_KOR_REAL_UNARY(Acos)
 
 /* Error functions and the normal distribution. */
 
+/* r = erf a = 2/sqrt(pi) integral of e^(-t^2) from 0 to a. No status. */
+ORIN_KOR_REAL_UNARY(Erf)
+
+/* Erfc: r = 1 - erf a. CdfNorm: r = erfc(-a/sqrt 2)/2, the normal distribution function. Both without cancellation;
+ * status 4 where the result of a finite argument is subnormal or underflows to +0. */
+ORIN_KOR_REAL_UNARY(Erfc)
+ORIN_KOR_REAL_UNARY(CdfNorm)
+
 /* Gamma functions. */
 
 /* Arithmetic. */

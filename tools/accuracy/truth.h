@@ -27,6 +27,19 @@ struct MpfrFunction {
   MpfrFunction(Binary* function) : binary(function) {}
 };
 
+// Truths that MPFR lacks, with its conventions.
+inline int normal_distribution(mpfr_t value, mpfr_srcptr x, mpfr_rnd_t mode) {
+  mpfr_t z, root;
+  mpfr_inits2(mpfr_get_prec(value) + 64, z, root, nullptr);
+  mpfr_sqrt_ui(root, 2, MPFR_RNDN);
+  mpfr_div(z, x, root, MPFR_RNDN);
+  mpfr_neg(z, z, MPFR_RNDN);
+  mpfr_erfc(z, z, MPFR_RNDN);
+  const int inexact = mpfr_div_2ui(value, z, 1, mode);
+  mpfr_clears(z, root, nullptr);
+  return inexact;
+}
+
 // The truth of a row of the catalog.
 MpfrFunction truth_of(const orin::vector_math::Promise& promise);
 
