@@ -28,6 +28,7 @@ using std::log;
 using std::log10;
 using std::log1p;
 using std::pow;
+using std::tgamma;
 }  // namespace reference_function
 
 struct Promise {
