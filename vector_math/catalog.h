@@ -52,6 +52,7 @@ inline long double normal_distribution(long double x) {
 inline double normal_distribution(double x) {
   return static_cast<double>(normal_distribution(static_cast<long double>(x)));
 }
+using std::tgamma;
 }  // namespace reference_function
 
 struct Promise {

@@ -213,6 +213,10 @@ ORIN_KOR_REAL_UNARY(Erfc)
 ORIN_KOR_REAL_UNARY(CdfNorm)
 
 /* Gamma functions. */
+/* Gamma functions.
+ * TGamma: r = Gamma(a). Status 1 (NaN) for a negative integer and -inf, 2 (an infinity) for a = +-0, 3 where a finite
+ * argument overflows, 4 where the result is subnormal or underflows to zero. */
+ORIN_KOR_REAL_UNARY(TGamma)
 
 /* Arithmetic. */
 
