@@ -23,11 +23,64 @@ namespace reference_function {
 using std::acosh;
 using std::asinh;
 using std::atanh;
+using std::cbrt;
+using std::ceil;
 using std::exp;
+using std::fabs;
+using std::floor;
+using std::hypot;
 using std::log;
 using std::log10;
 using std::log1p;
+using std::nearbyint;
 using std::pow;
+using std::round;
+using std::sqrt;
+using std::trunc;
+template <class Real>
+Real plus(Real a, Real b) {
+  return a + b;
+}
+template <class Real>
+Real minus(Real a, Real b) {
+  return a - b;
+}
+template <class Real>
+Real times(Real a, Real b) {
+  return a * b;
+}
+template <class Real>
+Real over(Real a, Real b) {
+  return a / b;
+}
+template <class Real>
+Real square(Real a) {
+  return a * a;
+}
+template <class Real>
+Real inverse(Real a) {
+  return 1 / a;
+}
+template <class Real>
+Real fraction(Real a) {
+  return std::isinf(a) ? std::copysign(Real(0), a) : a - std::trunc(a);
+}
+template <class Real>
+Real inverse_sqrt(Real a) {
+  return 1 / std::sqrt(a);
+}
+template <class Real>
+Real inverse_cbrt(Real a) {
+  return 1 / std::cbrt(a);
+}
+template <class Real>
+Real pow2o3(Real a) {
+  return std::cbrt(a) * std::cbrt(a);
+}
+template <class Real>
+Real pow3o2(Real a) {
+  return a * std::sqrt(a);
+}
 }  // namespace reference_function
 
 struct Promise {
@@ -40,7 +93,7 @@ struct Promise {
   double low_s, high_s, low_d, high_d;
   double usual_low, usual_high;
   double second_low, second_high;
-  bool reports_underflow;
+  bool reports_underflow, reports_nothing;
 };
 
 template <class Real>
@@ -76,7 +129,8 @@ inline constexpr Promise promises[] = {
    usual_high,                                                                                                      \
    second_low,                                                                                                      \
    second_high,                                                                                                     \
-   #underflow[0] == 'r'},
+   #underflow[0] == 'r',                                                                                            \
+   #underflow[0] == 'n'},
 #include "vector_math/catalog.def"
 #undef ORIN_CATALOG
 };
