@@ -35,6 +35,7 @@ using std::log10;
 using std::log1p;
 using std::pow;
 using std::sinh;
+using std::tanh;
 }  // namespace reference_function
 
 struct Promise {
