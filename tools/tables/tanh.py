@@ -25,7 +25,7 @@ for c in middles:
 out.comment("Bins of arguments, 32 to a power of two from 2^-7 to 20, the first one from 0 on.")
 out.constant("first_bin", hex_double(mpf(2) ** first))
 out.constant("last_bin", hex_double(last))
-out.comment("The middle c of each bin, of six bits, and tanh c.")
+out.comment("The middle c of each bin, of seven bits, and tanh c.")
 out.table("points", points)
 out.comment("1 - tanh(c)^2, and what rounding left of tanh c.")
 out.table("slopes", slopes)

@@ -10,7 +10,7 @@ namespace orin::vector_math::tanh_data {
 inline constexpr double first_bin = 0x1p-7;
 inline constexpr double last_bin = 0x1.4000000000000p+4;
 
-// The middle c of each bin, of six bits, and tanh c.
+// The middle c of each bin, of seven bits, and tanh c.
 alignas(64) inline constexpr double points[722] = {
     0x0.0p+0, 0x0.0p+0, 0x1.0c00000000000p-7, 0x1.0bfe7864595b7p-7,
     0x1.1400000000000p-7, 0x1.13fe54441b7c1p-7, 0x1.1c00000000000p-7, 0x1.1bfe2dfbeafbep-7,
