@@ -79,7 +79,7 @@ ORIN_INLINE Angle reduce(Vec2d x) {
   }
 }
 
-inline constexpr std::int32_t reduce_to_word = 0x412fffff;  // the high word of the largest |x| that reduce takes
+inline constexpr std::int32_t last_word = 0x412fffff;  // the high word of the largest |x| that reduce takes
 
 struct Huge {
   Constant<double> limit = 0x1p20, safe = 0x1p30, scale = 0x1p-300;
@@ -121,6 +121,34 @@ ORIN_INLINE Angle reduce_huge_turns(Vec2d x) {
   return {f.high, f.low, bits(t)};
 }
 
+// x, a float beyond 2^20, less n 2 pi/size: five digits, whose products with x are exact. `ahead` quarter turns are
+// added to x first, and taken from n.
+template <int size, int ahead = 0>
+ORIN_INLINE Angle reduce_huge_single(Vec2d x) {
+  static constexpr struct {
+    Constant<double> to_step = 0x1.8p52 * 128 / size, turned = 32.0 * ahead, unit = data::unit;
+  } step{};
+  const auto& c = in_memory(huge_constants);
+  const auto& k = in_memory(step);
+  const auto exponent = low_bits<11>(shift_right<52>(bits(abs(x))));
+  const double* first = data::digits + (exponent.of[0] - (1023 - 25)) / 25;
+  const double* second = data::digits + (exponent.of[1] - (1023 - 25)) / 25;
+  const Vec2d scaled = x * c.scale;
+  Vec2d term[6];
+  for (int i = 0; i < 6; i += 2) {
+    const __m128d a = _mm_loadu_pd(first + i), b = _mm_loadu_pd(second + i);
+    term[i] = scaled * _mm_unpacklo_pd(a, b);
+    term[i + 1] = scaled * _mm_unpackhi_pd(a, b);
+  }
+  const Vec2d whole = (term[0] - ((term[0] + c.to_128) - c.to_128)) + (term[1] - ((term[1] + c.to_128) - c.to_128));
+  Vec2d v = whole + term[2];
+  if constexpr (ahead != 0) v = v + k.turned;
+  const Vec2d t = v + k.to_step;
+  Vec2d n = t - k.to_step;
+  if constexpr (ahead != 0) n = n - k.turned;
+  return {(((whole - n) + term[2]) + (term[3] + term[4])) * k.unit, 0.0, bits(t)};
+}
+
 // As reduce, for 2^20 <= |x|.
 template <Grade grade>
 ORIN_INLINE Angle reduce_huge(Vec2d x) {
@@ -134,15 +162,23 @@ ORIN_INLINE Angle reduce_huge(Vec2d x) {
   return {r.high, r.low, f.n};
 }
 
+// a where the mask is set, b elsewhere.
+ORIN_INLINE Angle select(Vec2d mask, const Angle& a, const Angle& b) {
+  return {select(mask, a.high, b.high), select(mask, a.low, b.low), bits(select(mask, from_bits(a.n), from_bits(b.n)))};
+}
+
 // Any finite x; for |x| < 2^20 the bits of reduce.
 template <Grade grade>
 ORIN_INLINE Angle reduce_any(Vec2d x) {
   const auto& c = in_memory(huge_constants);
   const Vec2d huge = abs(x) >= c.limit;
-  const Angle small = reduce<grade>(and_not(huge, x));
-  const Angle large = reduce_huge<grade>(select(huge, x, c.safe));
-  const Vec2d n = select(huge, from_bits(large.n), from_bits(small.n));
-  return {select(huge, large.high, small.high), select(huge, large.low, small.low), bits(n)};
+  return select(huge, reduce_huge<grade>(select(huge, x, c.safe)), reduce<grade>(and_not(huge, x)));
+}
+// The same for x that are floats, to EP.
+ORIN_INLINE Angle reduce_any_single(Vec2d x) {
+  const auto& c = in_memory(huge_constants);
+  const Vec2d huge = abs(x) >= c.limit;
+  return select(huge, reduce_huge_single<512>(select(huge, x, c.safe)), reduce<Grade::ep>(and_not(huge, x)));
 }
 
 // What sine and cosine of one angle share.
