@@ -6,7 +6,7 @@
 //           same bits. Single HA computes in doubles with sincos_core_d.h; reduce_any_single is its reduction.
 // Method    x = n pi + r, for the cosine x = (n - 1/2) pi + r;  (-1)^n sin r = (-1)^n r (1 + r^2 p(r^2))
 //           x = n pi/2 + r;  sin r, cos r, exchanged where n is odd;  tan r = r (1 + p r^2)/(1 + q r^2 + q' r^4)
-// Reduction in floats up to 1536 in LA, 128 in EP: x - n pi in parts of pi, each product exact but the last (Cody and
+// Reduction in floats up to 1536 in LA, 248 in EP: x - n pi in parts of pi, each product exact but the last (Cody and
 //           Waite); in doubles below 2^20, and by the digits of 64/pi beyond, as in sincos_core_d.h
 // Budget    LA  in 2^-24: r 2, polynomial 1/2, its product 1, last two 2;  EP polynomial 2^-12.8
 // Special   sin -0 = -0, tan -0 = -0 and f(x) = x for subnormal x come out by themselves
@@ -29,7 +29,7 @@ struct Angle {
 };
 
 template <Grade grade>
-inline constexpr std::int32_t last_word = grade == Grade::la ? 0x44bfffff : 0x42ffffff;  // below 1536, below 128
+inline constexpr std::int32_t last_word = grade == Grade::la ? 0x44bfffff : 0x4377ffff;  // below 1536, below 248
 
 // Reduction by units of pi/per_pi. `ahead` quarter turns are added to x first, and taken from n.
 template <Grade grade, int per_pi, int ahead>
@@ -37,14 +37,14 @@ struct Turns {
   static constexpr float turned = 0.5f * ahead * per_pi;
 
   static constexpr struct {
-    Constant<std::int32_t> last = last_word<grade>;
+    Constant<std::int32_t> last = last_word<grade>, last_medium = 0x497fffff;  // below 2^20
     Constant<float> inverse = data::inverse * per_pi, to_integer = 0x1.8p23f, turned = Turns::turned;
     Constant<float> step_0 = data::pi_0 / per_pi;
     Constant<float> step_1 = (grade == Grade::la ? data::pi_1 : data::rest_0) / per_pi;
     Constant<float> step_2 = data::rest_1 / per_pi;
   } constants{};
   static constexpr struct {
-    Constant<double> limit = 0x1p20, one = 1.0, safe = 0x1p30;
+    Constant<double> limit = 0x1p20, safe = 0x1p30;
     Constant<double> inverse = data::wide_inverse * per_pi, to_integer = 0x1.8p52, turned = Turns::turned;
     Constant<double> high = data::wide_high / per_pi, low = data::wide_low / per_pi;
   } wide_constants{};
@@ -61,7 +61,35 @@ struct Turns {
     return {r, bits(t)};
   }
 
-  // In doubles: |x| < 2^20, and the rest.
+  // Any finite x; up to last_word the bits of reduce.
+  static ORIN_INLINE Angle reduce_any(Vec4f x) {
+    const Vec4i is_far = magnitude(bits(x)) > in_memory(constants).last;
+    const unsigned lanes = lane_bits(is_far);
+    if (lanes == 0) return reduce(x);
+    Angle far;
+    if constexpr (grade == Grade::la)
+      far = reduce_in_doubles(x);
+    else
+      far = Turns<Grade::la, per_pi, ahead>::reduce_any(x);
+    if (lanes == 15) return far;
+    const Angle near = reduce(from_bits(select(is_far, Vec4i(0), bits(x))));
+    return {select(from_bits(is_far), far.r, near.r), select(is_far, far.n, near.n)};
+  }
+
+ private:
+  static ORIN_INLINE Angle reduce_in_doubles(Vec4f x) {
+    const TwoVec2d wide = widen(x);
+    sincos_d::Angle low, high;
+    if (lane_bits(magnitude(bits(x)) > in_memory(constants).last_medium) == 0) [[likely]] {
+      low = reduce_medium(wide.low);
+      high = reduce_medium(wide.high);
+    } else {
+      low = reduce_large(wide.low);
+      high = reduce_large(wide.high);
+    }
+    return {narrow({low.high, high.high}), low_words(low.n, high.n)};
+  }
+  // |x| < 2^20.
   static ORIN_INLINE sincos_d::Angle reduce_medium(Vec2d x) {
     const auto& c = in_memory(wide_constants);
     Vec2d turns = x * c.inverse;
@@ -74,21 +102,8 @@ struct Turns {
   static ORIN_INLINE sincos_d::Angle reduce_large(Vec2d x) {
     const auto& c = in_memory(wide_constants);
     const Vec2d huge = abs(x) >= c.limit;
-    if (lane_bits(huge) == 0) [[likely]]
-      return reduce_medium(x);
     return select(huge, sincos_d::reduce_huge_single<2 * per_pi, ahead>(select(huge, x, c.safe)),
                   reduce_medium(and_not(huge, x)));
-  }
-
-  // Any finite x; up to last_word the bits of reduce.
-  static ORIN_INLINE Angle reduce_any(Vec4f x) {
-    const TwoVec2d wide = widen(x);
-    const sincos_d::Angle low = reduce_large(wide.low), high = reduce_large(wide.high);
-    const Angle large = {narrow({low.high, high.high}), low_words(low.n, high.n)};
-    const Vec4i is_large = magnitude(bits(x)) > in_memory(constants).last;
-    if (lane_bits(is_large) == 15) return large;
-    const Angle small = reduce(from_bits(select(is_large, Vec4i(0), bits(x))));
-    return {select(from_bits(is_large), large.r, small.r), select(is_large, large.n, small.n)};
   }
 };
 template <Grade grade, int ahead>
