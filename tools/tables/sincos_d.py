@@ -20,10 +20,12 @@ def text(x):
 
 
 def parts(value, counts):
-    """The leading parts of value with so many bits each, and the rest to double."""
+    """The leading parts of value with so many bits each, cut, and the rest to double. All are positive: 0 times one of
+    them is +0, and -0 less that -0."""
     pieces = []
     for count in counts:
-        pieces.append(to_bits(value, count))
+        exponent = mp.frexp(value)[1] - count
+        pieces.append(mp.ldexp(mp.floor(mp.ldexp(value, -exponent)), exponent))
         value -= pieces[-1]
     return pieces + [to_double(value)]
 

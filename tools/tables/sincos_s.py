@@ -9,12 +9,15 @@ from minimax import Header, exponent_text, fit, hex_double, hex_float, max_error
 out = Header(
     "sincos_s", "parts of pi and polynomials of the single-precision sine, cosine and tangent", "tools/tables/sincos_s.py"
 )
-out.comment("pi in parts of 12 and 14 bits, whose products with n are exact, and what remains after each.")
+out.comment("pi in parts of 12 and 14 bits, whose products with n are exact, and what remains after each, all but the first")
+out.comment("negative: 0 times one of them is -0, and +0 with that +0.")
 rest = +mp.pi
 for k, count in enumerate((12, 14)):
-    piece = to_bits(rest, count)
+    exponent = mp.frexp(rest)[1] - count
+    piece = mp.ldexp(mp.ceil(mp.ldexp(rest, -exponent)), exponent)
     out.constant(f"pi_{k}", hex_float(piece), "float")
     rest -= piece
+    assert rest < 0
     out.constant(f"rest_{k}", hex_float(rest), "float")
 out.constant("inverse", hex_float(1 / mp.pi), "float")
 high = to_bits(mp.pi, 33)

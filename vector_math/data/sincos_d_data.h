@@ -9,9 +9,9 @@ namespace orin::vector_math::sincos_d_data {
 // 128/(2 pi); 2 pi/128 in parts of 27, 24, 27 bits, whose products with n are exact, and the rest.
 inline constexpr double ha_inverse = 0x1.45f306dc9c883p+4;
 inline constexpr double ha_step_0 = 0x1.921fb54000000p-5;
-inline constexpr double ha_step_1 = 0x1.10b4620000000p-35;
-inline constexpr double ha_step_2 = -0x1.cb3b398000000p-60;
-inline constexpr double ha_step_3 = -0x1.d747f23e32ed7p-88;
+inline constexpr double ha_step_1 = 0x1.10b4600000000p-35;
+inline constexpr double ha_step_2 = 0x1.1a62630000000p-59;
+inline constexpr double ha_step_3 = 0x1.8a2e03707344ap-86;
 
 // 512/(2 pi); 2 pi/512 in parts of 25, 26, 26 bits, whose products with n are exact, and the rest.
 inline constexpr double la_inverse = 0x1.45f306dc9c883p+6;

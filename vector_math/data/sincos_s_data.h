@@ -6,11 +6,12 @@
 
 namespace orin::vector_math::sincos_s_data {
 
-// pi in parts of 12 and 14 bits, whose products with n are exact, and what remains after each.
+// pi in parts of 12 and 14 bits, whose products with n are exact, and what remains after each, all but the first
+// negative: 0 times one of them is -0, and +0 with that +0.
 inline constexpr float pi_0 = 0x1.9220000000000p+1f;
 inline constexpr float rest_0 = -0x1.2aeef40000000p-17f;
-inline constexpr float pi_1 = -0x1.2af0000000000p-17f;
-inline constexpr float rest_1 = 0x1.0b46120000000p-33f;
+inline constexpr float pi_1 = -0x1.2ae8000000000p-17f;
+inline constexpr float rest_1 = -0x1.bd2e7c0000000p-31f;
 inline constexpr float inverse = 0x1.45f3060000000p-2f;
 
 // pi in two doubles, the first of 33 bits.

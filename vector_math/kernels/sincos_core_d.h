@@ -122,11 +122,12 @@ ORIN_INLINE Angle reduce_huge_turns(Vec2d x) {
 }
 
 // x, a float beyond 2^20, less n 2 pi/size: five digits, whose products with x are exact. `ahead` quarter turns are
-// added to x first, and taken from n.
-template <int size, int ahead = 0>
+// added to x first, and taken from n. `opposite`: n 2 pi/size less x, and n + 3.
+template <int size, int ahead = 0, bool opposite = false>
 ORIN_INLINE Angle reduce_huge_single(Vec2d x) {
   static constexpr struct {
-    Constant<double> to_step = 0x1.8p52 * 128 / size, turned = 32.0 * ahead, unit = data::unit;
+    Constant<double> to_step = (0x1.8p52 + (opposite ? 3 : 0)) * 128 / size;
+    Constant<double> turned = 32.0 * ahead, unit = opposite ? -data::unit : data::unit;
   } step{};
   const auto& c = in_memory(huge_constants);
   const auto& k = in_memory(step);

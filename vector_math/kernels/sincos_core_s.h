@@ -4,10 +4,11 @@
 // Use       sine<grade>(HalfTurns<grade, 0>::reduce(x)), with HalfTurns<grade, 1> the cosine; QuarterTurns<grade>::reduce
 //           for sine_and_cosine and tangent. reduce takes |x| up to last_word<grade>, reduce_any every finite x with the
 //           same bits. Single HA computes in doubles with sincos_core_d.h; reduce_any_single is its reduction.
-// Method    x = n pi + r, for the cosine x = (n - 1/2) pi + r;  (-1)^n sin r = (-1)^n r (1 + r^2 p(r^2))
-//           x = n pi/2 + r;  sin r, cos r, exchanged where n is odd;  tan r = r (1 + p r^2)/(1 + q r^2 + q' r^4)
+// Method    x = n pi - r, for the cosine x = (n - 1/2) pi - r;  (-1)^(n+1) sin r = (-1)^(n+1) r (1 + r^2 p(r^2))
+//           x = n pi/2 - r;  sin r, cos r, exchanged where n is odd;  tan r = r (1 + p r^2)/(1 + q r^2 + q' r^4)
 // Reduction in floats up to 1536 in LA, 248 in EP: x - n pi in parts of pi, each product exact but the last (Cody and
-//           Waite); in doubles below 2^20, and by the digits of 64/pi beyond, as in sincos_core_d.h
+//           Waite); in doubles below 2^20, and by the digits of 64/pi beyond, as in sincos_core_d.h. r is the negative of the usual one: so +-0
+//           keeps its sign although the first part of pi is above pi, by little
 // Budget    LA  in 2^-24: r 2, polynomial 1/2, its product 1, last two 2;  EP polynomial 2^-12.8
 // Special   sin -0 = -0, tan -0 = -0 and f(x) = x for subnormal x come out by themselves
 // Data      data/sincos_s_data.h from tools/tables/sincos_s.py
@@ -22,10 +23,10 @@ namespace orin::vector_math::sincos_s {
 using namespace simd;
 namespace data = sincos_s_data;
 
-// x less a multiple n of the unit; n in the low bits.
+// A multiple n of the unit less x, which is +-0 where x is -+0; n + 3 in the low bits of m.
 struct Angle {
   Vec4f r;
-  Vec4i n;
+  Vec4i m;
 };
 
 template <Grade grade>
@@ -38,14 +39,14 @@ struct Turns {
 
   static constexpr struct {
     Constant<std::int32_t> last = last_word<grade>, last_medium = 0x497fffff;  // below 2^20
-    Constant<float> inverse = data::inverse * per_pi, to_integer = 0x1.8p23f, turned = Turns::turned;
+    Constant<float> inverse = data::inverse * per_pi, to_integer = 0x1.8p23f + 3, turned = Turns::turned;
     Constant<float> step_0 = data::pi_0 / per_pi;
     Constant<float> step_1 = (grade == Grade::la ? data::pi_1 : data::rest_0) / per_pi;
     Constant<float> step_2 = data::rest_1 / per_pi;
   } constants{};
   static constexpr struct {
     Constant<double> limit = 0x1p20, safe = 0x1p30;
-    Constant<double> inverse = data::wide_inverse * per_pi, to_integer = 0x1.8p52, turned = Turns::turned;
+    Constant<double> inverse = data::wide_inverse * per_pi, to_integer = 0x1.8p52 + 3, turned = Turns::turned;
     Constant<double> high = data::wide_high / per_pi, low = data::wide_low / per_pi;
   } wide_constants{};
 
@@ -56,8 +57,8 @@ struct Turns {
     const Vec4f t = turns + c.to_integer;
     Vec4f n = t - c.to_integer;
     if constexpr (ahead != 0) n = n - c.turned;
-    Vec4f r = (x - n * c.step_0) - n * c.step_1;
-    if constexpr (grade == Grade::la) r = r - n * c.step_2;
+    Vec4f r = n * c.step_1 - (x - n * c.step_0);
+    if constexpr (grade == Grade::la) r = r + n * c.step_2;
     return {r, bits(t)};
   }
 
@@ -73,7 +74,7 @@ struct Turns {
       far = Turns<Grade::la, per_pi, ahead>::reduce_any(x);
     if (lanes == 15) return far;
     const Angle near = reduce(from_bits(select(is_far, Vec4i(0), bits(x))));
-    return {select(from_bits(is_far), far.r, near.r), select(is_far, far.n, near.n)};
+    return {select(from_bits(is_far), far.r, near.r), select(is_far, far.m, near.m)};
   }
 
  private:
@@ -97,12 +98,12 @@ struct Turns {
     const Vec2d t = turns + c.to_integer;
     Vec2d n = t - c.to_integer;
     if constexpr (ahead != 0) n = n - c.turned;
-    return {(x - n * c.high) - n * c.low, 0.0, bits(t)};
+    return {(n * c.high - x) + n * c.low, 0.0, bits(t)};
   }
   static ORIN_INLINE sincos_d::Angle reduce_large(Vec2d x) {
     const auto& c = in_memory(wide_constants);
     const Vec2d huge = abs(x) >= c.limit;
-    return select(huge, sincos_d::reduce_huge_single<2 * per_pi, ahead>(select(huge, x, c.safe)),
+    return select(huge, sincos_d::reduce_huge_single<2 * per_pi, ahead, true>(select(huge, x, c.safe)),
                   reduce_medium(and_not(huge, x)));
   }
 };
@@ -141,12 +142,12 @@ ORIN_INLINE Vec4f sine(const Angle& angle) {
     p = c.half_s0 + r2 * (c.half_s1 + r2 * (c.half_s2 + r2 * c.half_s3));
   else
     p = c.half_s0 + r2 * c.half_s1;
-  return (r * (c.one + r2 * p)) ^ from_bits(shift_left<31>(angle.n));
+  return (r * (c.one + r2 * p)) ^ from_bits(shift_left<31>(angle.m));
 }
 
-// first and second, exchanged in the lanes where n is odd.
-ORIN_INLINE Two<Vec4f> exchange_if_odd(Vec4i n, Vec4f first, Vec4f second) {
-  const Vec4f difference = (first ^ second) & from_bits(shift_right_signed<31>(shift_left<31>(n)));
+// first and second, exchanged in the lanes where m is odd.
+ORIN_INLINE Two<Vec4f> exchange_if_odd(Vec4i m, Vec4f first, Vec4f second) {
+  const Vec4f difference = (first ^ second) & from_bits(shift_right_signed<31>(shift_left<31>(m)));
   return {first ^ difference, second ^ difference};
 }
 
@@ -166,9 +167,9 @@ ORIN_INLINE Two<Vec4f> sine_and_cosine(const Angle& angle) {
     s = c.s0 + r2 * c.s1;
     t = c.c0 + r2 * c.c1;
   }
-  const auto [sine, cosine] = exchange_if_odd(angle.n, r * (c.one + r2 * s), c.one + r2 * t);
-  return {sine ^ from_bits(shift_left<30>(angle.n) & k.sign),
-          cosine ^ from_bits(shift_left<30>(angle.n + k.one) & k.sign)};
+  const auto [cosine, sine] = exchange_if_odd(angle.m, r * (c.one + r2 * s), c.one + r2 * t);
+  return {sine ^ from_bits(shift_left<30>(angle.m) & k.sign),
+          cosine ^ from_bits(shift_left<30>(angle.m + k.one) & k.sign)};
 }
 template <Grade grade>
 ORIN_INLINE Vec4f tangent(const Angle& angle) {
@@ -177,8 +178,8 @@ ORIN_INLINE Vec4f tangent(const Angle& angle) {
   const Vec4f r2 = r * r;
   Vec4f dividend = r;
   if constexpr (grade == Grade::la) dividend = r * (c.one + r2 * c.tp);
-  const auto [s, t] = exchange_if_odd(angle.n, dividend, c.one + r2 * (c.tq0 + r2 * c.tq1));
-  return (s / t) ^ from_bits(shift_left<31>(angle.n));
+  const auto [t, s] = exchange_if_odd(angle.m, dividend, c.one + r2 * (c.tq0 + r2 * c.tq1));
+  return (s / t) ^ from_bits(shift_left<31>(angle.m));
 }
 
 }  // namespace orin::vector_math::sincos_s
