@@ -79,7 +79,7 @@ ORIN_INLINE Angle reduce(Vec2d x) {
   }
 }
 
-inline constexpr std::int32_t last_word = 0x412fffff;  // the high word of the largest |x| that reduce takes
+inline constexpr std::int32_t reduce_to_word = 0x412fffff;  // the high word of the largest |x| that reduce takes
 
 struct Huge {
   Constant<double> limit = 0x1p20, safe = 0x1p30, scale = 0x1p-300;

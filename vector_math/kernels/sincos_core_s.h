@@ -7,8 +7,8 @@
 // Method    x = n pi - r, for the cosine x = (n - 1/2) pi - r;  (-1)^(n+1) sin r = (-1)^(n+1) r (1 + r^2 p(r^2))
 //           x = n pi/2 - r;  sin r, cos r, exchanged where n is odd;  tan r = r (1 + p r^2)/(1 + q r^2 + q' r^4)
 // Reduction in floats up to 1536 in LA, 248 in EP: x - n pi in parts of pi, each product exact but the last (Cody and
-//           Waite); in doubles below 2^20, and by the digits of 64/pi beyond, as in sincos_core_d.h. r is the negative of the usual one: so +-0
-//           keeps its sign although the first part of pi is above pi, by little
+//           Waite); in doubles below 2^20, and by the digits of 64/pi beyond, as in sincos_core_d.h. r is the opposite
+//           of the usual one, so that zero keeps its sign: the first part of pi is above pi, the others are negative.
 // Budget    LA  in 2^-24: r 2, polynomial 1/2, its product 1, last two 2;  EP polynomial 2^-12.8
 // Special   sin -0 = -0, tan -0 = -0 and f(x) = x for subnormal x come out by themselves
 // Data      data/sincos_s_data.h from tools/tables/sincos_s.py

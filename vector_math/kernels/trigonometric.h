@@ -17,7 +17,7 @@ namespace orin::vector_math {
 // finite ones. F<grade> has results, and of(angle), the value(s) at a reduced argument. Doubles:
 template <template <Grade> class F, class T, Grade grade>
 struct Evaluation {
-  static constexpr std::int32_t last_word = sincos_d::last_word;
+  static constexpr std::int32_t last_word = sincos_d::reduce_to_word;
   static ORIN_INLINE auto fast(simd::Vec2d x) { return F<grade>::of(sincos_d::reduce<grade>(x)); }
   static ORIN_INLINE auto wide(simd::Vec2d x) { return F<grade>::of(sincos_d::reduce_any<grade>(x)); }
 };
