@@ -39,7 +39,7 @@ for suffix, kind in (("d", "double"), ("s", "float")):
 
 reach = mpf(1) / 83
 write_fit(out, mp.asin, "asin", R, "ha_d", [3, 5, 7], 0, reach, "double")
-write_fit(out, mp.asin, "asin", R, "ep_d", [3], 0, reach, "double")
+write_fit(out, mp.asin, "asin", R, "ep_d", [3, 5, 7, 9, 11], 0, mpf(1) / 2, "double")
 write_fit(out, mp.asin, "asin", R, "ha_s", [3], 0, reach, "float")
 write_fit(out, mp.asin, "asin", R, "la_s", [3, 5, 7, 9, 11], 0, mpf(1) / 2, "float")
 write_fit(out, mp.asin, "asin", NOTHING, "ep_s", [1, 3, 5], 0, mpf(1) / 2, "float")
