@@ -95,12 +95,12 @@ struct Place {
   LaneIndices<9, V::lanes> row;
   V cosine, row_sine, row_cosine;
 };
-template <class V>
-ORIN_INLINE Place<V> place_of(const auto& c, V y) {
+template <class Bins, class V>
+ORIN_INLINE Place<V> place_of(const Bins& c, V y) {
   const V w = c.one - y;
   const V in_w = from_bits(shift_right<1>(bits(max(w, c.first_w))) ^ c.upper_rows);
   const auto bin = bits(select(y > c.split, in_w, max(y, c.first_y)));
-  const auto row = low_bits<9>(shift_right<c.bin_shift>(bin));
+  const auto row = low_bits<9>(shift_right<Bins::bin_shift>(bin));
   const auto [row_sine, row_cosine] = look_up_pairs(c.points, row);
   return {row, sqrt(w * (c.one + y)), row_sine, row_cosine};
 }

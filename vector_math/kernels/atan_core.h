@@ -79,10 +79,10 @@ struct Bin {
   LaneIndices<9, V::lanes> index;
   V middle, arc;
 };
-template <class V>
-ORIN_INLINE Bin<V> bin_of(const auto& c, V quotient) {
+template <class Bins, class V>
+ORIN_INLINE Bin<V> bin_of(const Bins& c, V quotient) {
   const V clamped = min(max(quotient, c.first_bin), c.last_bin);
-  const auto index = low_bits<9>(shift_right<c.bin_shift>(bits(clamped) - c.first_bits));
+  const auto index = low_bits<9>(shift_right<Bins::bin_shift>(bits(clamped) - c.first_bits));
   const auto [middle, arc] = look_up_pairs(c.arcs, index);
   return {index, middle, arc};
 }
