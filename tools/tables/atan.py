@@ -21,7 +21,7 @@ def middle(k):
     return mpf(2) ** (first + k // 32) * (1 + (mpf(k % 32) + mpf(1) / 2) / 32)
 
 
-out.comment("Bins of quotients, 32 to a power of two from 2^-7 to 2^6, the first one from 0 on, the last one to infinity.")
+out.comment("Bins of quotients, 32 to a power of two from 2^-7 to 2^6; the first one from 0 on, the last one to infinity.")
 out.constant("first_bin", hex_double(mpf(2) ** first))
 out.constant("last_bin", hex_double(mpf(2) ** last))
 for suffix, kind in (("d", "double"), ("s", "float")):
@@ -37,8 +37,8 @@ for suffix, kind in (("d", "double"), ("s", "float")):
     out.comment("What that leaves of atan c.")
     out.table(f"rests_{suffix}", rests, kind, per_line=6)
 
-# Cubics for EP of double, on both sides of the multiples of 1/64, through the values at Chebyshev's points; the one at 0
-# is odd.
+# Cubics for EP of double, on both sides of the multiples of 1/64, through the values at Chebyshev's points; the one at
+# 0 is odd.
 linear, bent, errors = [], [], []
 h = mpf(1) / 128
 for j in range(65):
@@ -51,9 +51,8 @@ for j in range(65):
     a = [mpf(0)] * 4
     for m, value in zip(powers, solution):
         a[m] = to_double(value)
-    errors.append(
-        max_error(lambda d: sum(v * d**m for m, v in enumerate(a)), lambda d: mp.atan(c + d), mpf(2) ** -30 - h * (j > 0), h, 200)
-    )
+    cubic = lambda d: sum(v * d**m for m, v in enumerate(a))
+    errors.append(max_error(cubic, lambda d: mp.atan(c + d), -h if j > 0 else mpf(2) ** -30, h, 200))
     linear += [hex_double(value) for value in a[:2]]
     bent += [hex_double(value) for value in a[2:]]
 out.comment("atan(j/64 + d) = a + b d + p d^2 + q d^3 for j = 0 .. 64, |d| <= 1/128: a and b, and p and q.")

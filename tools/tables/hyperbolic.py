@@ -1,4 +1,4 @@
-# hyperbolic.py: polynomials of sinh, cosh and e^x - 1, both precisions. The powers of 2 of the double ones are pow_d.py's.
+# hyperbolic.py: polynomials of sinh, cosh and e^x - 1, both precisions. The powers of 2 are those of pow_d.py.
 # SPDX-License-Identifier: MIT
 #
 #   python3 tools/tables/hyperbolic.py > vector_math/data/hyperbolic_data.h

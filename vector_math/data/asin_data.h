@@ -6,8 +6,8 @@
 
 namespace orin::vector_math::asin_data {
 
-// Bins of y up to 0.7, 32 to a power of two from 2^-7 on, and above of 1 - y, 16 to a power of two from 2^-15 on; the
-// first ones from 0 on. Rows: those of 1 - y, a gap, from row 256 on those of y.
+// Bins of y up to 0.7, 32 to a power of two from 2^-7 on, and above of 1 - y, 16 to a power of two from 2^-15
+// on; the first ones from 0 on. Rows: those of 1 - y, a gap, from row 256 on those of y.
 inline constexpr double split = 0x1.6666666666666p-1;
 inline constexpr double first_y = 0x1p-7;
 inline constexpr double first_w = 0x1p-15;

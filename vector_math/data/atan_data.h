@@ -6,7 +6,7 @@
 
 namespace orin::vector_math::atan_data {
 
-// Bins of quotients, 32 to a power of two from 2^-7 to 2^6, the first one from 0 on, the last one to infinity.
+// Bins of quotients, 32 to a power of two from 2^-7 to 2^6; the first one from 0 on, the last one to infinity.
 inline constexpr double first_bin = 0x1p-7;
 inline constexpr double last_bin = 0x1p+6;
 

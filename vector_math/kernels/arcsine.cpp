@@ -1,7 +1,8 @@
 // arcsine: elementwise asin x and acos x, both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    HA, and LA of double: y = |x|, q = sqrt(1 - y^2); s the middle of y's bin, c = sqrt(1 - s^2);  asin y = asin s + asin r, acos y = acos s - asin r, |r| < 1/83
+// Method    HA, and LA of double: y = |x|, q = sqrt(1 - y^2); s the middle of y's bin, c = sqrt(1 - s^2);
+//           asin y = asin s + asin r, acos y = acos s - asin r, |r| < 1/83
 //           HA  r = (y - s)(y + s)/(y c + q s), y - s exact;  LA  r = y c - q s
 //           HA, acos next to 1: acos y = asin(q + d), d = (1 - y^2 - q^2)/2q, what rounding left of q
 //           EP, and LA of single: t = y or, beyond 1/2, sqrt((1 - y)/2);  asin t = t p(t^2), asin y = pi/2 - 2 asin t
