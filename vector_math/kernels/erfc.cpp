@@ -53,9 +53,6 @@ constexpr struct {
 } constants_s{};
 constexpr PowersOfTwo<Vec2d, 8> ep_powers{exp_d_data::ep_powers};
 
-template <int per_octave, class T>
-constexpr std::uint16_t first_row = LeadingBits<per_octave, T>::number(1);
-
 // The two functions: where their tail is, its factor f, the value at the other end; the largest y whose tail is far from
 // subnormal, and the largest that the tables have.
 struct Complement {
@@ -65,10 +62,10 @@ struct Complement {
   static constexpr float largest_s = 9;
   static constexpr double subnormal_d = data::erfc_tail::subnormal_d;
   static constexpr float subnormal_s = data::erfc_tail::subnormal_s;
-  static constexpr RowTable<10, double> fine{data::erfc_tail::fine, first_row<32, double>};
-  static constexpr RowTable<4, double> medium{data::erfc_tail::medium, first_row<64, double>};
-  static constexpr RowTable<4, float> single{data::erfc_tail::single, first_row<16, float>};
-  static constexpr RowTable<2, float> coarse{data::erfc_tail::coarse, first_row<32, float>};
+  static constexpr RowTable<10, double> fine{data::erfc_tail::fine};
+  static constexpr RowTable<4, double> medium{data::erfc_tail::medium};
+  static constexpr RowTable<4, float> single{data::erfc_tail::single};
+  static constexpr RowTable<2, float> coarse{data::erfc_tail::coarse};
   static constexpr bool tail_is_positive = true;
 };
 struct Normal {
@@ -78,10 +75,10 @@ struct Normal {
   static constexpr float largest_s = 12.5f;
   static constexpr double subnormal_d = data::normal_tail::subnormal_d;
   static constexpr float subnormal_s = data::normal_tail::subnormal_s;
-  static constexpr RowTable<10, double> fine{data::normal_tail::fine, first_row<32, double>};
-  static constexpr RowTable<4, double> medium{data::normal_tail::medium, first_row<64, double>};
-  static constexpr RowTable<4, float> single{data::normal_tail::single, first_row<16, float>};
-  static constexpr RowTable<2, float> coarse{data::normal_tail::coarse, first_row<32, float>};
+  static constexpr RowTable<10, double> fine{data::normal_tail::fine};
+  static constexpr RowTable<4, double> medium{data::normal_tail::medium};
+  static constexpr RowTable<4, float> single{data::normal_tail::single};
+  static constexpr RowTable<2, float> coarse{data::normal_tail::coarse};
   static constexpr bool tail_is_positive = false;
 };
 
@@ -104,7 +101,7 @@ struct Place {
 };
 template <int per_octave, class V>
 ORIN_INLINE Place<V> place_of(V y, V one) {
-  const Cell<V> cell = leading_bits<per_octave>(y + one);
+  const Cell<V> cell = leading_bits<per_octave, 0>(y + one);
   return {y - (cell.centre - one), cell.number};
 }
 
