@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "tools/accuracy/cases.h"
+#include "tools/accuracy/profile.h"
 #include "tools/accuracy/scan.h"
 
 namespace {
@@ -29,10 +30,12 @@ of each with its argument, and enters it in docs/accuracy.md. Ends with PASS or 
   --threads N     default: as many as the machine has
   --cases         also write tests/data/vector_math/<label>.cases and digests.txt
   --digests       only write digests.txt
+  --profile DIR   only write the error along the ordinary domain to DIR/<label>.dat
 )";
 
 struct Options {
   std::string root = ".";
+  std::string profile;
   std::int64_t samples = 50'000'000;
   bool sampled = false, cases = false, digests_only = false;
   int threads = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
@@ -80,6 +83,9 @@ The same bits come out on Windows and Linux (`tests/data/vector_math/digests.txt
     };
     write_rows(real_functions<float>());
     write_rows(real_functions<double>());
+    file << "\n## Along the ordinary domain\n\nThe worst of 2048 errors in each of 240 stretches.\n\n";
+    for (const auto& function : real_functions<double>())
+      file << "![v" << function.label().substr(2) << "](plots/" << function.label().substr(2) << ".png)\n";
   }
 
  private:
@@ -170,6 +176,8 @@ Options parse(int count, char** words) {
       options.root = value();
     else if (word == "--samples")
       options.samples = std::max(1LL, std::atoll(value().c_str()));
+    else if (word == "--profile")
+      options.profile = value();
     else if (word == "--threads")
       options.threads = std::max(1, std::atoi(value().c_str()));
     else if (word == "--sampled")
@@ -201,7 +209,10 @@ int main(int count, char** words) {
     for (const auto& function : functions) {
       if (!options.wants(function.function)) continue;
       any = true;
-      pass &= measure(function, options, document);
+      if (options.profile.empty())
+        pass &= measure(function, options, document);
+      else
+        write_profile(function, options.profile);
     }
   };
   measure_all(real_functions<double>());
@@ -210,6 +221,7 @@ int main(int count, char** words) {
     std::fputs("no such function\n", stderr);
     return 2;
   }
+  if (!options.profile.empty()) return 0;
   document.write();
   if (options.cases) write_digests(data);
   std::puts(pass ? "PASS" : "FAIL");

@@ -221,13 +221,14 @@ class Truth {
 
   // The status that a kernel must report at the arguments.
   template <class T>
-  int status(bool reports_underflow) const {
+  int status(const orin::vector_math::Promise& promise) const {
+    if (promise.reports_nothing) return KOR_STATUS_OK;
     if (mpfr_nan_p(a_) || mpfr_nan_p(b_)) return KOR_STATUS_OK;
     if (mpfr_nan_p(value_)) return KOR_STATUS_ERRDOM;
     if (mpfr_inf_p(a_) || mpfr_inf_p(b_)) return KOR_STATUS_OK;
     if (pole_) return KOR_STATUS_SING;
     if (std::isinf(rounded<T>())) return KOR_STATUS_OVERFLOW;
-    if (reports_underflow && (mpfr_zero_p(value_) == 0 || vanished_) && !is_normal<T>()) return KOR_STATUS_UNDERFLOW;
+    if (promise.reports_underflow && (mpfr_zero_p(value_) == 0 || vanished_) && !is_normal<T>()) return KOR_STATUS_UNDERFLOW;
     return KOR_STATUS_OK;
   }
 
