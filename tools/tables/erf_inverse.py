@@ -51,8 +51,12 @@ def tables(space, factor, text, ends):
         ("coarse", 16, 1, float_rows, "float"),
     ):
         polynomials = central(per_octave, degree)
-        out.comment(f"{polynomials.error_text()}.")
-        out.table(name, writer(polynomials.rows), kind, degree + 1)
+        rows = polynomials.rows
+        if degree == 1:
+            centres = [cell[0] for cell in leading_bits_cells(seam, 1, per_octave)]
+            rows = [[c0 + c1 * (1 - c), -c1] for c, (c0, c1) in zip(centres, rows)]
+        out.comment(f"{polynomials.error_text()}{'; rewritten in powers of 1 - v' if degree == 1 else ''}.")
+        out.table(name, writer(rows), kind, degree + 1)
 
     root_of = lambda w: f(mp.exp(-((w / factor) ** 2)))
 

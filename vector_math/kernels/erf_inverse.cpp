@@ -82,12 +82,9 @@ ORIN_INLINE Vec2d central(CellIndices<Vec2d> number, Vec2d t) {
 }
 template <class S, Grade grade>
 ORIN_INLINE Vec4f central(CellIndices<Vec4f> number, Vec4f t) {
-  if constexpr (grade == Grade::la)
-    return polynomial(S::single, number, t);
-  else
-    return polynomial(S::coarse, number, t);
+  return polynomial(S::single, number, t);
 }
-template <class V, Grade grade>
+template <class V>
 constexpr int central_cells = sizeof(typename V::Element) == 8 ? 32 : 16;
 
 // |result| from v; v stands for v 2^-scaled.
@@ -158,6 +155,7 @@ struct InverseErf : Plain {
   static ORIN_INLINE V distance(V x, V, V centre) {
     return (common<V>().one - centre) - abs(x);
   }
+  static ORIN_INLINE Vec4f complement(Vec4f x, Vec4f) { return abs(x); }
   template <class T>
   static ORIN_INLINE Vec4i beyond_fast(Vec4i words) {
     static constexpr Constant<std::int32_t> largest = sizeof(T) == 8 ? 0x3feff7ff : 0x3f7fbfff;  // below 1 - 2^-10
@@ -190,6 +188,7 @@ struct InverseErfc : Plain {
   static ORIN_INLINE V distance(V, V v, V centre) {
     return v - centre;
   }
+  static ORIN_INLINE Vec4f complement(Vec4f, Vec4f v) { return common<Vec4f>().one - v; }
   template <class T>
   static ORIN_INLINE Vec4i beyond_fast(Vec4i words) {  // 2^-10, 2 - 2^-10
     return sizeof(T) == 8 ? outside<0x3f500000, 0x3ffffbff>(words) : outside<0x3a800000, 0x3fffdfff>(words);
@@ -222,6 +221,7 @@ struct InverseNormal : Quantile {
   static ORIN_INLINE V distance(V, V v, V centre) {
     return v - centre;
   }
+  static ORIN_INLINE Vec4f complement(Vec4f, Vec4f v) { return common<Vec4f>().one - v; }
   template <class T>
   static ORIN_INLINE Vec4i beyond_fast(Vec4i words) {  // 2^-11, 1 - 2^-11
     return sizeof(T) == 8 ? outside<0x3f400000, 0x3feffbff>(words) : outside<0x3a000000, 0x3f7fdfff>(words);
@@ -241,8 +241,12 @@ struct InverseNormal : Quantile {
 
 template <class F, Grade grade, class V>
 ORIN_INLINE V near_result(V x, V v) {
-  const Cell<V> cell = leading_bits<central_cells<V, grade>, -10>(v);
-  return central<F, grade>(cell.number, F::distance(x, v, cell.centre));
+  if constexpr (std::is_same_v<V, Vec4f> && grade == Grade::ep) {
+    return polynomial(F::coarse, leading_bits_number<16, -10>(v), F::complement(x, v));
+  } else {
+    const Cell<V> cell = leading_bits<central_cells<V>, -10>(v);
+    return central<F, grade>(cell.number, F::distance(x, v, cell.centre));
+  }
 }
 template <class F, Grade grade, class V>
 ORIN_INLINE V fast_inverse(V x) {

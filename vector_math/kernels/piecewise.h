@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <limits>
+#include <type_traits>
 
 #include "vector_math/kernels/double_double.h"
 #include "vector_math/simd/table.h"
@@ -37,19 +38,30 @@ ORIN_INLINE Cell<V> nearest_multiple(V x) {
 
 // Centres are the numbers with 1 + log2(per_octave) significant bits, from 2^first on: `per_octave` of them from a power
 // of two to the next.
+template <int per_octave, int first, class T>
+struct LeadingBits {
+  using Bits = std::conditional_t<sizeof(T) == 8, std::int64_t, std::int32_t>;
+  static constexpr int fraction = std::numeric_limits<T>::digits - 1;
+  static constexpr int shift = fraction - __builtin_ctz(per_octave);
+  static constexpr Bits unit = Bits{1} << shift;
+  static constexpr Bits first_centre = Bits{std::numeric_limits<T>::max_exponent - 1 + first} << fraction;
+};
 template <int per_octave, int first, class V>
 ORIN_INLINE Cell<V> leading_bits(V x) {
-  using T = typename V::Element;
-  using Bits = typename V::Integer::Element;
-  constexpr int fraction = std::numeric_limits<T>::digits - 1;
-  constexpr int shift = fraction - __builtin_ctz(per_octave);
+  using L = LeadingBits<per_octave, first, typename V::Element>;
   static constexpr struct {
-    Constant<Bits> half = Bits{1} << (shift - 1), leading = -(Bits{1} << shift);
-    Constant<Bits> origin = Bits{std::numeric_limits<T>::max_exponent - 1 + first} << fraction;
+    Constant<typename L::Bits> half = L::unit / 2, leading = -L::unit, origin = L::first_centre;
   } constants{};
   const auto& c = in_memory(constants);
   const auto rounded = bits(x) + c.half;
-  return {from_bits(rounded & c.leading), low_bits<16>(shift_right<shift>(rounded - c.origin))};
+  return {from_bits(rounded & c.leading), low_bits<16>(shift_right<L::shift>(rounded - c.origin))};
+}
+// The number alone.
+template <int per_octave, int first, class V>
+ORIN_INLINE CellIndices<V> leading_bits_number(V x) {
+  using L = LeadingBits<per_octave, first, typename V::Element>;
+  static constexpr Constant<typename L::Bits> origin = L::first_centre - L::unit / 2;
+  return low_bits<16>(shift_right<L::shift>(bits(x) - in_memory(origin)));
 }
 
 // Rows of `count` coefficients.
