@@ -220,6 +220,13 @@ ORIN_KOR_REAL_UNARY(Erf)
 ORIN_KOR_REAL_UNARY(Erfc)
 ORIN_KOR_REAL_UNARY(CdfNorm)
 
+/* Inverses. ErfInv: erf r = a; status 1 (NaN) for |a| > 1, 2 (an infinity) for a = +-1. ErfcInv: erfc r = a; status 1
+ * outside 0..2, 2 for a = 0 and 2. CdfNormInv: the normal quantile; status 1 outside 0..1, 2 for a = 0 and 1. Accurate
+ * down to the least positive argument and around their zeros. */
+ORIN_KOR_REAL_UNARY(ErfInv)
+ORIN_KOR_REAL_UNARY(ErfcInv)
+ORIN_KOR_REAL_UNARY(CdfNormInv)
+
 /* Gamma functions. */
 /* Gamma functions.
  * TGamma: r = Gamma(a). Status 1 (NaN) for a negative integer and -inf, 2 (an infinity) for a = +-0, 3 where a finite

@@ -221,7 +221,9 @@ TYPED_TEST(Elementwise, FlushToZeroIsTheModesAlone) {
     for (const auto& line : read_cases(function)) {
       if (line.rounded == 0 || !(std::fabs(line.rounded) < std::numeric_limits<T>::min())) continue;
       if (std::fabs(line.rounded) == std::numeric_limits<T>::denorm_min()) continue;  // coarse grades may give 0
-      EXPECT_NE(function.call(grade, line.a, line.b), T(0)) << line.a;
+      const T kept = function.call(grade, line.a, line.b);
+      EXPECT_NE(kept, T(0)) << line.a;
+      if (std::fabs(kept) >= std::numeric_limits<T>::min()) continue;  // and a normal number next to the least
       _korSetMode(KOR_FTZDAZ_ON);
       const T flushed = function.call(grade, line.a, line.b);
       // A subnormal argument is a zero too: what is left may be a normal number.
