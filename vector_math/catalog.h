@@ -24,6 +24,7 @@ using std::acosh;
 using std::asinh;
 using std::atanh;
 using std::exp;
+using std::lgamma;
 using std::log;
 using std::log10;
 using std::log1p;

@@ -183,8 +183,11 @@ ORIN_KOR_REAL_UNARY(Atanh)
 /* Error functions and the normal distribution. */
 
 /* Gamma functions.
+ * LGamma: r = log |Gamma(a)|, accurate next to its zeros too. Status 2 (+inf) for a = +-0 and negative integers, 3 where
+ * a finite argument overflows.
  * TGamma: r = Gamma(a). Status 1 (NaN) for a negative integer and -inf, 2 (an infinity) for a = +-0, 3 where a finite
  * argument overflows, 4 where the result is subnormal or underflows to zero. */
+ORIN_KOR_REAL_UNARY(LGamma)
 ORIN_KOR_REAL_UNARY(TGamma)
 
 /* Arithmetic. */

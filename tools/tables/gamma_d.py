@@ -63,10 +63,11 @@ for n, side in [(2, 1)] + [(n, side) for n in range(3, 17) for side in (-1, 1)]:
     first = to_double(zero)
     second = to_double(zero - first)
     places += [hex_double(value) for value in (first, second, to_double(zero - first - second), mpf(0))]
-    rows += pair_row(c)
+    leading = [value for k in (1, 2) for value in (to_double(c[k]), to_double(c[k] - to_double(c[k])))]
+    rows += [hex_double(value) for value in leading + [to_double(value) for value in c[3:]] + [mpf(0)]]
 out.comment("The zeros z of log Gamma(-y) next to n + t, n = 2, and n - t, n + t, n = 3 .. 16: three parts, 0.")
 out.table("zeros", places, per_line=4)
-out.comment("log Gamma(-(z + d)) = c1 d + c2 d^2 + .., valid where it is below 2^-6 in magnitude: as above, to c11.")
+out.comment("log Gamma(-(z + d)) = c1 d + c2 d^2 + .., valid where it is below 2^-6 in magnitude: c1 and c2 as pairs, c3 .. c11, 0.")
 out.comment(f"Relative error below {exponent_text(worst)}.")
 out.table("zero_rows", rows, per_line=14)
 

@@ -64,20 +64,18 @@ class Rows {
 
 // The row of x in a table of log Gamma, and the centre of its interval.
 struct Place {
-  LaneIndices<16, 2> row;
+  LaneIndices<32, 2> row;
   Vec2d center;
 };
 template <int fraction_bits>
 ORIN_INLINE Place place(Vec2d x) {
   const auto& c = in_memory(grid<fraction_bits>);
-  return {low_bits<16>(shift_right<52 - fraction_bits>(bits(x) + c.to_index)),
+  return {low_bits<32>(shift_right<52 - fraction_bits>(bits(x) + c.to_index)),
           from_bits((bits(x) + c.half_spacing) & c.leading)};
 }
 
-// c0 + c1 t + c2 t^2 + .. as a pair, t = t_high + t_low nearly, t_high of 26 bits.
-template <int length>
-ORIN_INLINE DoubleDouble evaluate(Rows<length> row, Vec2d t, Vec2d t_high, Vec2d t_low) {
-  static_assert(length == 12 || length == 14);
+// c0 + c1 t + c2 t^2 + .. as a pair. It is t that is split, not the argument: next to a centre their leading bits differ.
+ORIN_INLINE DoubleDouble evaluate(Rows<12> row, Vec2d t) {
   const auto [c0, c0_low] = row.pair(0);
   const auto [c1, c1_low] = row.pair(1);
   const auto [c2, c3] = row.pair(2);
@@ -85,25 +83,16 @@ ORIN_INLINE DoubleDouble evaluate(Rows<length> row, Vec2d t, Vec2d t_high, Vec2d
   const auto [c6, c7] = row.pair(4);
   const auto [c8, c9] = row.pair(5);
   const Vec2d t2 = t * t;
-  Vec2d tail = c8 + t * c9;
-  if constexpr (length == 14) {
-    const auto [c10, c11] = row.pair(6);
-    tail = tail + t2 * (c10 + t * c11);
-  }
-  const Vec2d q = ((c2 + t * c3) + t2 * (c4 + t * c5)) + (t2 * t2) * ((c6 + t * c7) + t2 * tail);
-  const DoubleDouble sum = fast_two_sum(c0, c1 * t_high);  // the product is exact
-  return {sum.high, sum.low + (c0_low + (c1 * t_low + t * (c1_low + t * q)))};
-}
-// The same at x = center + t.
-ORIN_INLINE DoubleDouble evaluate_at(Rows<12> row, Vec2d center, Vec2d x) {
-  const DoubleDouble parts = split(x);
-  return evaluate(row, x - center, parts.high - center, parts.low);
+  const Vec2d q = ((c2 + t * c3) + t2 * (c4 + t * c5)) + (t2 * t2) * ((c6 + t * c7) + t2 * (c8 + t * c9));
+  const DoubleDouble parts = split(t);
+  const DoubleDouble sum = fast_two_sum(c0, c1 * parts.high);  // the product is exact
+  return {sum.high, sum.low + (c0_low + (c1 * parts.low + t * (c1_low + t * q)))};
 }
 
 // log Gamma(x) for x of the table, as a pair; |low| may reach 1/4.
 ORIN_INLINE DoubleDouble log_gamma_pair(Vec2d x) {
   const Place at = place<5>(x);
-  return evaluate_at({data::ha_rows, at.row}, at.center, x);
+  return evaluate({data::ha_rows, at.row}, x - at.center);
 }
 
 // log Gamma(x) for x of the table: LA and EP.
@@ -131,6 +120,13 @@ ORIN_INLINE Vec2d log_gamma_ep(Vec2d x) {
   return (c0 + t * c1) + t2 * ((c2 + t * c3) + t2 * (c4 + t * c5));
 }
 
+// 1/(12 x) - 1/(360 x^3): within 2^-50 of the whole series for x >= 2^8.
+ORIN_INLINE Vec2d stirling_series(Vec2d x) {
+  const auto& c = in_memory(constants);
+  const Vec2d inverse = c.one / x;
+  return inverse * (c.stirling_1 + inverse * inverse * c.stirling_3);
+}
+
 // log Gamma(x) for x >= 2^8 as a pair; 2^scaled times that for an x that stands for x 2^scaled.
 template <int scaled = 0>
 ORIN_INLINE DoubleDouble stirling_pair(Vec2d x) {
@@ -140,9 +136,7 @@ ORIN_INLINE DoubleDouble stirling_pair(Vec2d x) {
   const DoubleDouble main = two_product(x, less_1.high);
   Vec2d rest = x * (less_1.low + log.low);
   if constexpr (scaled == 0) {  // otherwise x is so large that these terms vanish
-    const Vec2d inverse = c.one / x;
-    const Vec2d series = inverse * (c.stirling_1 + inverse * inverse * c.stirling_3);
-    rest = rest + (series + (c.half_log_two_pi - log.high * c.half));
+    rest = rest + (stirling_series(x) + (c.half_log_two_pi - (log.high + log.low) * c.half));
   }
   return {main.high, main.low + rest};
 }
@@ -154,7 +148,7 @@ ORIN_INLINE Vec2d stirling(Vec2d x) {
   } else {
     const auto& c = in_memory(constants);
     const Vec2d log = logarithm<grade>(x);
-    return x * (log - c.one) + (c.stirling_1 / x + (c.half_log_two_pi - log * c.half));
+    return x * (log - c.one) + (stirling_series(x) + (c.half_log_two_pi - log * c.half));
   }
 }
 
@@ -174,7 +168,7 @@ ORIN_INLINE Nearest nearest(Vec2d y) {
 ORIN_INLINE DoubleDouble log_sine_ratio(Vec2d t) {
   const auto& c = in_memory(constants);
   const Vec2d step = t + c.to_64ths;
-  return evaluate_at({data::sine_rows, low_bits<8>(bits(step))}, step - c.to_64ths, t);
+  return evaluate({data::sine_rows, low_bits<8>(bits(step))}, t - (step - c.to_64ths));
 }
 
 // Of four arguments (by their high words) those that are negative, of magnitude first..last and surely no integers.
