@@ -9,7 +9,7 @@ out = Header("gamma_s", "tables of log Gamma in single precision", "tools/tables
 for name, steps, degree, text in (("la", 16, 4, "c0 .. c4, 0"), ("ep", 32, 2, "c0, c1, c2, 0")):
     rows, worst = table([taylor(c) for c in centers(steps)], steps, degree)
     out.comment(
-        f"log Gamma(c + t) = c0 + c1 t + .. for c = 2^-5, 2^-5 (1 + 1/{steps}) .. 2^8: {text}. "
+        f"log Gamma(c + t) = c0 + c1 t + .. for c = 2^-5, 2^-5 (1 + 1/{steps}) .. 2^10: {text}. "
         f"Relative error below {exponent_text(worst)}."
     )
     entries = [hex_float(c) for row in rows for c in row + [mpf(0)]]

@@ -1,13 +1,13 @@
 // gamma_core_d.h: log |Gamma| of doubles, shared by the gamma functions.
 // SPDX-License-Identifier: MIT
 //
-// Method    2^-5 <= x < 2^8: c, x rounded to six significant bits (LA and EP: five), t = x - c;  log Gamma(x) = c0 + c1 t + c2 t^2 + ..,
+// Method    2^-5 <= x < 2^10: c, x rounded to six significant bits (LA and EP: five), t = x - c;  log Gamma(x) = c0 + c1 t + c2 t^2 + ..,
 //           the coefficients from the row of c. Next to the zeros 1 and 2 c0 vanishes: nothing cancels there.
 //           HA  c0 a pair; c1 of 26 bits times the leading bits of t exactly; the sum as a pair
-//           x >= 2^8: Stirling's series, x (log x - 1) - (log x)/2 + log(2 pi)/2 + 1/(12 x) - 1/(360 x^3)
+//           x >= 2^10: Stirling's series, x (log x - 1) - (log x)/2 + log(2 pi)/2 + 1/(12 x) - 1/(360 x^3)
 //           -2^20 < x < 0: Gamma(x) = -+pi/(y sin(pi y) Gamma(y)), y = -x = n + t, |t| <= 1/2:
 //           log |Gamma(x)| = -(log(y |t|) + log(sin(pi t)/(pi t)) + log Gamma(y)), the second from a table as above
-// Budget    absolute: pair 2^-63, and 2^-52 t^2 c2, at most 2^-57 (x = 2^8); EP 2^-29.7 |log Gamma|, at most 2^-32
+// Budget    absolute: pair 2^-63, and 2^-52 t^2 c2, at most 2^-57 (x = 2^10); EP 2^-29.7 |log Gamma|, at most 2^-32
 // Data      data/gamma_d_data.h from tools/tables/gamma_d.py
 // Source    NIST Digital Library of Mathematical Functions, 5.5.3 (reflection), 5.7.3 (series), 5.11.1 (Stirling);
 //           D. E. G. Hare, Computing the principal branch of log-Gamma, J. Algorithms 25 (1997), 221-236
@@ -22,7 +22,7 @@ namespace orin::vector_math::gamma_d {
 using namespace simd;
 namespace data = gamma_d_data;
 
-constexpr double least_in_table = 0x1p-5, end_of_table = 0x1p8;
+constexpr double least_in_table = 0x1p-5, end_of_table = 0x1p10;
 constexpr std::int64_t bits_of_least = INT64_C(0x3fa0000000000000);
 
 // Centres have so many bits behind the leading one.
@@ -109,25 +109,26 @@ ORIN_INLINE Vec2d log_gamma_la(Vec2d x) {
   const Vec2d q = ((c2 + t * c3) + t2 * (c4 + t * c5)) + (t2 * t2) * ((c6 + t * c7) + t2 * (c8 + t * c9));
   return c0 + t * (c1 + t * q);
 }
-ORIN_INLINE Vec2d log_gamma_ep(Vec2d x) {
-  const Place at = place<4>(x);
-  const Rows<6> row(data::ep_rows, at.row);
+ORIN_INLINE Vec2d evaluate_short(Rows<6> row, Vec2d t) {
   const auto [c0, c1] = row.pair(0);
   const auto [c2, c3] = row.pair(1);
   const auto [c4, c5] = row.pair(2);
-  const Vec2d t = x - at.center;
   const Vec2d t2 = t * t;
   return (c0 + t * c1) + t2 * ((c2 + t * c3) + t2 * (c4 + t * c5));
 }
+ORIN_INLINE Vec2d log_gamma_ep(Vec2d x) {
+  const Place at = place<4>(x);
+  return evaluate_short({data::ep_rows, at.row}, x - at.center);
+}
 
-// 1/(12 x) - 1/(360 x^3): within 2^-50 of the whole series for x >= 2^8.
+// 1/(12 x) - 1/(360 x^3): within 2^-50 of the whole series for x >= 2^10.
 ORIN_INLINE Vec2d stirling_series(Vec2d x) {
   const auto& c = in_memory(constants);
   const Vec2d inverse = c.one / x;
   return inverse * (c.stirling_1 + inverse * inverse * c.stirling_3);
 }
 
-// log Gamma(x) for x >= 2^8 as a pair; 2^scaled times that for an x that stands for x 2^scaled.
+// log Gamma(x) for x >= 2^10 as a pair; 2^scaled times that for an x that stands for x 2^scaled.
 template <int scaled = 0>
 ORIN_INLINE DoubleDouble stirling_pair(Vec2d x) {
   const auto& c = in_memory(constants);
@@ -164,11 +165,16 @@ ORIN_INLINE Nearest nearest(Vec2d y) {
   return {n, y - n, bits(shifted)};
 }
 
-// log(sin(pi t)/(pi t)) as a pair, 0 <= t <= 1/2.
+// log(sin(pi t)/(pi t)), 0 <= t <= 1/2: as a pair, and to 2^-50.
 ORIN_INLINE DoubleDouble log_sine_ratio(Vec2d t) {
   const auto& c = in_memory(constants);
   const Vec2d step = t + c.to_64ths;
   return evaluate({data::sine_rows, low_bits<8>(bits(step))}, t - (step - c.to_64ths));
+}
+ORIN_INLINE Vec2d log_sine_ratio_short(Vec2d t) {
+  const auto& c = in_memory(constants);
+  const Vec2d step = t + c.to_64ths;
+  return evaluate_short({data::short_sine_rows, low_bits<8>(bits(step))}, t - (step - c.to_64ths));
 }
 
 // Of four arguments (by their high words) those that are negative, of magnitude first..last and surely no integers.

@@ -53,7 +53,7 @@ class Rows {
   LaneIndices<32, 4> index_;
 };
 
-// log Gamma(x), 2^-5 <= x < 2^8.
+// log Gamma(x), 2^-5 <= x < 2^10.
 template <Grade grade>
 ORIN_INLINE Vec4f log_gamma(Vec4f x) {
   static_assert(grade != Grade::ha);

@@ -1,12 +1,12 @@
 // lgamma: elementwise log |Gamma(x)|, both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    2^-5 <= x < 2^8: the tables of gamma_core_d.h; x >= 2^8: Stirling's series
+// Method    2^-5 <= x < 2^10: the tables of gamma_core_d.h; x >= 2^10: Stirling's series
 //           |x| < 2^-5: -log |x| + x l(x)
 //           x <= -2^-5: reflection as in gamma_core_d.h, all in pairs; where that is below 2^-6 in magnitude, next to one
 //           of the 29 zeros that have numbers so near, a series at the zero, which stands in the table in three parts
-//           Single precision is HA as double EP, LA and EP from tables in float; outside the tables all in double, and
-//           x < 2^-5 always as double HA
+//           LA below the table is HA; EP there, and single precision, without pairs but for the series at the zeros
+//           Single precision is HA as double EP, LA and EP from tables in float; outside the tables all in double
 // Bounds    HA 0.60 ulp in double, 0.53 in single precision; LA relative 2^-50, 2^-21; EP 2^-26, 2^-11
 // Budget    HA  in ulp: terms beyond c0 + c1 t, at most 1/16 of the result, 1/16; by reflection absolute 2^-61, next to
 //           2^-6 1/16; last rounding 1/2
@@ -34,7 +34,7 @@ constexpr struct {
                    l3 = gamma_d_data::log_near_0_3, l4 = gamma_d_data::log_near_0_4, l5 = gamma_d_data::log_near_0_5,
                    l6 = gamma_d_data::log_near_0_6, l7 = gamma_d_data::log_near_0_7, l8 = gamma_d_data::log_near_0_8;
 } constants_d{};
-constexpr struct { Constant<float> least = 0x1p-5f, end = 0x1p8f, one = 1.0f, below = 0x1p-6f; } constants_s{};
+constexpr struct { Constant<float> least = 0x1p-5f, end = 0x1p10f, one = 1.0f, below = 0x1p-6f; } constants_s{};
 
 template <Grade grade>
 ORIN_INLINE Vec2d from_table(Vec2d x) {
@@ -90,7 +90,27 @@ ORIN_INLINE Vec2d at_zero(Vec2d is_near, Vec2d y, Vec2d n, Vec2d t) {
   return product.high + (product.low + (d * factor_low + d_low * factor.high));
 }
 
-// log |Gamma(x)| for x < 2^-5 normal and no pole.
+// log Gamma(y), y >= 2^-5: as a pair, and to 2^-50.
+ORIN_INLINE DoubleDouble on_positive_axis_pair(Vec2d y) {
+  const auto& c = in_memory(constants_d);
+  const Vec2d above = y >= c.end;
+  const DoubleDouble inner = gamma_d::log_gamma_pair(select(above, c.one, y));
+  if (lane_bits(above) == 0) [[likely]]
+    return inner;
+  const DoubleDouble outer = gamma_d::stirling_pair(max(y, c.end));
+  return {select(above, outer.high, inner.high), select(above, outer.low, inner.low)};
+}
+ORIN_INLINE Vec2d on_positive_axis(Vec2d y) {
+  const auto& c = in_memory(constants_d);
+  const Vec2d above = y >= c.end;
+  const Vec2d inner = gamma_d::log_gamma_la(select(above, c.one, y));
+  if (lane_bits(above) == 0) [[likely]]
+    return inner;
+  return select(above, gamma_d::stirling<Grade::la>(max(y, c.end)), inner);
+}
+
+// log |Gamma(x)| for x < 2^-5 normal and no pole: as HA, or to a relative 2^-40 for EP and single precision.
+template <Grade grade>
 ORIN_INLINE Vec2d below_table(Vec2d x) {
   const auto& c = in_memory(constants_d);
   const Vec2d size = abs(x);
@@ -98,33 +118,40 @@ ORIN_INLINE Vec2d below_table(Vec2d x) {
   const Vec2d y = select(near_0, c.one, size);
   const auto [n, t, n_bits] = gamma_d::nearest(y);
   const Vec2d distance = abs(t);
-  const Vec2d far = y >= c.end;
-  DoubleDouble gamma = gamma_d::log_gamma_pair(select(far, c.one, y));
-  if (lane_bits(far) != 0) [[unlikely]] {
-    const DoubleDouble stirling = gamma_d::stirling_pair(max(y, c.end));
-    gamma = {select(far, stirling.high, gamma.high), select(far, stirling.low, gamma.low)};
-  }
+  const bool reflects = lane_bits(near_0) != 3;
   // Next to 0 y and t are 1 and 0, log Gamma(y) and the ratio vanish, and the logarithm wanted is that of |x|.
-  const DoubleDouble ratio = gamma_d::log_sine_ratio(distance);
-  const DoubleDouble product = two_product(y, distance);
-  const Vec2d argument = select(near_0, size, product.high);
-  const DoubleDouble log = log_d::logarithm_pair(argument);
   const Vec2d x2 = x * x;
   const Vec2d series = x * (((c.l0 + x * c.l1) + x2 * (c.l2 + x * c.l3)) +
                             (x2 * x2) * ((c.l4 + x * c.l5) + x2 * ((c.l6 + x * c.l7) + x2 * c.l8)));
-  const DoubleDouble partial = two_sum(log.high, gamma.high);
-  const DoubleDouble sum = two_sum(partial.high, ratio.high);
-  const Vec2d low =
-      ((sum.low + partial.low) + (log.low + gamma.low)) + ((ratio.low + product.low / argument) - (series & near_0));
-  const Vec2d result = Vec2d(0.0) - (sum.high + low);
+  Vec2d result;
+  if constexpr (grade == Grade::ha) {
+    const DoubleDouble product = two_product(y, distance);
+    const Vec2d argument = select(near_0, size, product.high);
+    const DoubleDouble log = log_d::logarithm_pair(argument);
+    Vec2d high = log.high;
+    Vec2d low = log.low - (series & near_0);
+    if (reflects) {
+      const DoubleDouble gamma = on_positive_axis_pair(y);
+      const DoubleDouble ratio = gamma_d::log_sine_ratio(distance);
+      const DoubleDouble partial = two_sum(high, gamma.high);
+      const DoubleDouble sum = two_sum(partial.high, ratio.high);
+      high = sum.high;
+      low = low + ((partial.low + sum.low) + ((gamma.low + ratio.low) + product.low / argument));
+    }
+    result = Vec2d(0.0) - (high + low);
+  } else {
+    result = (series & near_0) - logarithm<Grade::la>(select(near_0, size, y * distance));
+    if (reflects) result = result - (on_positive_axis(y) + gamma_d::log_sine_ratio_short(distance));
+  }
   const Vec2d near_zero = abs(result) < c.near_zero;
   if (lane_bits(near_zero) != 0) [[unlikely]]
     return select(near_zero, at_zero(near_zero, y, n, t), result);
   return result;
 }
+template <Grade grade>
 ORIN_INLINE Vec4f below_table(Vec4f x) {
   const TwoVec2d wide = widen(x);
-  return narrow({below_table(wide.low), below_table(wide.high)});
+  return narrow({below_table<Grade::ep>(wide.low), below_table<Grade::ep>(wide.high)});
 }
 
 bool is_pole(double x) { return x <= 0 && (x <= -0x1p52 || static_cast<double>(static_cast<std::int64_t>(x)) == x); }
@@ -169,9 +196,16 @@ struct ThreePaths : OneToOne<T> {
  private:
   [[gnu::noinline]] static void several(const V& x, const V& in_table, const V& above, V& result) {
     const auto& c = constants();
-    result = select(in_table, from_table<grade>(select(in_table, x, c.one)), above_table<grade>(max(x, c.end)));
+    V value = x;
+    if (lane_bits(in_table) != 0) value = from_table<grade>(select(in_table, x, c.one));
+    if (lane_bits(above) != 0) value = select(above, above_table<grade>(max(x, c.end)), value);
     const V others = in_table | above;
-    if (lane_bits(others) != all_lanes) result = select(others, result, below_table(select(others, c.below, x)));
+    if (lane_bits(others) != all_lanes) {
+      // LA needs what HA has next to the zeros.
+      constexpr Grade as = grade == Grade::ep ? Grade::ep : Grade::ha;
+      value = select(others, value, below_table<as>(select(others, c.below, x)));
+    }
+    result = value;
   }
 };
 
