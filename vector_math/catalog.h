@@ -40,6 +40,7 @@ using std::exp;
 using std::fabs;
 using std::floor;
 using std::hypot;
+using std::lgamma;
 using std::log;
 using std::log10;
 using std::log1p;

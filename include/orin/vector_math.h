@@ -192,13 +192,6 @@ ORIN_KOR_REAL_UNARY(Cosh)
 ORIN_KOR_REAL_UNARY(Tanh)
 ORIN_KOR_REAL_UNARY(Expm1)
 
-/* Trigonometric functions. */
-
-/* r = arctangent of a, and in Atan2 the angle from -pi to pi of the point with ordinate a and abscissa b; no status. */
-ORIN_KOR_REAL_UNARY(Atan)
-ORIN_KOR_REAL_BINARY(Atan2)
-/* r = sin a, r = cos a; SinCos gives both: r1 = sin a, r2 = cos a. Accurate for every finite a, however large. Status 1
- * (NaN) for infinite a. Either result array of SinCos may be the argument array. */
 /* r = sin a, cos a, tan a; SinCos: r1 = sin a, r2 = cos a. Accurate for every finite a, however large. Status 1 (NaN)
  * for infinite a. Either result array of SinCos may be the argument array. */
 ORIN_KOR_REAL_UNARY(Sin)
@@ -206,11 +199,13 @@ ORIN_KOR_REAL_UNARY(Cos)
 ORIN_KOR_REAL_TWO_RESULTS(SinCos)
 ORIN_KOR_REAL_UNARY(Tan)
 
+/* r = arctangent of a, and in Atan2 the angle from -pi to pi of the point with ordinate a and abscissa b; no status. */
+ORIN_KOR_REAL_UNARY(Atan)
+ORIN_KOR_REAL_BINARY(Atan2)
+
 /* r = arcsine, arccosine of a. Status 1 (NaN) for |a| > 1. */
 ORIN_KOR_REAL_UNARY(Asin)
 ORIN_KOR_REAL_UNARY(Acos)
-
-/* Error functions and the normal distribution. */
 
 /* r = erf a = 2/sqrt(pi) integral of e^(-t^2) from 0 to a. No status. */
 ORIN_KOR_REAL_UNARY(Erf)
@@ -227,10 +222,12 @@ ORIN_KOR_REAL_UNARY(ErfInv)
 ORIN_KOR_REAL_UNARY(ErfcInv)
 ORIN_KOR_REAL_UNARY(CdfNormInv)
 
-/* Gamma functions. */
 /* Gamma functions.
+ * LGamma: r = log |Gamma(a)|, accurate next to its zeros too. Status 2 (+inf) for a = +-0 and negative integers, 3 where
+ * a finite argument overflows.
  * TGamma: r = Gamma(a). Status 1 (NaN) for a negative integer and -inf, 2 (an infinity) for a = +-0, 3 where a finite
  * argument overflows, 4 where the result is subnormal or underflows to zero. */
+ORIN_KOR_REAL_UNARY(LGamma)
 ORIN_KOR_REAL_UNARY(TGamma)
 
 /* Arithmetic, correctly rounded in every grade. The first five report nothing: infinities and NaN come as IEEE 754 has

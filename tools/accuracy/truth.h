@@ -124,6 +124,11 @@ inline int normal_quantile(mpfr_t value, mpfr_srcptr x, mpfr_rnd_t mode) {
   mpfr_clear(root);
   return inexact;
 }
+// The logarithm of the magnitude: mpfr_lngamma has none where the function is negative.
+inline int mpfr_log_abs_gamma(mpfr_t value, mpfr_srcptr x, mpfr_rnd_t rounding) {
+  int sign;
+  return mpfr_lgamma(value, &sign, x, rounding);
+}
 
 // The truth of a row of the catalog.
 MpfrFunction truth_of(const orin::vector_math::Promise& promise);
