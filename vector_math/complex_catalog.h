@@ -23,6 +23,9 @@ using Complex = std::complex<double>;
 using std::conj;
 inline Complex plus(Complex a, Complex b) { return a + b; }
 inline Complex minus(Complex a, Complex b) { return a - b; }
+using std::sqrt;
+inline Complex modulus(Complex a) { return std::abs(a); }
+inline Complex over(Complex a, Complex b) { return a / b; }
 inline Complex times(Complex a, Complex b) { return a * b; }
 inline Complex times_conj(Complex a, Complex b) { return a * conj(b); }
 }  // namespace complex_reference
