@@ -1,0 +1,140 @@
+// complex.h: complex elements in the elementwise loop.
+// SPDX-License-Identifier: MIT
+//
+// A function over complex elements is a record as simd/elementwise.h asks, with these types:
+//   Element, Result        KorComplex8 or KorComplex16; one of the two may be the real type: OneToOther
+//   fast                   takes and gives Complex<V>, real and imaginary parts in registers of their own
+//   special_lanes          takes Complex<Vec4i>, the high words of the four real and of the four imaginary parts
+//   special                takes and gives elements
+// A function that does not look at the parts, as a sum, says so:
+//   together               fast takes and gives Stored<V>: the registers as they lie in memory, re im re im
+#ifndef ORIN_VECTOR_MATH_SIMD_COMPLEX_H
+#define ORIN_VECTOR_MATH_SIMD_COMPLEX_H
+
+#include "vector_math/simd/elementwise.h"
+
+namespace orin::vector_math::simd {
+
+template <class V>
+struct Complex {
+  V re, im;
+};
+template <class V>
+struct Stored {
+  V first, second;
+};
+
+template <class T>
+struct ElementOf;  // the complex type of a real one
+template <>
+struct ElementOf<float> {
+  using type = KorComplex8;
+};
+template <>
+struct ElementOf<double> {
+  using type = KorComplex16;
+};
+template <class T>
+using ComplexOf = typename ElementOf<T>::type;
+
+// Two registers as they lie in memory, and their parts; shuffles both ways.
+ORIN_INLINE Complex<Vec2d> apart(Stored<Vec2d> z) {
+  return {_mm_unpacklo_pd(z.first.raw, z.second.raw), _mm_unpackhi_pd(z.first.raw, z.second.raw)};
+}
+ORIN_INLINE Stored<Vec2d> together(Complex<Vec2d> z) {
+  return {_mm_unpacklo_pd(z.re.raw, z.im.raw), _mm_unpackhi_pd(z.re.raw, z.im.raw)};
+}
+ORIN_INLINE Complex<Vec4f> apart(Stored<Vec4f> z) {
+  return {_mm_shuffle_ps(z.first.raw, z.second.raw, _MM_SHUFFLE(2, 0, 2, 0)),
+          _mm_shuffle_ps(z.first.raw, z.second.raw, _MM_SHUFFLE(3, 1, 3, 1))};
+}
+ORIN_INLINE Stored<Vec4f> together(Complex<Vec4f> z) {
+  return {_mm_unpacklo_ps(z.re.raw, z.im.raw), _mm_unpackhi_ps(z.re.raw, z.im.raw)};
+}
+
+ORIN_INLINE Complex<Vec4i> high_words(Complex<Vec2d> low, Complex<Vec2d> high) {
+  return {high_words(low.re, high.re), high_words(low.im, high.im)};
+}
+
+// The first `count` of four elements at `from`, more than three of them meaning four, then paddings.
+template <>
+struct Together<KorComplex16> {
+  static constexpr int registers = 2;
+  Stored<Vec2d> low, high;
+
+  static ORIN_INLINE Together load(const KorComplex16* from, std::int32_t count, KorComplex16 padding) {
+    if (count >= 4) [[likely]]
+      return {{Vec2d::load(&from[0].re), Vec2d::load(&from[1].re)},
+              {Vec2d::load(&from[2].re), Vec2d::load(&from[3].re)}};
+    const Vec2d paddings = _mm_set_pd(padding.im, padding.re);
+    const Vec2d first = Vec2d::load(&from[0].re);
+    if (count == 1) return {{first, paddings}, {paddings, paddings}};
+    const Vec2d second = Vec2d::load(&from[1].re);
+    if (count == 2) return {{first, second}, {paddings, paddings}};
+    return {{first, second}, {Vec2d::load(&from[2].re), paddings}};
+  }
+  ORIN_INLINE void store(KorComplex16* to, std::int32_t count) const {
+    low.first.store(&to[0].re);
+    if (count > 1) low.second.store(&to[1].re);
+    if (count > 2) high.first.store(&to[2].re);
+    if (count > 3) high.second.store(&to[3].re);
+  }
+};
+template <>
+struct Together<KorComplex8> {
+  static constexpr int registers = 1;
+  Stored<Vec4f> low;
+
+  static ORIN_INLINE Together load(const KorComplex8* from, std::int32_t count, KorComplex8 padding) {
+    if (count >= 4) [[likely]]
+      return {{Vec4f::load(&from[0].re), Vec4f::load(&from[2].re)}};
+    const auto* at = reinterpret_cast<const __m64*>(from);
+    const __m128 paddings = _mm_set_ps(padding.im, padding.re, padding.im, padding.re);
+    const __m128 first = _mm_loadl_pi(paddings, at);
+    if (count == 1) return {{first, paddings}};
+    const __m128 two = _mm_loadh_pi(first, at + 1);
+    if (count == 2) return {{two, paddings}};
+    return {{two, _mm_loadl_pi(paddings, at + 2)}};
+  }
+  ORIN_INLINE void store(KorComplex8* to, std::int32_t count) const {
+    auto* at = reinterpret_cast<__m64*>(to);
+    if (count == 1) return _mm_storel_pi(at, low.first.raw);
+    low.first.store(&to[0].re);
+    if (count > 3) [[likely]]
+      low.second.store(&to[2].re);
+    else if (count == 3)
+      _mm_storel_pi(at + 2, low.second.raw);
+  }
+};
+
+template <>
+struct Group<KorComplex16> {
+  static constexpr int registers = 2;
+  Complex<Vec2d> low, high;
+
+  static ORIN_INLINE Group load(const KorComplex16* from, std::int32_t count, KorComplex16 padding) {
+    const auto z = Together<KorComplex16>::load(from, count, padding);
+    return {apart(z.low), apart(z.high)};
+  }
+  ORIN_INLINE void store(KorComplex16* to, std::int32_t count) const {
+    Together<KorComplex16>{together(low), together(high)}.store(to, count);
+  }
+  ORIN_INLINE Complex<Vec4i> words() const { return high_words(low, high); }
+};
+template <>
+struct Group<KorComplex8> {
+  static constexpr int registers = 1;
+  Complex<Vec4f> low;
+
+  static ORIN_INLINE Group load(const KorComplex8* from, std::int32_t count, KorComplex8 padding) {
+    return {apart(Together<KorComplex8>::load(from, count, padding).low)};
+  }
+  ORIN_INLINE void store(KorComplex8* to, std::int32_t count) const {
+    Together<KorComplex8>{together(low)}.store(to, count);
+  }
+  ORIN_INLINE Complex<Vec4i> words() const { return {bits(low.re), bits(low.im)}; }
+};
+
+}  // namespace orin::vector_math::simd
+
+#endif
