@@ -70,6 +70,23 @@ void extend(uint32_t* words, std::size_t count) {
   for (; k < count; ++k) words[k + order] = words[k] ^ words[k + order - tap];
 }
 
+// The same, with the new words sent to a sink. The last group is computed whole: up to three words more.
+template <class Sink>
+void extend(uint32_t* words, std::size_t count, Sink& sink) {
+  Sink local = sink;
+  for (; count >= 4; count -= 4, words += 4) {
+    const __m128i next = next_four(words);
+    store_words(words + order, next);
+    local.four(next);
+  }
+  if (count != 0) {
+    const __m128i next = next_four(words);
+    store_words(words + order, next);
+    local.some(next, count);
+  }
+  sink = local;
+}
+
 constexpr std::size_t few = 8;  // steps that are not worth unrolling the ring
 
 // A few words, each in its place.
@@ -95,16 +112,14 @@ struct R250 {
       return JUN_RNG_OK;
     }
     constexpr std::size_t block = 1024;
-    uint32_t work[order + block];
+    uint32_t work[order + block + 3];
     unroll(state, work);
     std::size_t rest = n;
     for (; rest > block; rest -= block) {
-      extend(work, block);
-      send_words(work + order, block, sink);
+      extend(work, block, sink);
       std::memcpy(work, work + block, order * sizeof *work);
     }
-    extend(work, rest);
-    send_words(work + order, rest, sink);
+    extend(work, rest, sink);
     roll_up(state, work + rest, n);
     return JUN_RNG_OK;
   }

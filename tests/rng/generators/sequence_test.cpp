@@ -8,6 +8,7 @@
 #include <limits>
 #include <random>
 
+#include "rng/data/wh_parameters.h"
 #include "rng/stream_layout.h"
 #include "tests/rng/generators/references.h"
 #include "tests/support/faulty_core.h"
@@ -63,24 +64,81 @@ TEST_P(Sequence, UniformsAreTheScaledOutputs) {
   }
 }
 
-// Words of 32 bits fit a double; single precision takes 31 bits of u and rounds them once.
+// The one rounding of a number of [0, 1); what rounds to 1 becomes the value below.
+template <class T>
+T rounded(long double u) {
+  return std::min(static_cast<T>(u), std::nextafter(T{1}, T{0}));
+}
+
+// Outputs of a list, as they come first from a stream: with so few of them, and with the same in front of many more.
+template <class T>
+T first_uniform(int32_t brng, const std::vector<uint32_t>& seeds) {
+  const T r = uniforms<T>(new_stream(brng, seeds), 1)[0];
+  EXPECT_EQ(uniforms<T>(new_stream(brng, seeds), 40)[0], r);
+  return r;
+}
+
 TEST_P(Sequence, UnitUniformsAreRoundedOnce) {
   const Generator next = GetParam().start();
   const std::vector<double> r = uniforms<double>(stream(), length);
   const std::vector<float> s = uniforms<float>(stream(), length);
   const std::string name = GetParam().name;
-  const bool quotient = name.starts_with("WH") || name == "MRG32K3A" || name == "MCG31M1";
   for (std::size_t k = 0; k < length; ++k) {
     const long double u = next().u;
-    if (!quotient) {
-      ASSERT_EQ(r[k], std::min(static_cast<double>(u), 1 - 0x1p-53)) << k;
-      ASSERT_EQ(s[k], std::min(static_cast<float>(std::ldexp(std::floor(std::ldexp(u, 31)), -31)), 1 - 0x1p-24f)) << k;
-    } else {
-      if (name == "MRG32K3A") {
-        ASSERT_EQ(r[k], static_cast<double>(std::llround(u * 4294967087.0L)) / 4294967087.0) << k;
+    ASSERT_EQ(s[k], rounded<float>(u)) << k;
+    if (name == "MRG32K3A") {
+      ASSERT_EQ(r[k], static_cast<double>(std::llround(u * 4294967087.0L)) / 4294967087.0) << k;
+    } else if (name.starts_with("WH")) {
+      ASSERT_LE(std::abs(r[k] - u), u * 0x1p-53L + 0x1p-60L) << k;
+    } else if (name != "MCG31M1") {  // whose doubles have a formula of their own
+      ASSERT_EQ(r[k], rounded<double>(u)) << k;
+    }
+  }
+}
+
+// Numbers whose rounding is hard: halfway and next to it, with any number of leading zeros, nearly 0 and nearly 1.
+TEST(Rounding, HardCases) {
+  std::vector<uint64_t> hard;  // of 64 bits, most of them in the leading ones
+  for (int zeros = 0; zeros < 64; ++zeros)
+    for (const uint64_t mantissa : {0x800000ULL, 0x800001ULL, 0xFFFFFFULL, 0xABCDEEULL})
+      for (const uint64_t half : {0ULL, 0x7FFFFFFFFFULL, 0x8000000000ULL, 0x8000000001ULL, 0x8000008000ULL})
+        hard.push_back((mantissa << 40 | half) >> zeros);
+  for (std::size_t at = 0; at < hard.size(); at += 103) {  // an R250 that delivers its table first
+    std::vector<uint32_t> table(250);
+    for (std::size_t i = 0; i < 103 && at + i < hard.size(); ++i) table[i] = static_cast<uint32_t>(hard[at + i] >> 32);
+    const std::vector<float> s = uniforms<float>(new_stream(JUN_BRNG_R250, table), 103);
+    for (std::size_t i = 0; i < 103; ++i) ASSERT_EQ(s[i], rounded<float>(table[i] * 0x1p-32L)) << std::hex << table[i];
+  }
+  for (const uint64_t bits : hard) {
+    if (const uint64_t x = bits >> 5; x != 0) {
+      const std::vector<uint32_t> seeds = {static_cast<uint32_t>(x), static_cast<uint32_t>(x >> 32)};
+      const long double u = static_cast<long double>(x) * 0x1p-59L;
+      ASSERT_EQ(first_uniform<float>(JUN_BRNG_MCG59, seeds), rounded<float>(u)) << std::hex << x;
+      ASSERT_EQ(first_uniform<double>(JUN_BRNG_MCG59, seeds), rounded<double>(u)) << std::hex << x;
+    }
+    if (const auto x = static_cast<uint32_t>(bits >> 33); x % 2147483647 != 0) {
+      ASSERT_EQ(first_uniform<float>(JUN_BRNG_MCG31M1, {x}), rounded<float>(x / 2147483647.0L)) << x;
+    }
+  }
+  // 1 +- 4 j / (m1 m2) and 1 +- 6 k / (m3 m4), from x and m - x.
+  const uint32_t* m = orin::rng::wh_moduli[0];
+  for (int64_t j = -40; j <= 40; ++j) {
+    for (int64_t k = -5000; k <= 5000; k += 613) {
+      if (j == 0 || k == 0) continue;
+      std::vector<uint32_t> x(4);
+      long double u = 0;
+      for (std::size_t i = 0; i < 4; i += 2) {
+        const int64_t c = i == 0 ? j : k;
+        x[i] = static_cast<uint32_t>(c > 0 ? c : m[i] + c);
+        x[i + 1] = static_cast<uint32_t>(c > 0 ? m[i + 1] - c : -c);
+        const int64_t apart = int64_t{m[i + 1]} - m[i];
+        u += static_cast<long double>(c * apart) / (static_cast<long double>(m[i]) * m[i + 1]);
       }
-      ASSERT_LE(std::abs(r[k] - u), 0x1p-50) << k;
-      ASSERT_LE(std::abs(s[k] - u), 0x1p-31 + u * 0x1p-23) << k;
+      u = u < 0 ? 1 + u : u;
+      const double r = first_uniform<double>(JUN_BRNG_WH, x);
+      ASSERT_LE(std::abs(r - u), u * 0x1p-53L + 0x1p-63L) << j << ' ' << k;
+      ASSERT_LT(r, 1);
+      ASSERT_NEAR(first_uniform<float>(JUN_BRNG_WH, x), rounded<float>(u), 0x1p-60) << j << ' ' << k;
     }
   }
 }
