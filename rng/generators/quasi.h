@@ -147,9 +147,15 @@ class Quasi {
       return {state.block * points + delivered / dimension, delivered % dimension};
     }
 
+    // A block that is delivered to its end stays until the next output is asked for: what a state looks like does not
+    // depend on the way to it.
     void move_to(State& state, Place at) const {
       state.block = at.point / points;
       state.delivered = at.point % points * dimension + at.coordinate;
+      if (state.delivered == 0) {
+        state.block = (at.point - points) / points;
+        state.delivered = outputs();
+      }
       std::fill_n(state.base, Family::most_dimensions, 0);
       const uint32_t first = state.block * points;
       for (uint32_t gray = first ^ (first >> 1); gray != 0; gray &= gray - 1) toggle(state.base, trailing_zeros(gray));
@@ -233,13 +239,11 @@ class Quasi {
       void* data = allocate_data(bytes);
       if (data == nullptr) return nullptr;
       fill(static_cast<uint32_t*>(data));
-      uint64_t key[2];
-      __junGenerateNewGlobalRODataTableEntryId(key, id);
-      Block block = Block::left;
-      const int32_t status = attach(stream, id, key, data, bytes, block);
-      if (block == Block::left) service::deallocate(data);
-      if (status != JUN_RNG_OK) return nullptr;
-      chunk = find_chunk(stream, id);
+      chunk = attach_new(stream, id, data, bytes);
+      if (chunk == nullptr) {
+        service::deallocate(data);
+        return nullptr;
+      }
     }
     return static_cast<const uint32_t*>(chunk->data);
   }

@@ -11,8 +11,8 @@
 #include "rng/data/wh_parameters.h"
 #include "rng/stream_layout.h"
 #include "tests/rng/generators/references.h"
-#include "tests/support/faulty_core.h"
 #include "tests/support/guard_pages.h"
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -21,11 +21,7 @@ using namespace references;
 class Sequence : public testing::TestWithParam<Family> {
  protected:
   Stream stream() const { return new_stream(GetParam().brng, GetParam().seeds); }
-  JunBrngProperties row() const {
-    JunBrngProperties row = {};
-    EXPECT_EQ(__junGetBrngProperties(GetParam().brng, &row), JUN_RNG_OK);
-    return row;
-  }
+  JunBrngProperties row() const { return row_of(GetParam().brng); }
 };
 
 INSTANTIATE_TEST_SUITE_P(Families, Sequence, testing::ValuesIn(families()),
@@ -45,23 +41,42 @@ TEST_P(Sequence, RawOutputsFollowTheRecurrence) {
   }
 }
 
-// a + (b - a) u, a rounding at each step: the sum of four quotients in WH, one quotient or none elsewhere.
-TEST_P(Sequence, UniformsAreTheScaledOutputs) {
-  struct Range {
-    double a, b;
-  };
-  for (const Range range : {Range{0, 1}, Range{-3, 5}, Range{1e-3, 1e6}, Range{-1e-290, 1e-290}}) {
-    const Generator next = GetParam().start();
-    const std::vector<double> r = uniforms<double>(stream(), length, range.a, range.b);
-    const auto fa = static_cast<float>(range.a), fb = static_cast<float>(range.b);
-    const std::vector<float> s = uniforms<float>(stream(), length, fa, fb);
-    const double size = std::abs(range.a) + std::abs(range.b);
-    for (std::size_t k = 0; k < length; ++k) {
-      const long double u = next().u;
-      ASSERT_LE(std::abs(r[k] - (range.a + (static_cast<long double>(range.b) - range.a) * u)), size * 0x1p-50) << k;
-      ASSERT_LE(std::abs(s[k] - (fa + (static_cast<long double>(fb) - fa) * u)), size * 0x1p-22) << k;
-    }
+// u to a + (b - a) u, each operation rounded; a result that rounds to b becomes the value below it.
+template <class T>
+T mapped(T u, T a, T b) {
+  const T product = (b - a) * u, r = a + product;
+  return a < b ? std::min(r, std::nextafter(b, a)) : r;
+}
+
+template <class T>
+void expect_mapped(const Family& family, const std::vector<std::pair<T, T>>& intervals) {
+  const std::vector<T> u = uniforms<T>(new_stream(family.brng, family.seeds), 4001);
+  for (const auto& [a, b] : intervals) {
+    const std::vector<T> r = uniforms<T>(new_stream(family.brng, family.seeds), u.size(), a, b);
+    for (std::size_t k = 0; k < u.size(); ++k) ASSERT_EQ(r[k], mapped(u[k], a, b)) << k << " on " << a << ", " << b;
   }
+}
+
+// Wide and narrow intervals, some with nothing or little between their ends, empty and reversed ones.
+TEST_P(Sequence, UniformsOfAnyIntervalAreMapped) {
+  expect_mapped<float>(GetParam(), {{-3, 5},
+                                    {1e-3f, 1e6f},
+                                    {1, std::nextafter(1.0f, 2.0f)},
+                                    {-1, -1 + 0x1p-22f},
+                                    {-0x1p-149f, 0},
+                                    {-1e38f, 2e38f},
+                                    {2.5f, 2.5f},
+                                    {5, 3}});
+  if (GetParam().name == "MCG31M1") return;  // whose doubles have a formula of their own
+  expect_mapped<double>(GetParam(), {{-3, 5},
+                                     {-1e-290, 1e-290},
+                                     {1, std::nextafter(1.0, 2.0)},
+                                     {0x1p52, 0x1p52 + 3},
+                                     {-0x1p-1074, 0},
+                                     {0, 0x1p-1074},
+                                     {-1e308, 0.5e308},
+                                     {2.5, 2.5},
+                                     {5, 3}});
 }
 
 // The one rounding of a number of [0, 1); what rounds to 1 becomes the value below.
@@ -219,31 +234,6 @@ TEST_P(Sequence, NothingIsWrittenForNoOutputs) {
   EXPECT_EQ(row().iBRng(cut.get(), 1, nullptr), JUN_RNG_NULL_POINTER);
 }
 
-// Intervals where a + (b - a) u rounds up to b often, or nothing lies between a and b.
-template <class T>
-void expect_half_open(const Stream& stream, T a, T b) {
-  for (const T r : uniforms<T>(stream, 4000, a, b))
-    ASSERT_TRUE(a <= r && r < b) << r << " in [" << a << ", " << b << ")";
-}
-
-TEST_P(Sequence, UniformsStayBelowTheEnd) {
-  const Stream s = stream();
-  if (GetParam().name != "MCG31M1") {  // whose doubles keep to their formula
-    expect_half_open(s, 1.0, std::nextafter(1.0, 2.0));
-    expect_half_open(s, 0x1p52, 0x1p52 + 3);
-    expect_half_open(s, -0x1p-1074, 0.0);
-    expect_half_open(s, 0.0, 0x1p-1074);
-    expect_half_open(s, -1e308, 0.5e308);
-  }
-  expect_half_open(s, 0.0f, 1.0f);
-  expect_half_open(s, 1.0f, std::nextafter(1.0f, 2.0f));
-  expect_half_open(s, -1.0f, -1 + 0x1p-22f);
-  expect_half_open(s, -0x1p-149f, 0.0f);
-  expect_half_open(s, -1e38f, 2e38f);
-  EXPECT_EQ(uniforms<double>(s, 9, 2.5, 2.5), std::vector<double>(9, 2.5));
-  for (const double r : uniforms<double>(s, 99, 5, 3)) EXPECT_TRUE(3 <= r && r <= 5);  // reversed
-}
-
 // The state as any bytes at all: the calls end, and no byte outside the state and the array is touched.
 TEST_P(Sequence, CorruptStatesAreHarmless) {
   std::mt19937 random(99);
@@ -262,17 +252,20 @@ TEST_P(Sequence, CorruptStatesAreHarmless) {
   }
 }
 
-TEST_P(Sequence, CopiesAndSavedImagesContinue) {
+// Copied, and loaded from a saved image, a stream goes on with the same numbers on whatever thread.
+TEST_P(Sequence, ContinuesWhereverItIsCarried) {
   const Stream s = stream();
   uniforms<float>(s, 777);
-  const Stream copy = copy_of(s);
   std::vector<unsigned char> image(static_cast<std::size_t>(__junGetStreamSize(s.get())));
   ASSERT_EQ(__junSaveStreamM(s.get(), image.data()), JUN_RNG_OK);
+  std::vector<double> found[4];
+  run_threads(4, [&](int thread) {
+    void* mine = nullptr;
+    EXPECT_EQ(thread % 2 == 0 ? __junCopyStream(&mine, s.get()) : __junLoadStreamM(&mine, image.data()), JUN_RNG_OK);
+    found[thread] = uniforms<double>(Stream(mine), 3001);
+  });
   const std::vector<double> expected = uniforms<double>(s, 3001);
-  EXPECT_EQ(uniforms<double>(copy, 3001), expected);
-  void* loaded = nullptr;
-  ASSERT_EQ(__junLoadStreamM(&loaded, image.data()), JUN_RNG_OK);
-  EXPECT_EQ(uniforms<double>(Stream(loaded), 3001), expected);
+  for (const std::vector<double>& numbers : found) EXPECT_EQ(numbers, expected);
 }
 
 TEST(Memory, NothingIsLeftBehind) {
