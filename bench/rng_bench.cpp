@@ -95,6 +95,7 @@ void measure(Family& family) {
       {"doubles", [&] { row.dBRng(stream, n, doubles, 0, 1); }, Row::same, {}},
       {"doubles on [-1, 3)", [&] { row.dBRng(stream, n, doubles, -1, 3); }, Row::other, {}},
       {"floats", [&] { row.sBRng(stream, n, floats, 0, 1); }, Row::other, {}},
+      {"floats on [-1, 3)", [&] { row.sBRng(stream, n, floats, -1, 3); }, Row::other, {}},
       {"raw", [&] { row.iBRng(stream, n, words); }, Row::other, {}},
   };
   const std::size_t own = rows.size();

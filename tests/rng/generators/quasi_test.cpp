@@ -42,12 +42,6 @@ uint32_t point(const std::array<uint32_t, 32>& columns, uint32_t i) {
   return x;
 }
 
-TEST(Quasi, FirstPointIsOneHalfInEveryDimension) {
-  for (const Sequence& s : sequences)
-    for (uint32_t d = 1; d <= s.most; d += 1 + d / 20)
-      EXPECT_EQ(raw(new_stream(s.brng, {d}), d), std::vector<uint32_t>(d, 0x80000000)) << d;
-}
-
 // Each coordinate alone is a (0, 1)-sequence after the first block of its degree; two or three together are a (t,
 // s)-sequence with t the sum of degree - 1: each elementary interval of volume 2^(t-m) holds 2^t of 2^m points. The
 // first 2^m points are the zero point and what the stream delivers.
