@@ -144,6 +144,12 @@ class WordUniforms<double, Unit> : public Sink<WordUniforms<double, Unit>, doubl
   Map<double, Unit> map_;
 };
 
+// Words z ^ z >> 18, not computed yet.
+struct FoldedWords {
+  __m128i z;
+  operator __m128i() const { return _mm_xor_si128(z, _mm_srli_epi32(z, 18)); }
+};
+
 // Words w to w / 2^32.
 inline __m128 unit_floats(__m128i words) {
   const __m128i high = _mm_or_si128(_mm_srli_epi32(words, 16), _mm_castps_si128(splat(0x1p7f)));
@@ -151,11 +157,23 @@ inline __m128 unit_floats(__m128i words) {
   return _mm_add_ps(_mm_sub_ps(_mm_castsi128_ps(high), splat(0x1p7f + 0x1p-9f)), _mm_castsi128_ps(low));
 }
 
+// The same with the leading 14 and the other 18 bits in place of the halves: z >> 18 are the leading bits themselves.
+inline __m128 unit_floats(FoldedWords words) {
+  const __m128i leading = _mm_srli_epi32(words.z, 18);
+  const __m128i high = _mm_or_si128(leading, _mm_castps_si128(splat(0x1p9f)));
+  const __m128i unfolded = _mm_or_si128(_mm_and_si128(words.z, splat_word(0x3ffff)), _mm_castps_si128(splat(0x1p-9f)));
+  const __m128 low = _mm_castsi128_ps(_mm_xor_si128(unfolded, leading));
+  return _mm_add_ps(_mm_sub_ps(_mm_castsi128_ps(high), splat(0x1p9f + 0x1p-9f)), low);
+}
+
 template <bool Unit>
 class WordUniforms<float, Unit> : public Sink<WordUniforms<float, Unit>, float> {
  public:
   WordUniforms(float* r, const Interval<float>& to) : Sink<WordUniforms, float>(r), map_(to) {}
-  void put(float* r, __m128i words) const { _mm_storeu_ps(r, map_(unit_floats(words))); }
+  template <class Words>
+  void put(float* r, Words words) const {
+    _mm_storeu_ps(r, map_(unit_floats(words)));
+  }
 
  private:
   Map<float, Unit> map_;
