@@ -129,7 +129,9 @@ int32_t create(void** stream, int32_t brng, int32_t n, T* buffer, Range<T> inter
 }
 
 // Abstract streams take no seeds: their creation functions have written the state.
-int32_t init(int32_t method) { return method == JUN_RNG_SEED ? JUN_RNG_OK : refuse_partition(method); }
+struct Abstract {
+  static int32_t seed(void*, int32_t, const uint32_t*) { return JUN_RNG_OK; }
+};
 
 }  // namespace
 }  // namespace orin::rng
@@ -150,14 +152,17 @@ ORIN_API int32_t ORIN_CALL __junsNewAbstractStream(void** stream, int32_t n, flo
   return create<float>(stream, JUN_BRNG_SABSTRACT, n, buffer, {a, b}, callback);
 }
 
-ORIN_API int32_t ORIN_CALL __junBRngiAbstractInitStream(int32_t method, void*, int32_t, const uint32_t*) {
-  return init(method);
+ORIN_API int32_t ORIN_CALL __junBRngiAbstractInitStream(int32_t method, void* stream, int32_t n,
+                                                        const uint32_t* params) {
+  return init_stream<Abstract>(method, stream, n, params);
 }
-ORIN_API int32_t ORIN_CALL __junBRngdAbstractInitStream(int32_t method, void*, int32_t, const uint32_t*) {
-  return init(method);
+ORIN_API int32_t ORIN_CALL __junBRngdAbstractInitStream(int32_t method, void* stream, int32_t n,
+                                                        const uint32_t* params) {
+  return init_stream<Abstract>(method, stream, n, params);
 }
-ORIN_API int32_t ORIN_CALL __junBRngsAbstractInitStream(int32_t method, void*, int32_t, const uint32_t*) {
-  return init(method);
+ORIN_API int32_t ORIN_CALL __junBRngsAbstractInitStream(int32_t method, void* stream, int32_t n,
+                                                        const uint32_t* params) {
+  return init_stream<Abstract>(method, stream, n, params);
 }
 
 ORIN_API int32_t ORIN_CALL __juniBRngiAbstract(void* stream, int32_t n, uint32_t* r) { return words(stream, n, r); }

@@ -45,6 +45,25 @@ __m128i product(__m128i x, __m128i y) {
 }
 
 struct Mcg31m1 {
+  static int32_t seed(void* stream, int32_t n, const uint32_t* seeds) {
+    const uint32_t x = n > 0 ? seeds[0] % modulus : 1;
+    state_of<State>(stream) = {x != 0 ? x : 1, multiplier};
+    return JUN_RNG_OK;
+  }
+
+  static int32_t leapfrog(void* stream, int32_t count, uint32_t k) {
+    State& state = state_of<State>(stream);
+    skip(stream, k);
+    state.a = __juniPowMod2P31M1(state.a, static_cast<uint64_t>(int64_t{count}));
+    return JUN_RNG_OK;
+  }
+
+  static int32_t skip(void* stream, uint64_t n) {
+    State& state = state_of<State>(stream);
+    state.x = product(state.x, __juniPowMod2P31M1(state.a, n));
+    return JUN_RNG_OK;
+  }
+
   template <class Sink>
   static int32_t generate(void* stream, std::size_t n, Sink& sink) {
     State& state = state_of<State>(stream);
@@ -115,23 +134,7 @@ using namespace orin::rng;
 ORIN_BEGIN_DECLS
 
 ORIN_API int32_t ORIN_CALL __junBRngMCG31M1InitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  State& state = state_of<State>(stream);
-  switch (method) {
-    case JUN_RNG_SEED:
-      state.x = n > 0 ? params[0] % modulus : 1;
-      if (state.x == 0) state.x = 1;
-      state.a = multiplier;
-      return JUN_RNG_OK;
-    case JUN_RNG_LEAPFROG:
-      state.x = product(state.x, __juniPowMod2P31M1(state.a, params[0]));
-      state.a = __juniPowMod2P31M1(state.a, static_cast<uint64_t>(int64_t{n}));
-      return JUN_RNG_OK;
-    case JUN_RNG_SKIP_AHEAD:
-      state.x = product(state.x, __juniPowMod2P31M1(state.a, skip_count(params)));
-      return JUN_RNG_OK;
-    default:
-      return JUN_RNG_BAD_METHOD;
-  }
+  return init_stream<Mcg31m1>(method, stream, n, params);
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngMCG31M1(void* stream, int32_t n, float* r, float a, float b) {

@@ -222,7 +222,25 @@ void generate_stretches(State& state, int log2_stretch, Sink& sink) {
   sink = sink.at(lanes * stretch);
 }
 
+// From seeds[first] on.
+void seed_component(uint32_t x[3], int32_t first, int32_t n, const uint32_t* seeds, uint32_t modulus) {
+  for (int32_t i = 0; i < 3; ++i) x[i] = first + i < n ? seeds[first + i] % modulus : 1;
+  if ((x[0] | x[1] | x[2]) == 0) x[0] = 1;
+}
+
 struct Mrg32k3a {
+  static int32_t seed(void* stream, int32_t n, const uint32_t* seeds) {
+    State& state = state_of<State>(stream);
+    seed_component(state.x1, 0, n, seeds, recurrence1.modulus());
+    seed_component(state.x2, 3, n, seeds, recurrence2.modulus());
+    return JUN_RNG_OK;
+  }
+
+  static int32_t skip(void* stream, uint64_t n) {
+    jump(state_of<State>(stream), n);
+    return JUN_RNG_OK;
+  }
+
   template <class Sink>
   static int32_t generate(void* stream, std::size_t n, Sink& sink) {
     State& state = state_of<State>(stream);
@@ -234,12 +252,6 @@ struct Mrg32k3a {
   }
 };
 
-// From seeds[first] on.
-void seed_component(uint32_t x[3], int32_t first, int32_t n, const uint32_t* seeds, uint32_t modulus) {
-  for (int32_t i = 0; i < 3; ++i) x[i] = first + i < n ? seeds[first + i] % modulus : 1;
-  if ((x[0] | x[1] | x[2]) == 0) x[0] = 1;
-}
-
 }  // namespace
 }  // namespace orin::rng
 
@@ -249,18 +261,7 @@ ORIN_BEGIN_DECLS
 
 ORIN_API int32_t ORIN_CALL __junBRngMRG32K3AInitStream(int32_t method, void* stream, int32_t n,
                                                        const uint32_t* params) {
-  State& state = state_of<State>(stream);
-  switch (method) {
-    case JUN_RNG_SEED:
-      seed_component(state.x1, 0, n, params, recurrence1.modulus());
-      seed_component(state.x2, 3, n, params, recurrence2.modulus());
-      return JUN_RNG_OK;
-    case JUN_RNG_SKIP_AHEAD:
-      jump(state, skip_count(params));
-      return JUN_RNG_OK;
-    default:
-      return refuse_partition(method);
-  }
+  return init_stream<Mrg32k3a>(method, stream, n, params);
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngMRG32K3A(void* stream, int32_t n, float* r, float a, float b) {

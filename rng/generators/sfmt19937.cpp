@@ -66,17 +66,6 @@ void seed_with_array(uint32_t* x, std::size_t n, const uint32_t* seeds) {
   for (std::size_t j = 0; j < words; ++j) subtract();
 }
 
-void seed(State& state, int32_t n, const uint32_t* seeds) {
-  if (n >= 2) {
-    seed_with_array(state.block, static_cast<std::size_t>(n), seeds);
-  } else {
-    seed_with_word(state.block, n == 1 ? seeds[0] : 1);
-  }
-  certify_period(state.block);
-  state.delivered = words;
-  std::fill_n(state.reserved, 5, 0);
-}
-
 // Computes the next block and sends it, quad by quad.
 template <class Sink>
 void next_block(uint32_t* x, Sink& sink) {
@@ -105,6 +94,19 @@ struct NoSink {
 };
 
 struct Sfmt19937 {
+  static int32_t seed(void* stream, int32_t n, const uint32_t* seeds) {
+    State& state = state_of<State>(stream);
+    if (n >= 2) {
+      seed_with_array(state.block, static_cast<std::size_t>(n), seeds);
+    } else {
+      seed_with_word(state.block, n == 1 ? seeds[0] : 1);
+    }
+    certify_period(state.block);
+    state.delivered = words;
+    std::fill_n(state.reserved, 5, 0);
+    return JUN_RNG_OK;
+  }
+
   template <class Sink>
   static int32_t generate(void* stream, std::size_t n, Sink& sink) {
     State& state = state_of<State>(stream);
@@ -136,9 +138,7 @@ ORIN_BEGIN_DECLS
 
 ORIN_API int32_t ORIN_CALL __junBRngSFMT19937InitStream(int32_t method, void* stream, int32_t n,
                                                         const uint32_t* params) {
-  if (method != JUN_RNG_SEED) return refuse_partition(method);
-  seed(state_of<State>(stream), n, params);
-  return JUN_RNG_OK;
+  return init_stream<Sfmt19937>(method, stream, n, params);
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngSFMT19937(void* stream, int32_t n, float* r, float a, float b) {

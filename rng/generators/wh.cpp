@@ -132,6 +132,32 @@ class Uniforms<float, Unit> : public Sink<Uniforms<float, Unit>, float> {
 };
 
 struct Wh {
+  static int32_t seed(void* stream, int32_t n, const uint32_t* seeds) {
+    State& state = state_of<State>(stream);
+    const int32_t set = sub_stream_of(stream);
+    for (int i = 0; i < 4; ++i) {
+      state.x[i] = i < n ? seeds[i] % wh_moduli[set][i] : 1;
+      if (state.x[i] == 0) state.x[i] = 1;
+      state.a[i] = wh_multipliers[set][i];
+    }
+    return JUN_RNG_OK;
+  }
+
+  static int32_t leapfrog(void* stream, int32_t count, uint32_t k) {
+    State& state = state_of<State>(stream);
+    const uint32_t* m = wh_moduli[sub_stream_of(stream)];
+    skip(stream, k);
+    for (int i = 0; i < 4; ++i) state.a[i] = __juniPowMod(state.a[i], static_cast<uint64_t>(int64_t{count}), m[i]);
+    return JUN_RNG_OK;
+  }
+
+  static int32_t skip(void* stream, uint64_t n) {
+    State& state = state_of<State>(stream);
+    const uint32_t* m = wh_moduli[sub_stream_of(stream)];
+    for (int i = 0; i < 4; ++i) state.x[i] = product(state.x[i], __juniPowMod(state.a[i], n, m[i]), m[i]);
+    return JUN_RNG_OK;
+  }
+
   template <class Sink>
   static int32_t generate(void* stream, std::size_t n, Sink& sink) {
     State& state = state_of<State>(stream);
@@ -189,30 +215,7 @@ using namespace orin::rng;
 ORIN_BEGIN_DECLS
 
 ORIN_API int32_t ORIN_CALL __junBRngWHInitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  State& state = state_of<State>(stream);
-  const int32_t set = sub_stream_of(stream);
-  const uint32_t* m = wh_moduli[set];
-  const auto jump = [&](uint64_t count) {
-    for (int i = 0; i < 4; ++i) state.x[i] = product(state.x[i], __juniPowMod(state.a[i], count, m[i]), m[i]);
-  };
-  switch (method) {
-    case JUN_RNG_SEED:
-      for (int i = 0; i < 4; ++i) {
-        state.x[i] = i < n ? params[i] % m[i] : 1;
-        if (state.x[i] == 0) state.x[i] = 1;
-        state.a[i] = wh_multipliers[set][i];
-      }
-      return JUN_RNG_OK;
-    case JUN_RNG_LEAPFROG:
-      jump(params[0]);
-      for (int i = 0; i < 4; ++i) state.a[i] = __juniPowMod(state.a[i], static_cast<uint64_t>(int64_t{n}), m[i]);
-      return JUN_RNG_OK;
-    case JUN_RNG_SKIP_AHEAD:
-      jump(skip_count(params));
-      return JUN_RNG_OK;
-    default:
-      return JUN_RNG_BAD_METHOD;
-  }
+  return init_stream<Wh>(method, stream, n, params);
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngWH(void* stream, int32_t n, float* r, float a, float b) {
