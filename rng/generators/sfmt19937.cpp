@@ -66,6 +66,11 @@ void seed_with_array(uint32_t* x, std::size_t n, const uint32_t* seeds) {
   for (std::size_t j = 0; j < words; ++j) subtract();
 }
 
+// States stand at multiples of 16 bytes.
+__m128i quad(const uint32_t* words_of_state) {
+  return _mm_load_si128(reinterpret_cast<const __m128i*>(words_of_state));
+}
+
 // Computes the next block and sends it, quad by quad.
 template <class Sink>
 void next_block(uint32_t* x, Sink& sink) {
@@ -74,12 +79,12 @@ void next_block(uint32_t* x, Sink& sink) {
   __m128i before = load_words(x + 4 * (quads - 2)), last = load_words(x + 4 * (quads - 1));
   Sink local = sink;
   const auto step = [&](uint32_t* oldest, const uint32_t* other) {
-    const __m128i a = load_words(oldest);
+    const __m128i a = quad(oldest);
     __m128i next = _mm_xor_si128(a, _mm_slli_si128(a, 1));
-    next = _mm_xor_si128(next, _mm_and_si128(_mm_srli_epi32(load_words(other), 11), mask));
+    next = _mm_xor_si128(next, _mm_and_si128(_mm_srli_epi32(quad(other), 11), mask));
     next = _mm_xor_si128(next, _mm_srli_si128(before, 1));
     next = _mm_xor_si128(next, _mm_slli_epi32(last, 18));
-    store_words(oldest, next);
+    _mm_store_si128(reinterpret_cast<__m128i*>(oldest), next);
     local.four(next);
     before = last;
     last = next;
