@@ -296,6 +296,13 @@ TYPED_TEST(Moments, ConstantsSingletonsAndTheInfinite) {
   EXPECT_EQ(results.at(0), T(0.1));
   for (std::size_t k : {4u, 5u, 6u, 9u}) EXPECT_EQ(results.at(k), 0);
   EXPECT_TRUE(std::isnan(results.at(7)) && std::isnan(results.at(8)) && std::isnan(results.correlation[0]));
+  // No weight at all: nothing is known, infinities included.
+  const T none[3] = {}, data[3] = {1, infinity_of<T>, 3};
+  Task<T> weightless(1, 3, variable_rows, data, none);
+  results.attach(weightless);
+  ASSERT_EQ(Entries<T>::basic(weightless, every_vector | correlation_bit, 1), 0);
+  for (std::size_t k = 0; k < 10; ++k) EXPECT_TRUE(std::isnan(results.at(k))) << k;
+  EXPECT_TRUE(std::isnan(results.covariance[0]) && results.weights[0] == 0);
   compute({T(3)});
   EXPECT_EQ(results.at(0), 3);
   EXPECT_EQ(results.at(1), 9);
