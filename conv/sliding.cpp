@@ -18,6 +18,9 @@ constexpr std::size_t tile_registers = sizeof(void*) == 8 ? 12 : 6;
 constexpr std::size_t group_tiles = 32;
 constexpr std::size_t chunk_taps = 128;
 
+// A place within a group and its window: as wide as a register. Positions in the source are 64-bit, clamped to such places.
+using Place = std::ptrdiff_t;
+
 // What the loops of one type pair count.
 template <class P>
 struct Tiling {
@@ -73,12 +76,12 @@ void accumulate_tile(typename P::Sum* sums, const typename P::Sum* taps, const t
 // takes the taps for which begin <= k + i < end, so that nothing multiplies the zeros beyond the ends of the source.
 template <class P>
 [[gnu::cold, gnu::noinline]] void accumulate_strictly(typename P::Sum* sums, const typename P::Sum* taps,
-                                                      const typename P::Sum* x, std::int64_t count,
-                                                      std::int64_t outputs, std::int64_t begin, std::int64_t end) {
+                                                      const typename P::Sum* x, Place count, Place outputs, Place begin,
+                                                      Place end) {
   using T = Tiling<P>;
   constexpr std::size_t lanes = T::Lanes::lanes;
-  for (std::int64_t k = 0; k < count; ++k, taps += T::tap_scalars, x += P::parts) {
-    for (std::int64_t i = std::max<std::int64_t>(0, begin - k); i < std::min(outputs, end - k); ++i)
+  for (Place k = 0; k < count; ++k, taps += T::tap_scalars, x += P::parts) {
+    for (Place i = std::max<Place>(0, begin - k); i < std::min(outputs, end - k); ++i)
       for (std::size_t p = 0; p < P::parts; ++p) {
         const std::size_t scalar = P::parts * static_cast<std::size_t>(i) + p;
         typename P::Sum* sum = sums + scalar / lanes * P::parts * lanes + scalar % lanes;
@@ -177,8 +180,10 @@ class Group {
   static constexpr auto parts = static_cast<std::ptrdiff_t>(P::parts);
   static constexpr auto per_vector = static_cast<std::ptrdiff_t>(Lanes::lanes / P::parts);
   static constexpr std::size_t window_elements = chunk_taps + T::group_outputs;
-  static constexpr std::int64_t taps_worth_a_split = 8;  // that half a tile need not take
+  static constexpr Place taps_worth_a_split = 8;  // that half a tile need not take
   static constexpr std::size_t half_registers = P::parts * T::half_vectors;
+  // Two halves make a tile, and a half hides the latency of its additions.
+  static constexpr bool halves_are_fast = T::vectors == 2 * T::half_vectors && half_registers >= 4;
   static constexpr decltype(&accumulate_tile<P, tile_registers, true>) accumulators[2][2] = {  // [fresh][half]
       {accumulate_tile<P, tile_registers, false>, accumulate_tile<P, half_registers, false>},
       {accumulate_tile<P, tile_registers, true>, accumulate_tile<P, half_registers, true>}};
@@ -195,8 +200,8 @@ class Group {
 
   // Element n of the set's source is source[position + step n].
   void accumulate_set(const Row<Data>& taps, const Row<Data>& source, std::int64_t position, std::int64_t step) {
-    constexpr auto width = static_cast<std::int64_t>(T::tile_outputs);
-    const auto tiles = static_cast<std::int64_t>(tiles_);
+    constexpr auto width = static_cast<Place>(T::tile_outputs);
+    const auto tiles = static_cast<Place>(tiles_);
     const std::int64_t valid_begin = divide_up(-position, step);
     const std::int64_t valid_end = divide_up(source.count - position, step);
     // Taps outside this range meet the source at no output of the group.
@@ -204,21 +209,27 @@ class Group {
     const std::int64_t end = std::min(taps.count, valid_end);
     const bool in_place = std::is_same_v<Data, Sum> && step == 1 && source.stride == parts;
     for (std::int64_t k = begin; k < end; k += chunk_taps) {
-      const std::int64_t count = std::min<std::int64_t>(chunk_taps, end - k), at = position + step * k;
+      const auto count = static_cast<Place>(std::min<std::int64_t>(chunk_taps, end - k));
+      const std::int64_t at = position + step * k;
       spread(taps, k, count);
-      const Chunk chunk{count, valid_begin - k, valid_end - k, all_finite({taps.at(k), taps.stride, count})};
+      const auto clamped = [](std::int64_t place) {
+        constexpr auto beyond = static_cast<std::int64_t>(window_elements);
+        return static_cast<Place>(std::clamp(place, -beyond, beyond));
+      };
+      const Chunk chunk{count, clamped(valid_begin - k), clamped(valid_end - k),
+                        all_finite({taps.at(k), taps.stride, count})};
       // Tiles that meet the source with every tap at every output, first .. last - 1, can read it in place.
-      std::int64_t first = (std::max<std::int64_t>(0, chunk.begin) + width - 1) / width;
-      std::int64_t last = std::min((std::max<std::int64_t>(0, chunk.end - count + 1)) / width, tiles);
+      Place first = (std::max<Place>(0, chunk.begin) + width - 1) / width;
+      Place last = std::min(std::max<Place>(0, chunk.end - count + 1) / width, tiles);
       if (!in_place || first >= last) first = last = tiles;
       if (first > 0) gather(source, at, step, chunk, 0, first * width + count - 1);
       if (last < tiles) gather(source, at, step, chunk, last * width, tiles * width + count - 1);
-      for (std::int64_t tile = 0; tile < tiles; ++tile) {
+      for (Place tile = 0; tile < tiles; ++tile) {
         const Sum* x = window_;
         if constexpr (std::is_same_v<Data, Sum>)
           if (tile >= first && tile < last) x = source.at(at);
-        const std::int64_t offset = tile * width;
-        add_tile(static_cast<std::size_t>(tile), x + P::parts * static_cast<std::size_t>(offset),
+        const Place offset = tile * width;
+        add_tile(static_cast<std::size_t>(tile), x + parts * offset,
                  {count, chunk.begin - offset, chunk.end - offset, chunk.finite});
       }
       fresh_ = false;
@@ -227,18 +238,17 @@ class Group {
 
   // Taps that are taken together. At output i the source is there for the taps k with begin <= k + i < end.
   struct Chunk {
-    std::int64_t count, begin, end;
+    Place count, begin, end;
     bool finite;
   };
 
   void add_tile(std::size_t tile, const Sum* x, const Chunk& taps) {
-    constexpr auto width = static_cast<std::int64_t>(T::tile_outputs),
-                   half = static_cast<std::int64_t>(T::half_outputs);
+    constexpr auto width = static_cast<Place>(T::tile_outputs), half = static_cast<Place>(T::half_outputs);
     // Taps from .. to - 1 meet the source at some output.
-    const std::int64_t from = std::clamp<std::int64_t>(taps.begin - (width - 1), 0, taps.count);
-    const std::int64_t to = std::clamp<std::int64_t>(taps.end, from, taps.count);
+    const Place from = std::clamp<Place>(taps.begin - (width - 1), 0, taps.count);
+    const Place to = std::clamp<Place>(taps.end, from, taps.count);
     Sum* const lower = sums(tile);
-    const auto add = [&](auto accumulate_taps, std::int64_t first, std::int64_t last, std::int64_t output = 0) {
+    const auto add = [&](auto accumulate_taps, Place first, Place last, Place output = 0) {
       accumulate_taps(lower + static_cast<std::size_t>(output) * P::parts * P::parts,
                       spread_ + static_cast<std::size_t>(first) * T::tap_scalars,
                       x + P::parts * static_cast<std::size_t>(first + output), static_cast<std::size_t>(last - first));
@@ -247,14 +257,14 @@ class Group {
       add(accumulators[fresh_][0], from, from);
       accumulate_strictly<P>(lower, spread_ + static_cast<std::size_t>(from) * T::tap_scalars,
                              x + P::parts * static_cast<std::size_t>(from), to - from,
-                             static_cast<std::int64_t>(outputs(tile)), taps.begin - from, taps.end - from);
+                             static_cast<Place>(outputs(tile)), taps.begin - from, taps.end - from);
       return;
     }
     if (outputs(tile) <= T::half_outputs) return add(accumulators[fresh_][1], from, to);
     // At the ends of the source the first taps meet it in the upper half only, the last ones in the lower half.
-    const std::int64_t early = std::clamp(taps.begin - (half - 1), from, to);
-    const std::int64_t late = std::clamp(taps.end - half, early, to);
-    if (T::vectors != 2 * T::half_vectors || to - from - (late - early) < taps_worth_a_split)
+    const Place early = std::clamp(taps.begin - (half - 1), from, to);
+    const Place late = std::clamp(taps.end - half, early, to);
+    if (!halves_are_fast || to - from - (late - early) < taps_worth_a_split)
       return add(accumulators[fresh_][0], from, to);
     add(accumulators[fresh_][1], from, early, half);
     add(accumulators[fresh_][1], from, from);
@@ -263,7 +273,7 @@ class Group {
   }
 
   // Taps k .. k + count - 1, each part repeated over a vector.
-  void spread(const Row<Data>& taps, std::int64_t k, std::int64_t count) {
+  void spread(const Row<Data>& taps, std::int64_t k, Place count) {
     const Data* tap = taps.at(k);
     for (Sum *to = spread_, *end = to + static_cast<std::size_t>(count) * T::tap_scalars; to != end; tap += taps.stride)
       for (std::size_t p = 0; p < P::parts; ++p, to += Lanes::lanes)
@@ -274,7 +284,7 @@ class Group {
     using In = Simd<Data>;
     auto odd = In::zero();
     std::int64_t k = 0;
-    constexpr auto together = static_cast<std::int64_t>(In::lanes / P::parts);
+    constexpr auto together = static_cast<Place>(In::lanes / P::parts);
     if (taps.stride == parts)
       for (; k + together <= taps.count; k += together) odd = In::either(odd, In::not_finite(In::load_any(taps.at(k))));
     for (; k < taps.count; ++k)
@@ -283,10 +293,10 @@ class Group {
   }
 
   // window_[n] = source[position + step n] for n in from .. to - 1, zeros where that is beyond its ends.
-  void gather(const Row<Data>& source, std::int64_t position, std::int64_t step, const Chunk& taps, std::int64_t from,
-              std::int64_t to) {
-    const std::int64_t begin = std::clamp(taps.begin, from, to), end = std::clamp(taps.end, begin, to);
-    const auto window = [this](std::int64_t n) { return window_ + P::parts * static_cast<std::size_t>(n); };
+  void gather(const Row<Data>& source, std::int64_t position, std::int64_t step, const Chunk& taps, Place from,
+              Place to) {
+    const Place begin = std::clamp(taps.begin, from, to), end = std::clamp(taps.end, begin, to);
+    const auto window = [this](Place n) { return window_ + P::parts * static_cast<std::size_t>(n); };
     std::fill(window(from), window(begin), Sum(0));
     if (begin < end)
       copy_row<P::parts>(source.at(position + step * begin), spacing(step, source.stride, end - begin), window(begin),
