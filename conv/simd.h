@@ -22,6 +22,10 @@ struct Simd<double> {
 
   static Vector zero() { return _mm_setzero_pd(); }
   static Vector splat(double x) { return _mm_set1_pd(x); }
+  template <int lane>
+  static Vector splat_lane(Vector v) {
+    return _mm_shuffle_pd(v, v, 3 * lane);
+  }
   static Vector load(const double* p) { return _mm_load_pd(p); }
   static Vector load_any(const double* p) { return _mm_loadu_pd(p); }
   static void store(double* p, Vector v) { _mm_store_pd(p, v); }
@@ -56,6 +60,10 @@ struct Simd<float> {
 
   static Vector zero() { return _mm_setzero_ps(); }
   static Vector splat(float x) { return _mm_set1_ps(x); }
+  template <int lane>
+  static Vector splat_lane(Vector v) {
+    return _mm_shuffle_ps(v, v, 0x55 * lane);
+  }
   static Vector load(const float* p) { return _mm_load_ps(p); }
   static Vector load_any(const float* p) { return _mm_loadu_ps(p); }
   static void store(float* p, Vector v) { _mm_store_ps(p, v); }

@@ -275,7 +275,17 @@ class Group {
   // Taps k .. k + count - 1, each part repeated over a vector.
   void spread(const Row<Data>& taps, std::int64_t k, Place count) {
     const Data* tap = taps.at(k);
-    for (Sum *to = spread_, *end = to + static_cast<std::size_t>(count) * T::tap_scalars; to != end; tap += taps.stride)
+    Sum *to = spread_, *const end = to + static_cast<std::size_t>(count) * T::tap_scalars;
+    if constexpr (std::is_same_v<Data, Sum> && parts == 1)
+      if (taps.stride == 1)
+        for (; end - to >= static_cast<Place>(Lanes::lanes * Lanes::lanes); tap += Lanes::lanes) {
+          const auto v = Lanes::load_any(tap);
+          unrolled<Lanes::lanes>([&](auto lane) __attribute__((always_inline)) {
+            Lanes::store(to, Lanes::template splat_lane<lane>(v));
+            to += Lanes::lanes;
+          });
+        }
+    for (; to != end; tap += taps.stride)
       for (std::size_t p = 0; p < P::parts; ++p, to += Lanes::lanes)
         Lanes::store(to, Lanes::splat(static_cast<Sum>(tap[p])));
   }
