@@ -20,16 +20,21 @@ namespace orin::vector_math {
 
 // Where the quick references of the catalog are looked up; functions that the standard library lacks are added here.
 namespace reference_function {
+using std::acos;
 using std::acosh;
+using std::asin;
 using std::asinh;
 using std::atan;
 using std::atan2;
 using std::atanh;
+using std::cos;
 using std::exp;
 using std::log;
 using std::log10;
 using std::log1p;
 using std::pow;
+using std::sin;
+using std::tan;
 }  // namespace reference_function
 
 struct Promise {

@@ -153,6 +153,9 @@ ORIN_API KorErrorCallBack ORIN_CALL orin_kor_kernel_ClearErrorCallBack(void);
 #define ORIN_KOR_REAL_SCALAR(F)                                                     \
   ORIN_KOR_FUNCTION(s, F, _21, _11, (int32_t n, const float* a, float b, float* r)) \
   ORIN_KOR_FUNCTION(d, F, _50, _26, (int32_t n, const double* a, double b, double* r))
+#define ORIN_KOR_REAL_TWO_RESULTS(F)                                                   \
+  ORIN_KOR_FUNCTION(s, F, _21, _11, (int32_t n, const float* a, float* r1, float* r2)) \
+  ORIN_KOR_FUNCTION(d, F, _50, _26, (int32_t n, const double* a, double* r1, double* r2))
 
 /* r = e^a. Status 3 where a finite argument overflows, 4 where the result is subnormal or underflows to +0. */
 ORIN_KOR_REAL_UNARY(Exp)
@@ -183,6 +186,15 @@ ORIN_KOR_REAL_UNARY(Atanh)
 /* r = arctangent of a, and in Atan2 the angle from -pi to pi of the point with ordinate a and abscissa b; no status. */
 ORIN_KOR_REAL_UNARY(Atan)
 ORIN_KOR_REAL_BINARY(Atan2)
+/* r = sin a, r = cos a; SinCos gives both: r1 = sin a, r2 = cos a. Accurate for every finite a, however large. Status 1
+ * (NaN) for infinite a. Either result array of SinCos may be the argument array. */
+ORIN_KOR_REAL_UNARY(Sin)
+ORIN_KOR_REAL_UNARY(Cos)
+ORIN_KOR_REAL_TWO_RESULTS(SinCos)
+
+/* r = arcsine, arccosine of a. Status 1 (NaN) for |a| > 1. */
+ORIN_KOR_REAL_UNARY(Asin)
+ORIN_KOR_REAL_UNARY(Acos)
 
 /* Error functions and the normal distribution. */
 

@@ -83,6 +83,28 @@ def hex_float(x):
     return hex_double(to_float(x)) + "f"
 
 
+FORMATS = {"double": (to_double, hex_double), "float": (to_float, hex_float)}  # nearest number, its text
+
+
+def write_odd_fit(out, function, text, name, powers, bound, kind):
+    """Fits an odd function of slope 1 at 0 by x times these even powers of x, and writes the coefficients.
+
+    Where the powers begin with 2, x alone stands before them. The error is relative.
+    """
+    nearest, hexadecimal = FORMATS[kind]
+    least = mpf(2) ** -20
+    lead = 0 if powers[0] == 0 else 1
+    basis = [lambda x, m=m: x ** (m + 1) / function(x) for m in powers]
+    c, _ = fit(lambda x: 1 - lead * x / function(x), basis, least, bound, relative=False)
+    c = [nearest(value) for value in c]
+    value = lambda x: lead * x + sum(v * x ** (m + 1) for v, m in zip(c, powers))
+    error = max_error(value, function, least, bound, points=1000)
+    formula = f"r + r^3 ({name}_0 + {name}_1 r^2 + ..)" if lead else f"r ({name}_0 + {name}_1 r^2 + ..)"
+    out.comment(f"{text} r = {formula}, |r| <= {mp.nstr(bound, 4)}, relative error below {exponent_text(error)}.")
+    for k, v in enumerate(c):
+        out.constant(f"{name}_{k}", hexadecimal(v), kind)
+
+
 class Header:
     """One header of generated data, written to standard output."""
 

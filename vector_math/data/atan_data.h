@@ -227,12 +227,6 @@ alignas(64) inline constexpr double rests_d[417] = {
     -0x1.a1a59a8151bf9p-57, 0x1.69bce731692dap-55, -0x1.42519fe0633d7p-54,
 };
 
-// pi and pi/2 in two parts.
-inline constexpr double pi_d = 0x1.921fb54442d18p+1;
-inline constexpr double pi_rest_d = 0x1.1a62633145c07p-53;
-inline constexpr double half_pi_d = 0x1.921fb54442d18p+0;
-inline constexpr double half_pi_rest_d = 0x1.1a62633145c07p-54;
-
 // The middle c of each bin (0 and 128 of the outer ones), of six bits, and atan c.
 alignas(64) inline constexpr float arcs_s[834] = {
     0x0.0p+0f, 0x0.0p+0f, 0x1.0c00000000000p-7f, 0x1.0bfe780000000p-7f, 0x1.1400000000000p-7f, 0x1.13fe540000000p-7f,
@@ -449,12 +443,6 @@ alignas(64) inline constexpr float rests_s[417] = {
     0x1.90a42a0000000p-26f, -0x1.fba3380000000p-25f, -0x1.a499080000000p-25f, -0x1.a53f0a0000000p-27f, -0x1.ad6e0a0000000p-25f, -0x1.e90d940000000p-25f,
     0x1.6d5f780000000p-25f, 0x1.f512e20000000p-25f, -0x1.118ea20000000p-28f,
 };
-
-// pi and pi/2 in two parts.
-inline constexpr float pi_s = 0x1.921fb60000000p+1f;
-inline constexpr float pi_rest_s = -0x1.777a5c0000000p-24f;
-inline constexpr float half_pi_s = 0x1.921fb60000000p+0f;
-inline constexpr float half_pi_rest_s = -0x1.777a5c0000000p-25f;
 
 // atan r = r + r^3 (ha_d_0 + ha_d_1 r^2 + ..), |r| <= 0.008301, relative error below 2^-65.2.
 inline constexpr double ha_d_0 = -0x1.55555555554ddp-2;

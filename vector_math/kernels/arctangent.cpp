@@ -17,24 +17,6 @@ namespace orin::vector_math {
 namespace {
 
 using namespace simd;
-using atan_core::Angle;
-
-constexpr struct {
-  Constant<double> zero = 0.0, minus_zero = -0.0;
-  Constant<double> pi = atan_data::pi_d, pi_rest = atan_data::pi_rest_d;
-} constants_d{};
-constexpr struct {
-  Constant<float> zero = 0.0f, minus_zero = -0.0f;
-  Constant<float> pi = atan_data::pi_s, pi_rest = atan_data::pi_rest_s;
-} constants_s{};
-
-template <class V>
-ORIN_INLINE const auto& constants() {
-  if constexpr (sizeof(typename V::Element) == 8)
-    return in_memory(constants_d);
-  else
-    return in_memory(constants_s);
-}
 
 template <class T, Grade grade>
 struct Atan : OneToOne<T> {
@@ -74,17 +56,8 @@ struct Atan2 : TwoToOne<T> {
   }
 
   static ORIN_INLINE V fast(V y, V x) {
-    const auto& c = constants<V>();
-    const Angle<V> angle = atan_core::angle<grade>(abs(y), abs(x));
-    const V negative = x < c.zero;
-    const V sign = negative & c.minus_zero;
-    const V high = angle.high ^ sign;
-    const V low = angle.low ^ sign;
-    const V base = negative & c.pi;
-    const V sum = base + high;
-    if constexpr (grade != Grade::ha) return with_sign_of(sum + low, y);
-    const V rest = ((base - sum) + high) + (negative & c.pi_rest);
-    return with_sign_of(sum + (rest + low), y);
+    static constexpr Constant<T> zero = 0;
+    return with_sign_of(on_side<grade>(atan_core::angle<grade>(abs(y), abs(x)), x < in_memory(zero)), y);
   }
 
   static Outcome<T> special(T y, T x) {

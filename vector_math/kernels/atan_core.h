@@ -15,18 +15,13 @@
 
 #include "vector_math/data/atan_data.h"
 #include "vector_math/grade.h"
+#include "vector_math/kernels/angle.h"
 #include "vector_math/simd/table.h"
 
 namespace orin::vector_math::atan_core {
 
 using namespace simd;
 namespace data = atan_data;
-
-// An angle as a sum; the low part may reach 2^-5 of the high one, and is all of an angle near 0.
-template <class V>
-struct Angle {
-  V high, low;
-};
 
 struct BinsD {
   static constexpr const double* arcs = data::arcs_d;
@@ -53,12 +48,12 @@ struct BinsS {
   Constant<float> q0 = data::ha_s_0;
 };
 struct LowAccuracyS {
-  Constant<float> one = 1.0f, half_pi = data::half_pi_s, minus_zero = -0.0f;
+  Constant<float> one = 1.0f, half_pi = vector_math::half_pi<float>, minus_zero = -0.0f;
   Constant<float> p0 = data::la_s_0, p1 = data::la_s_1, p2 = data::la_s_2, p3 = data::la_s_3, p4 = data::la_s_4,
                   p5 = data::la_s_5, p6 = data::la_s_6;
 };
 struct EnhancedS {
-  Constant<float> one = 1.0f, half_pi = data::half_pi_s, minus_zero = -0.0f;
+  Constant<float> one = 1.0f, half_pi = vector_math::half_pi<float>, minus_zero = -0.0f;
   Constant<float> p0 = data::ep_s_0, p1 = data::ep_s_1, p2 = data::ep_s_2, p3 = data::ep_s_3;
 };
 template <class V>

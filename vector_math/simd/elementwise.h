@@ -197,7 +197,8 @@ class Elementwise {
   }
 
   // The `count` elements from i on, in groups, some of them beyond fast.
-  [[gnu::noinline]] static void wide_groups(F f, std::int32_t i, std::int32_t count, Arguments a, Results r) noexcept {
+  [[gnu::noinline, gnu::hot]] static void wide_groups(F f, std::int32_t i, std::int32_t count, Arguments a,
+                                                      Results r) noexcept {
     for (std::int32_t left = count; left > 0; left -= 4, i += 4) {
       const In x = load(a, i, left);
       if (lane_bits(special_lanes(f, x)) != 0) [[unlikely]]
