@@ -17,6 +17,7 @@
 #define GLIBC(F, name)
 #define SLEEF(F, name, accuracy)
 #define EIGEN(F, name)
+#define EIGEN2(F, name)
 #define GLIBC2(F, name)
 #define SLEEF2(F, name, accuracy)
 #define LIBMVEC2(F, name)                     \
@@ -61,15 +62,28 @@ void quads(std::int32_t n, const float* a, const float* b, float* r) {
   }
 }
 template <class T, class Expression>
-void arrays(std::int32_t n, const T* a, const T*, T* r) {
+void arrays(std::int32_t n, const T* a, [[maybe_unused]] const T* b, T* r) {
   using Array = Eigen::Array<T, Eigen::Dynamic, 1>;
-  Eigen::Map<Array>(r, n) = Expression()(Eigen::Map<const Array>(a, n));
+  using Argument = Eigen::Map<const Array>;
+  if constexpr (requires { Expression()(Argument(a, n)); })
+    Eigen::Map<Array>(r, n) = Expression()(Argument(a, n));
+  else
+    Eigen::Map<Array>(r, n) = Expression()(Argument(a, n), Argument(b, n));
 }
+auto plus(const auto& a, const auto& b) { return a + b; }
+auto minus(const auto& a, const auto& b) { return a - b; }
+auto times(const auto& a, const auto& b) { return a * b; }
+auto over(const auto& a, const auto& b) { return a / b; }
 
 #undef EIGEN
 #define EIGEN(F, name)                                       \
   struct Eigen##F {                                          \
     auto operator()(const auto& a) const { return name(a); } \
+  };
+#undef EIGEN2
+#define EIGEN2(F, name)                                                        \
+  struct Eigen##F {                                                            \
+    auto operator()(const auto& a, const auto& b) const { return name(a, b); } \
   };
 #undef GLIBC
 #undef SLEEF
@@ -90,6 +104,8 @@ constexpr int u05 = 1, u10 = 1, u15 = 1, u35 = 4;
 #undef LIBMVEC
 #undef LIBMVEC2
 #undef EIGEN
+#undef EIGEN2
+#define EIGEN2(F, name) EIGEN(F, name)
 #define GLIBC2(F, name) {#F, "glibc", 1, true, loop<double, static_cast<double (*)(double, double)>(name)>},
 #define SLEEF2(F, name, accuracy) SLEEF(F, name, accuracy)
 #define LIBMVEC2(F, name) {#F, "libmvec", 4, false, pairs<_ZGVbN2vv_##name>},

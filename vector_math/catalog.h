@@ -28,13 +28,86 @@ using std::atan;
 using std::atan2;
 using std::atanh;
 using std::cos;
+using std::cosh;
+using std::erf;
+using std::erfc;
 using std::exp;
+using std::expm1;
+using std::cbrt;
+using std::ceil;
+using std::exp;
+using std::fabs;
+using std::floor;
+using std::hypot;
 using std::log;
 using std::log10;
 using std::log1p;
+using std::nearbyint;
 using std::pow;
 using std::sin;
 using std::tan;
+using std::sinh;
+
+// z = -x/sqrt 2 as a sum with its rest: the inverse root in two parts, the first so short that its product is exact.
+inline long double normal_distribution(long double x) {
+  constexpr long double inverse_high = 0x1.6ap-1L, inverse_low = 0x1.3cccfe779921165f6p-14L;
+  const long double high = -x * inverse_high, low = -x * inverse_low;
+  const long double z = high + low, rest = (high - z) + low;
+  constexpr long double two_over_root_pi = 1.128379167095512573896L;
+  return (std::erfc(z) - (std::isfinite(x) ? rest * two_over_root_pi * std::exp(-z * z) : 0)) / 2;
+}
+inline double normal_distribution(double x) {
+  return static_cast<double>(normal_distribution(static_cast<long double>(x)));
+}
+using std::tgamma;
+using std::round;
+using std::sqrt;
+using std::trunc;
+template <class Real>
+Real plus(Real a, Real b) {
+  return a + b;
+}
+template <class Real>
+Real minus(Real a, Real b) {
+  return a - b;
+}
+template <class Real>
+Real times(Real a, Real b) {
+  return a * b;
+}
+template <class Real>
+Real over(Real a, Real b) {
+  return a / b;
+}
+template <class Real>
+Real square(Real a) {
+  return a * a;
+}
+template <class Real>
+Real inverse(Real a) {
+  return 1 / a;
+}
+template <class Real>
+Real fraction(Real a) {
+  return std::isinf(a) ? std::copysign(Real(0), a) : a - std::trunc(a);
+}
+template <class Real>
+Real inverse_sqrt(Real a) {
+  return 1 / std::sqrt(a);
+}
+template <class Real>
+Real inverse_cbrt(Real a) {
+  return 1 / std::cbrt(a);
+}
+template <class Real>
+Real pow2o3(Real a) {
+  return std::cbrt(a) * std::cbrt(a);
+}
+template <class Real>
+Real pow3o2(Real a) {
+  return a * std::sqrt(a);
+}
+using std::tanh;
 }  // namespace reference_function
 
 struct Promise {
@@ -47,7 +120,7 @@ struct Promise {
   double low_s, high_s, low_d, high_d;
   double usual_low, usual_high;
   double second_low, second_high;
-  bool reports_underflow;
+  bool reports_underflow, reports_nothing;
 };
 
 template <class Real>
@@ -83,7 +156,8 @@ inline constexpr Promise promises[] = {
    usual_high,                                                                                                      \
    second_low,                                                                                                      \
    second_high,                                                                                                     \
-   #underflow[0] == 'r'},
+   #underflow[0] == 'r',                                                                                            \
+   #underflow[0] == 'n'},
 #include "vector_math/catalog.def"
 #undef ORIN_CATALOG
 };

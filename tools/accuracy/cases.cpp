@@ -39,11 +39,11 @@ class CaseWriter {
     if (function_.inputs() == 2) print(x.b);
     print(rounded);
     std::fprintf(file_, "%c%03lx %d\n", excess < 0 ? '-' : '+', std::labs(excess),
-                 truth_.template status<T>(function_.promise->reports_underflow));
+                 truth_.template status<T>(*function_.promise));
   }
   int status(Point<T> x) {
     truth_.set(x);
-    return truth_.template status<T>(function_.promise->reports_underflow);
+    return truth_.template status<T>(*function_.promise);
   }
   // Between two arguments of different status: four neighbours on each side of the change.
   void write_threshold(std::int64_t low, std::int64_t high, T b) {

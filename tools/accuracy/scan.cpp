@@ -6,6 +6,8 @@
 #include <deque>
 #include <thread>
 
+#include "tools/accuracy/root_truths.h"
+
 namespace accuracy {
 
 using namespace orin::vector_math;

@@ -4,7 +4,7 @@
 #   python3 tools/tables/asin.py > vector_math/data/asin_data.h
 from mpmath import mp, mpf
 
-from minimax import FORMATS, Header, hex_double, to_double, write_odd_fit
+from minimax import FORMATS, NOTHING, R, Header, hex_double, to_double, write_fit
 
 out = Header("asin", "tables and polynomials of the arcsine and arccosine", "tools/tables/asin.py")
 
@@ -38,9 +38,9 @@ for suffix, kind in (("d", "double"), ("s", "float")):
         out.table(f"{name}_{suffix}", [hexadecimal(value) for value in pairs], kind, per_line=6)
 
 reach = mpf(1) / 83
-write_odd_fit(out, mp.asin, "asin", "ha_d", [2, 4, 6], reach, "double")
-write_odd_fit(out, mp.asin, "asin", "ep_d", [2], reach, "double")
-write_odd_fit(out, mp.asin, "asin", "ha_s", [2], reach, "float")
-write_odd_fit(out, mp.asin, "asin", "la_s", [2, 4, 6, 8, 10], mpf(1) / 2, "float")
-write_odd_fit(out, mp.asin, "asin", "ep_s", [0, 2, 4], mpf(1) / 2, "float")
+write_fit(out, mp.asin, "asin", R, "ha_d", [3, 5, 7], 0, reach, "double")
+write_fit(out, mp.asin, "asin", R, "ep_d", [3], 0, reach, "double")
+write_fit(out, mp.asin, "asin", R, "ha_s", [3], 0, reach, "float")
+write_fit(out, mp.asin, "asin", R, "la_s", [3, 5, 7, 9, 11], 0, mpf(1) / 2, "float")
+write_fit(out, mp.asin, "asin", NOTHING, "ep_s", [1, 3, 5], 0, mpf(1) / 2, "float")
 out.write()

@@ -4,7 +4,7 @@
 #   python3 tools/tables/atan.py > vector_math/data/atan_data.h
 from mpmath import mp, mpf
 
-from minimax import FORMATS, Header, hex_double, write_odd_fit
+from minimax import FORMATS, NOTHING, R, Header, hex_double, write_fit
 
 out = Header("atan", "tables and polynomials of the arctangent", "tools/tables/atan.py")
 
@@ -32,15 +32,15 @@ for suffix, kind in (("d", "double"), ("s", "float")):
         high = nearest(mp.atan(c))
         pairs += [hexadecimal(c), hexadecimal(high)]
         rests.append(hexadecimal(nearest(mp.atan(c) - high)))
-    out.comment("The middle c of each bin (0 and 128 of the outer ones), of six bits, and atan c.")
+    out.comment("The middle c of each bin (0 and 128 of the outer ones), of seven bits, and atan c.")
     out.table(f"arcs_{suffix}", pairs, kind, per_line=6)
     out.comment("What that leaves of atan c.")
     out.table(f"rests_{suffix}", rests, kind, per_line=6)
 
 reach = mpf(2) ** -7 * (1 + mpf(1) / 16)
-write_odd_fit(out, mp.atan, "atan", "ha_d", [2, 4, 6], reach, "double")
-write_odd_fit(out, mp.atan, "atan", "ep_d", [2], reach, "double")
-write_odd_fit(out, mp.atan, "atan", "ha_s", [2], reach, "float")
-write_odd_fit(out, mp.atan, "atan", "la_s", [2, 4, 6, 8, 10, 12, 14], mpf(1), "float")
-write_odd_fit(out, mp.atan, "atan", "ep_s", [0, 2, 4, 6], mpf(1), "float")
+write_fit(out, mp.atan, "atan", R, "ha_d", [3, 5, 7], 0, reach, "double")
+write_fit(out, mp.atan, "atan", R, "ep_d", [3], 0, reach, "double")
+write_fit(out, mp.atan, "atan", R, "ha_s", [3], 0, reach, "float")
+write_fit(out, mp.atan, "atan", R, "la_s", [3, 5, 7, 9, 11, 13, 15], 0, mpf(1), "float")
+write_fit(out, mp.atan, "atan", NOTHING, "ep_s", [1, 3, 5, 7], 0, mpf(1), "float")
 out.write()

@@ -960,25 +960,25 @@ alignas(64) inline constexpr float acos_s[924] = {
     0x1.a59c860000000p-1f, 0x1.6fd5ee0000000p-27f, 0x1.9a981a0000000p-1f, 0x1.1784b20000000p-26f, 0x1.8f57b20000000p-1f, -0x1.46dd520000000p-27f,
 };
 
-// asin r = r + r^3 (ha_d_0 + ha_d_1 r^2 + ..), |r| <= 0.01205, relative error below 2^-62.8.
+// asin r = r + ha_d_0 r^3 + ha_d_1 r^5 + ha_d_2 r^7, |r| <= 0.01205, relative error below 2^-62.8.
 inline constexpr double ha_d_0 = 0x1.55555555557bcp-3;
 inline constexpr double ha_d_1 = 0x1.3333330232017p-4;
 inline constexpr double ha_d_2 = 0x1.6dc8a0852b9dfp-5;
 
-// asin r = r + r^3 (ep_d_0 + ep_d_1 r^2 + ..), |r| <= 0.01205, relative error below 2^-31.7.
+// asin r = r + ep_d_0 r^3, |r| <= 0.01205, relative error below 2^-31.7.
 inline constexpr double ep_d_0 = 0x1.555a104773cb5p-3;
 
-// asin r = r + r^3 (ha_s_0 + ha_s_1 r^2 + ..), |r| <= 0.01205, relative error below 2^-31.7.
+// asin r = r + ha_s_0 r^3, |r| <= 0.01205, relative error below 2^-31.7.
 inline constexpr float ha_s_0 = 0x1.555a100000000p-3f;
 
-// asin r = r + r^3 (la_s_0 + la_s_1 r^2 + ..), |r| <= 0.5, relative error below 2^-27.4.
+// asin r = r + la_s_0 r^3 + la_s_1 r^5 + .. + la_s_4 r^11, |r| <= 0.5, relative error below 2^-27.4.
 inline constexpr float la_s_0 = 0x1.5555c80000000p-3f;
 inline constexpr float la_s_1 = 0x1.3301ea0000000p-4f;
 inline constexpr float la_s_2 = 0x1.747de00000000p-5f;
 inline constexpr float la_s_3 = 0x1.8c2b080000000p-6f;
 inline constexpr float la_s_4 = 0x1.596bb40000000p-5f;
 
-// asin r = r (ep_s_0 + ep_s_1 r^2 + ..), |r| <= 0.5, relative error below 2^-14.9.
+// asin r = ep_s_0 r + ep_s_1 r^3 + ep_s_2 r^5, |r| <= 0.5, relative error below 2^-14.9.
 inline constexpr float ep_s_0 = 0x1.0002080000000p+0f;
 inline constexpr float ep_s_1 = 0x1.50f9960000000p-3f;
 inline constexpr float ep_s_2 = 0x1.892cf20000000p-4f;

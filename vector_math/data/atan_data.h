@@ -10,7 +10,7 @@ namespace orin::vector_math::atan_data {
 inline constexpr double first_bin = 0x1p-7;
 inline constexpr double last_bin = 0x1p+6;
 
-// The middle c of each bin (0 and 128 of the outer ones), of six bits, and atan c.
+// The middle c of each bin (0 and 128 of the outer ones), of seven bits, and atan c.
 alignas(64) inline constexpr double arcs_d[834] = {
     0x0.0p+0, 0x0.0p+0, 0x1.0c00000000000p-7, 0x1.0bfe7865b0ae6p-7, 0x1.1400000000000p-7, 0x1.13fe5445a9336p-7,
     0x1.1c00000000000p-7, 0x1.1bfe2dfdb5c70p-7, 0x1.2400000000000p-7, 0x1.23fe057dd8348p-7, 0x1.2c00000000000p-7, 0x1.2bfddab612620p-7,
@@ -227,7 +227,7 @@ alignas(64) inline constexpr double rests_d[417] = {
     -0x1.a1a59a8151bf9p-57, 0x1.69bce731692dap-55, -0x1.42519fe0633d7p-54,
 };
 
-// The middle c of each bin (0 and 128 of the outer ones), of six bits, and atan c.
+// The middle c of each bin (0 and 128 of the outer ones), of seven bits, and atan c.
 alignas(64) inline constexpr float arcs_s[834] = {
     0x0.0p+0f, 0x0.0p+0f, 0x1.0c00000000000p-7f, 0x1.0bfe780000000p-7f, 0x1.1400000000000p-7f, 0x1.13fe540000000p-7f,
     0x1.1c00000000000p-7f, 0x1.1bfe2e0000000p-7f, 0x1.2400000000000p-7f, 0x1.23fe060000000p-7f, 0x1.2c00000000000p-7f, 0x1.2bfdda0000000p-7f,
@@ -444,18 +444,18 @@ alignas(64) inline constexpr float rests_s[417] = {
     0x1.6d5f780000000p-25f, 0x1.f512e20000000p-25f, -0x1.118ea20000000p-28f,
 };
 
-// atan r = r + r^3 (ha_d_0 + ha_d_1 r^2 + ..), |r| <= 0.008301, relative error below 2^-65.2.
+// atan r = r + ha_d_0 r^3 + ha_d_1 r^5 + ha_d_2 r^7, |r| <= 0.008301, relative error below 2^-65.2.
 inline constexpr double ha_d_0 = -0x1.55555555554ddp-2;
 inline constexpr double ha_d_1 = 0x1.999999856a85fp-3;
 inline constexpr double ha_d_2 = -0x1.248a9358c9a5ap-3;
 
-// atan r = r + r^3 (ep_d_0 + ep_d_1 r^2 + ..), |r| <= 0.008301, relative error below 2^-32.5.
+// atan r = r + ep_d_0 r^3, |r| <= 0.008301, relative error below 2^-32.5.
 inline constexpr double ep_d_0 = -0x1.55525705b49fcp-2;
 
-// atan r = r + r^3 (ha_s_0 + ha_s_1 r^2 + ..), |r| <= 0.008301, relative error below 2^-32.5.
+// atan r = r + ha_s_0 r^3, |r| <= 0.008301, relative error below 2^-32.5.
 inline constexpr float ha_s_0 = -0x1.5552580000000p-2f;
 
-// atan r = r + r^3 (la_s_0 + la_s_1 r^2 + ..), |r| <= 1.0, relative error below 2^-23.0.
+// atan r = r + la_s_0 r^3 + la_s_1 r^5 + .. + la_s_6 r^15, |r| <= 1.0, relative error below 2^-23.0.
 inline constexpr float la_s_0 = -0x1.5552de0000000p-2f;
 inline constexpr float la_s_1 = 0x1.99127c0000000p-3f;
 inline constexpr float la_s_2 = -0x1.1f91720000000p-3f;
@@ -464,7 +464,7 @@ inline constexpr float la_s_4 = -0x1.ed35e20000000p-5f;
 inline constexpr float la_s_5 = 0x1.9547480000000p-6f;
 inline constexpr float la_s_6 = -0x1.3c16440000000p-8f;
 
-// atan r = r (ep_s_0 + ep_s_1 r^2 + ..), |r| <= 1.0, relative error below 2^-12.2.
+// atan r = ep_s_0 r + ep_s_1 r^3 + .. + ep_s_3 r^7, |r| <= 1.0, relative error below 2^-12.2.
 inline constexpr float ep_s_0 = 0x1.ffe4340000000p-1f;
 inline constexpr float ep_s_1 = -0x1.4da1240000000p-2f;
 inline constexpr float ep_s_2 = 0x1.3ea2800000000p-3f;

@@ -41,19 +41,38 @@ ORIN_INLINE DoubleDouble exponent(Vec2d x, Vec2d y) {
   return {factor.high * l.high, factor.low * l.high + y * (l.low + log.low)};
 }
 
-// e^e = value 2^k, value in [1/2, 2).
-struct Power {
-  Vec2d value;
+// e^e = (high + rest) 2^k, high + rest in [1/2, 2).
+struct PowerPair {
+  Vec2d high, rest;
   Vec2l k;
 };
-ORIN_INLINE Power power(DoubleDouble e) {
+ORIN_INLINE PowerPair power_pair(DoubleDouble e) {
   const auto& c = in_memory(constants);
   const Vec2d t = e.high * c.inverse + c.to_integer;
   const Vec2d n = t - c.to_integer;
   const Vec2d r = (e.high - n * c.step_high) + (e.low - n * c.step_low);
   const auto [high, low] = look_up_pairs(pow_d_data::powers, low_bits<8>(bits(t)));
   const Vec2d p = r + (r * r) * ((c.c2 + r * c.c3) + (r * r) * (c.c4 + r * c.c5));
-  return {high + (low + high * p), shift_right<8>(bits(t))};
+  return {high, low + high * p, shift_right<8>(bits(t))};
+}
+
+// e^e = value 2^k.
+struct Power {
+  Vec2d value;
+  Vec2l k;
+};
+ORIN_INLINE Power power(DoubleDouble e) {
+  const PowerPair pair = power_pair(e);
+  return {pair.high + pair.rest, pair.k};
+}
+
+// e^e to a relative 2^-31, for |e| < 708.
+ORIN_INLINE Vec2d power_medium(Vec2d e) {
+  const auto& c = in_memory(constants);
+  const Vec2d scaled = e * c.ep_inverse;
+  const Vec2d t = scaled + c.ep_to_step;
+  const Vec2d w = scaled - (t - c.ep_to_step_shifted);
+  return ep_powers.of(bits(t)) * (w * w + c.ep_b);
 }
 
 // x^y for x positive and normal, |y| < 2^61; a negative NaN where y log x is beyond +-708.
@@ -63,10 +82,7 @@ ORIN_INLINE Vec2d power_function(Vec2d x, Vec2d y) {
   if constexpr (grade == Grade::ep) {
     const Vec2d e = y * log_d::logarithm_medium(x);
     const Vec2d beyond = abs(e) >= c.limit;
-    const Vec2d scaled = and_not(beyond, e) * c.ep_inverse;  // an odd exponent must not meet the product below
-    const Vec2d t = scaled + c.ep_to_step;
-    const Vec2d w = scaled - (t - c.ep_to_step_shifted);
-    return (ep_powers.of(bits(t)) * (w * w + c.ep_b)) | beyond;
+    return power_medium(and_not(beyond, e)) | beyond;  // an odd exponent must not meet the product
   } else {
     const DoubleDouble e = exponent(x, y);
     const Power result = power(e);

@@ -11,6 +11,7 @@
 // A function without special arguments leaves the last three out. Scalar parameters are members of F. Where arguments
 // alone do not tell, F has also
 //   marks_results          fast gives a negative NaN where special must decide; no other result of it has the sign bit
+//   special_results(w)     or: mask of the results where special must decide, from the high words of four
 // Where a longer vector path takes over beyond the usual arguments, F has also
 //   beyond_fast(w...)      mask of the arguments that fast must not see: those that only wide can take, and special ones
 //   wide(v...)             the value(s) of a register of any arguments but special ones, for those that fast may see too:
@@ -157,7 +158,8 @@ class Elementwise {
   using In = Few<Group<T>, F::inputs>;
   using Out = Few<Group<T>, F::outputs>;
   static constexpr bool has_special = requires { F::ordinary; };
-  static constexpr bool marks_results = requires { F::marks_results; };
+  static constexpr bool tests_results = requires(F f, Vec4i w) { f.special_results(w); };
+  static constexpr bool marks_results = tests_results || requires { F::marks_results; };
   static constexpr bool has_wide = requires { &F::beyond_fast; };
   static_assert(!marks_results || F::groups_per_step == 1);
 
@@ -191,7 +193,7 @@ class Elementwise {
                                              Results r) {
     const Out y = evaluate<wide>(f, x);
     if constexpr (marks_results)
-      if (lane_bits(y[0].words()) != 0) [[unlikely]]
+      if (lane_bits(special_results(f, y)) != 0) [[unlikely]]
         return special_group(f, i, count < 4 ? count : 4, a, r);
     store(y, r, i, count);
   }
@@ -251,6 +253,13 @@ class Elementwise {
       return f.beyond_fast(x.item[0].words(), x.item[1].words());
   }
 
+  static ORIN_INLINE Vec4i special_results([[maybe_unused]] const F& f, const Out& y) {
+    if constexpr (tests_results)
+      return f.special_results(y[0].words());
+    else
+      return y[0].words();
+  }
+
   template <bool wide>
   static ORIN_INLINE Out evaluate(const F& f, In x) {
     if constexpr (Group<T>::registers == 1) {
@@ -292,7 +301,7 @@ class Elementwise {
     for (int k = 0; k < F::inputs; ++k)
       for (int lane = 0; lane < 4; ++lane) safe[k][lane] = (special >> lane & 1) != 0 ? padding() : x[k][lane];
     const Out values = evaluate<has_wide>(f, load(rows(safe), 0, 4));
-    if constexpr (marks_results) special |= lane_bits(values[0].words());
+    if constexpr (marks_results) special |= lane_bits(special_results(f, values));
     T y[F::outputs][4];
     for (int k = 0; k < F::outputs; ++k) values[k].store(y[k], 4);
 

@@ -78,6 +78,8 @@ template <int count>
 ORIN_INLINE Vec2l shift_right(Vec2l a) {
   return _mm_srli_epi64(a.raw, count);
 }
+// The products of the low words, unsigned.
+ORIN_INLINE Vec2l multiply_low_words(Vec2l a, Vec2l b) { return _mm_mul_epu32(a.raw, b.raw); }
 
 // Two doubles.
 struct Vec2d {
@@ -157,8 +159,9 @@ ORIN_INLINE Vec4i bits(Vec4f a) { return _mm_castps_si128(a.raw); }
 ORIN_INLINE Vec4f from_bits(Vec4i a) { return _mm_castsi128_ps(a.raw); }
 ORIN_INLINE float first_lane(Vec4f a) { return _mm_cvtss_f32(a.raw); }
 
-// Integers as floats, rounded.
+// Integers as floats, rounded, and floats as integers, rounded.
 ORIN_INLINE Vec4f to_float(Vec4i a) { return _mm_cvtepi32_ps(a.raw); }
+ORIN_INLINE Vec4i to_int(Vec4f a) { return _mm_cvtps_epi32(a.raw); }
 
 // Between the two precisions: a Vec4f as two Vec2d, exactly, and back, rounded.
 struct TwoVec2d {
