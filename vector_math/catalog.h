@@ -107,6 +107,7 @@ template <class Real>
 Real pow3o2(Real a) {
   return a * std::sqrt(a);
 }
+using std::tanh;
 }  // namespace reference_function
 
 struct Promise {

@@ -204,6 +204,7 @@ ORIN_KOR_REAL_UNARY(Atanh)
 /* Hyperbolic functions, and r = e^a - 1, accurate for small a. Status 3 where a finite argument overflows. */
 ORIN_KOR_REAL_UNARY(Sinh)
 ORIN_KOR_REAL_UNARY(Cosh)
+ORIN_KOR_REAL_UNARY(Tanh)
 ORIN_KOR_REAL_UNARY(Expm1)
 
 /* Trigonometric functions. */

@@ -32,7 +32,7 @@ for suffix, kind in (("d", "double"), ("s", "float")):
         high = nearest(mp.atan(c))
         pairs += [hexadecimal(c), hexadecimal(high)]
         rests.append(hexadecimal(nearest(mp.atan(c) - high)))
-    out.comment("The middle c of each bin (0 and 128 of the outer ones), of six bits, and atan c.")
+    out.comment("The middle c of each bin (0 and 128 of the outer ones), of seven bits, and atan c.")
     out.table(f"arcs_{suffix}", pairs, kind, per_line=6)
     out.comment("What that leaves of atan c.")
     out.table(f"rests_{suffix}", rests, kind, per_line=6)

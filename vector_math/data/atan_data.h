@@ -10,7 +10,7 @@ namespace orin::vector_math::atan_data {
 inline constexpr double first_bin = 0x1p-7;
 inline constexpr double last_bin = 0x1p+6;
 
-// The middle c of each bin (0 and 128 of the outer ones), of six bits, and atan c.
+// The middle c of each bin (0 and 128 of the outer ones), of seven bits, and atan c.
 alignas(64) inline constexpr double arcs_d[834] = {
     0x0.0p+0, 0x0.0p+0, 0x1.0c00000000000p-7, 0x1.0bfe7865b0ae6p-7, 0x1.1400000000000p-7, 0x1.13fe5445a9336p-7,
     0x1.1c00000000000p-7, 0x1.1bfe2dfdb5c70p-7, 0x1.2400000000000p-7, 0x1.23fe057dd8348p-7, 0x1.2c00000000000p-7, 0x1.2bfddab612620p-7,
@@ -227,7 +227,7 @@ alignas(64) inline constexpr double rests_d[417] = {
     -0x1.a1a59a8151bf9p-57, 0x1.69bce731692dap-55, -0x1.42519fe0633d7p-54,
 };
 
-// The middle c of each bin (0 and 128 of the outer ones), of six bits, and atan c.
+// The middle c of each bin (0 and 128 of the outer ones), of seven bits, and atan c.
 alignas(64) inline constexpr float arcs_s[834] = {
     0x0.0p+0f, 0x0.0p+0f, 0x1.0c00000000000p-7f, 0x1.0bfe780000000p-7f, 0x1.1400000000000p-7f, 0x1.13fe540000000p-7f,
     0x1.1c00000000000p-7f, 0x1.1bfe2e0000000p-7f, 0x1.2400000000000p-7f, 0x1.23fe060000000p-7f, 0x1.2c00000000000p-7f, 0x1.2bfdda0000000p-7f,

@@ -63,7 +63,8 @@ struct Atan2 : TwoToOne<T> {
   static Outcome<T> special(T y, T x) {
     constexpr T large = sizeof(T) == 8 ? T(0x1p400) : T(0x1p44), scale = sizeof(T) == 8 ? T(0x1p700) : T(0x1p84);
     constexpr T negligible = sizeof(T) == 8 ? T(0x1p-60) : T(0x1p-40);
-    if (x != x || y != y) return {{y + x}, KOR_STATUS_OK};
+    if (y != y) return {{y + y}, KOR_STATUS_OK};  // of two, the first one on every target
+    if (x != x) return {{x + x}, KOR_STATUS_OK};
     const T size_y = std::fabs(y), size_x = std::fabs(x);
     if (size_y > std::numeric_limits<T>::max() || size_x > std::numeric_limits<T>::max()) {
       y = std::copysign(size_y > std::numeric_limits<T>::max() ? T(1) : T(0), y);
