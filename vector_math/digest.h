@@ -14,6 +14,7 @@
 #include <type_traits>
 
 #include "vector_math/catalog.h"
+#include "vector_math/complex_catalog.h"
 
 namespace orin::vector_math {
 
@@ -38,6 +39,36 @@ std::uint64_t digest(const RealFunction<T>& function, int grade) {
     }
     function.call(grade, block, a, b, r);
     for (const T& y : r) sum = (sum ^ std::bit_cast<Bits>(y)) * UINT64_C(0x100000001b3);
+  }
+  return sum;
+}
+
+// The same over complex arguments, whose parts step at paces of their own.
+template <class T>
+std::uint64_t digest(const ComplexFunction<T>& function, int grade) {
+  using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
+  using Z = typename ComplexFunction<T>::Z;
+  constexpr int count = 1 << 18, block = 1024;
+  constexpr Bits step = static_cast<Bits>(static_cast<Bits>(-1) / count) | 1;
+  std::uint64_t sum = UINT64_C(0xcbf29ce484222325);
+  Bits places[4] = {0, 0, 0, 0};
+  const auto next = [&](int k) {
+    constexpr Bits paces[4] = {1, 1021, 4093, 16381};
+    places[k] = static_cast<Bits>(places[k] + step * paces[k]);
+    return std::bit_cast<T>(places[k]);
+  };
+  Z a[block], b[block];
+  T real[block], r[2 * block];
+  const bool from_real = function.shape == ComplexFunction<T>::Shape::from_real;
+  const int results = block * static_cast<int>(function.result_size() / sizeof(T));
+  for (int done = 0; done < count; done += block) {
+    for (int i = 0; i < block; ++i) {
+      a[i] = {next(0), next(1)};
+      b[i] = {next(2), next(3)};
+      real[i] = a[i].re;
+    }
+    function.call(grade, block, from_real ? static_cast<const void*>(real) : a, b, r);
+    for (int i = 0; i < results; ++i) sum = (sum ^ std::bit_cast<Bits>(r[i])) * UINT64_C(0x100000001b3);
   }
   return sum;
 }

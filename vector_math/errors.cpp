@@ -159,11 +159,13 @@ void raise_exception(std::int32_t status) noexcept {
   }
 }
 
+}  // namespace
+
 // --- Report ----------------------------------------------------------------------------------------------------------
 
-template <class T>
-void report(std::int32_t status, std::int32_t index, const T* a1, const T* a2, T* r1, T* r2,
-            const char* name) noexcept {
+template <class A, class R>
+void report_error(std::int32_t status, std::int32_t index, const A* a1, const A* a2, R* r1, R* r2,
+                  const char* name) noexcept {
   KorThreadState& state = thread_state();
   state.errStatus = status;
   const std::uint32_t mode_word = mode(state);
@@ -179,7 +181,7 @@ void report(std::int32_t status, std::int32_t index, const T* a1, const T* a2, T
     if (state.inputVectorBase != nullptr) {
       const auto distance = static_cast<std::intptr_t>(reinterpret_cast<std::uintptr_t>(a1) -
                                                        reinterpret_cast<std::uintptr_t>(state.inputVectorBase));
-      constexpr int element_shift = sizeof(T) == 4 ? 2 : sizeof(T) == 8 ? 3 : 4;
+      constexpr int element_shift = sizeof(A) == 4 ? 2 : sizeof(A) == 8 ? 3 : 4;
       context.index = static_cast<std::int32_t>(index + (distance >> element_shift));
     }
     widen(a1[index], context.a1, context.a1Im);
@@ -201,26 +203,36 @@ void report(std::int32_t status, std::int32_t index, const T* a1, const T* a2, T
   }
 }
 
-}  // namespace
+#define ORIN_REPORT_ERROR(A, R) \
+  template void report_error(std::int32_t, std::int32_t, const A*, const A*, R*, R*, const char*) noexcept;
+ORIN_REPORT_ERROR(float, float)
+ORIN_REPORT_ERROR(float, KorComplex8)
+ORIN_REPORT_ERROR(double, double)
+ORIN_REPORT_ERROR(double, KorComplex16)
+ORIN_REPORT_ERROR(KorComplex8, KorComplex8)
+ORIN_REPORT_ERROR(KorComplex8, float)
+ORIN_REPORT_ERROR(KorComplex16, KorComplex16)
+ORIN_REPORT_ERROR(KorComplex16, double)
+#undef ORIN_REPORT_ERROR
 
 void ReportKorError_s(std::int32_t status, std::int32_t index, const float* a1, const float* a2, float* r1, float* r2,
                       const char* name) noexcept {
-  report(status, index, a1, a2, r1, r2, name);
+  report_error(status, index, a1, a2, r1, r2, name);
 }
 
 void ReportKorError_d(std::int32_t status, std::int32_t index, const double* a1, const double* a2, double* r1,
                       double* r2, const char* name) noexcept {
-  report(status, index, a1, a2, r1, r2, name);
+  report_error(status, index, a1, a2, r1, r2, name);
 }
 
 void ReportKorError_c(std::int32_t status, std::int32_t index, const KorComplex8* a1, const KorComplex8* a2,
                       KorComplex8* r1, KorComplex8* r2, const char* name) noexcept {
-  report(status, index, a1, a2, r1, r2, name);
+  report_error(status, index, a1, a2, r1, r2, name);
 }
 
 void ReportKorError_z(std::int32_t status, std::int32_t index, const KorComplex16* a1, const KorComplex16* a2,
                       KorComplex16* r1, KorComplex16* r2, const char* name) noexcept {
-  report(status, index, a1, a2, r1, r2, name);
+  report_error(status, index, a1, a2, r1, r2, name);
 }
 
 }  // namespace orin::vector_math

@@ -22,6 +22,12 @@ void ReportKorError_c(std::int32_t status, std::int32_t index, const KorComplex8
 void ReportKorError_z(std::int32_t status, std::int32_t index, const KorComplex16* a1, const KorComplex16* a2,
                       KorComplex16* r1, KorComplex16* r2, const char* name) noexcept;
 
+// The same for any pair of argument and result type that there is: a real one and its complex one too. The index counts
+// argument elements.
+template <class A, class R>
+void report_error(std::int32_t status, std::int32_t index, const A* a1, const A* a2, R* r1, R* r2,
+                  const char* name) noexcept;
+
 }  // namespace orin::vector_math
 
 #endif

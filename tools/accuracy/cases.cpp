@@ -128,6 +128,8 @@ void write_digests(const std::string& folder) {
   };
   write(real_functions<float>());
   write(real_functions<double>());
+  write(complex_functions<float>());
+  write(complex_functions<double>());
   std::fclose(file);
 }
 

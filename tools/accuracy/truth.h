@@ -143,7 +143,8 @@ class Truth {
     if (mpfr_inf_p(a_) || mpfr_inf_p(b_)) return KOR_STATUS_OK;
     if (pole_) return KOR_STATUS_SING;
     if (std::isinf(rounded<T>())) return KOR_STATUS_OVERFLOW;
-    if (promise.reports_underflow && (mpfr_zero_p(value_) == 0 || vanished_) && !is_normal<T>()) return KOR_STATUS_UNDERFLOW;
+    if (promise.reports_underflow && (mpfr_zero_p(value_) == 0 || vanished_) && !is_normal<T>())
+      return KOR_STATUS_UNDERFLOW;
     return KOR_STATUS_OK;
   }
 

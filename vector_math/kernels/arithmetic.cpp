@@ -13,6 +13,7 @@
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/log_base.h"
 #include "vector_math/simd/elementwise.h"
+#include "vector_math/simd/ordered.h"
 
 namespace orin::vector_math {
 namespace {
@@ -23,24 +24,6 @@ template <class T>
 using Register = typename RegisterOf<T>::type;
 template <class T>
 constexpr bool is_double = sizeof(T) == 8;
-
-// Of two NaN the processor passes on the first operand. Written so that it is a, whatever order a compiler prefers.
-ORIN_INLINE Vec2d sum(Vec2d a, Vec2d b) {
-  asm("addpd %1, %0" : "+x"(a.raw) : "x"(b.raw));
-  return a;
-}
-ORIN_INLINE Vec4f sum(Vec4f a, Vec4f b) {
-  asm("addps %1, %0" : "+x"(a.raw) : "x"(b.raw));
-  return a;
-}
-ORIN_INLINE Vec2d product(Vec2d a, Vec2d b) {
-  asm("mulpd %1, %0" : "+x"(a.raw) : "x"(b.raw));
-  return a;
-}
-ORIN_INLINE Vec4f product(Vec4f a, Vec4f b) {
-  asm("mulps %1, %0" : "+x"(a.raw) : "x"(b.raw));
-  return a;
-}
 
 template <class T>
 struct Abs : OneToOne<T> {

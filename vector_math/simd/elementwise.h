@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: MIT
 //
 // A function is a record F with
-//   Element, name          float or double; the name in reports
+//   Element, name          float, double or, with simd/complex.h, a complex type; the name in reports
+//   Result                 what a result is, where that is another type: the real one of a complex, or the other way
 //   inputs, outputs        1 or 2 each (from OneToOne, TwoToOne, OneToTwo)
 //   fast(v...)             the value(s) of a register of ordinary arguments: V, or Two<V> for two outputs
 //   special_lanes(w...)    mask of the arguments that fast must not see, from the high words of four arguments
@@ -60,9 +61,10 @@ struct Outcome {
   std::int32_t status;
 };
 
-template <class T, int inputs_, int outputs_>
+template <class T, int inputs_, int outputs_, class R = T>
 struct Shape {
   using Element = T;
+  using Result = R;
   static constexpr int inputs = inputs_;
   static constexpr int outputs = outputs_;
   static constexpr int groups_per_step = 2;  // 1 where fast is long: then the group test weighs little
@@ -73,6 +75,8 @@ template <class T>
 using TwoToOne = Shape<T, 2, 1>;
 template <class T>
 using OneToTwo = Shape<T, 1, 2>;
+template <class T, class R>
+using OneToOther = Shape<T, 1, 1, R>;
 
 // Four consecutive elements: the unit of the loop.
 template <class T>
@@ -126,21 +130,17 @@ struct Group<float> {
   ORIN_INLINE Vec4i words() const { return bits(low); }
 };
 
-inline void report(std::int32_t status, std::int32_t i, const float* a1, const float* a2, float* r1, float* r2,
-                   const char* name) {
-  ReportKorError_s(status, i, a1, a2, r1, r2, name);
-}
-inline void report(std::int32_t status, std::int32_t i, const double* a1, const double* a2, double* r1, double* r2,
-                   const char* name) {
-  ReportKorError_d(status, i, a1, a2, r1, r2, name);
-}
+// The same for functions that need not have the parts of complex elements apart (simd/complex.h).
+template <class T>
+struct Together;
 
 template <class F>
 class Elementwise {
  public:
   using T = typename F::Element;
+  using R = typename F::Result;
   using Arguments = Few<const T*, F::inputs>;
-  using Results = Few<T*, F::outputs>;
+  using Results = Few<R*, F::outputs>;
 
   static void run(F f, std::int32_t n, Arguments a, Results r) noexcept {
     if (!accepts(n, a, r)) [[unlikely]]
@@ -148,6 +148,8 @@ class Elementwise {
     const FpFrame frame(orin_kor_kernel_GetMode());
     // Nothing made from the parameters may be computed before the frame stands.
     if constexpr (!std::is_empty_v<F>) asm volatile("" : "+m"(f));
+    if constexpr (sizeof(R) > sizeof(T))
+      if (same(a[0], r[0])) return backwards(f, n, a, r);
     std::int32_t left = n;
     if constexpr (F::groups_per_step == 2)
       for (; left >= 8; left -= 8) two_groups(f, n - left, a, r);
@@ -155,13 +157,25 @@ class Elementwise {
   }
 
  private:
-  using In = Few<Group<T>, F::inputs>;
-  using Out = Few<Group<T>, F::outputs>;
+  static constexpr bool keeps_together = requires { F::together; };
+  template <class E>
+  using GroupOf = std::conditional_t<keeps_together, Together<E>, Group<E>>;
+  using In = Few<GroupOf<T>, F::inputs>;
+  using Out = Few<GroupOf<R>, F::outputs>;
   static constexpr bool has_special = requires { F::ordinary; };
-  static constexpr bool tests_results = requires(F f, Vec4i w) { f.special_results(w); };
+  static constexpr bool tests_results = requires(F f, GroupOf<R> y) { f.special_results(y.words()); };
   static constexpr bool marks_results = tests_results || requires { F::marks_results; };
   static constexpr bool has_wide = requires { &F::beyond_fast; };
   static_assert(!marks_results || F::groups_per_step == 1);
+
+  static bool same(const void* vector, const void* result) { return vector == result; }
+
+  // In place, where a result is wider than an argument: from the end, so that no argument is overwritten before its time.
+  static void backwards(const F& f, std::int32_t n, Arguments a, Results r) {
+    const std::int32_t tail = n % 4;
+    if (tail != 0) group(f, n - tail, tail, a, r);
+    for (std::int32_t i = n - tail - 4; i >= 0; i -= 4) group(f, i, 4, a, r);
+  }
 
   // One test decides for both groups.
   static ORIN_INLINE void two_groups(const F& f, std::int32_t i, Arguments a, Results r) {
@@ -215,19 +229,20 @@ class Elementwise {
     if (status == KOR_STATUS_OK) {
       for (const T* vector : a)
         if (vector == nullptr) status = KOR_STATUS_BADMEM;
-      for (const T* vector : r)
+      for (const R* vector : r)
         if (vector == nullptr) status = KOR_STATUS_BADMEM;
     }
     if (status == KOR_STATUS_OK) return true;
-    report(status, status == KOR_STATUS_BADSIZE ? n : 0, a[0], a[F::inputs - 1], r[0], r[F::outputs - 1], F::name);
+    report_error(status, status == KOR_STATUS_BADSIZE ? n : 0, a[0], a[F::inputs - 1], r[0], r[F::outputs - 1],
+                 F::name);
     return false;
   }
 
   static ORIN_INLINE In load(Arguments a, std::int32_t i, std::int32_t count) {
     if constexpr (F::inputs == 1)
-      return {{Group<T>::load(a[0] + i, count, padding())}};
+      return {{GroupOf<T>::load(a[0] + i, count, padding())}};
     else
-      return {{Group<T>::load(a[0] + i, count, padding()), Group<T>::load(a[1] + i, count, padding())}};
+      return {{GroupOf<T>::load(a[0] + i, count, padding()), GroupOf<T>::load(a[1] + i, count, padding())}};
   }
   static ORIN_INLINE void store(const Out& y, Results r, std::int32_t i, std::int32_t count) {
     y[0].store(r[0] + i, count);
@@ -262,7 +277,7 @@ class Elementwise {
 
   template <bool wide>
   static ORIN_INLINE Out evaluate(const F& f, In x) {
-    if constexpr (Group<T>::registers == 1) {
+    if constexpr (GroupOf<T>::registers == 1) {
       const auto y = value<wide>(f, x.item[0].low, x.item[F::inputs - 1].low);
       if constexpr (F::outputs == 1)
         return {{{y}}};
@@ -302,7 +317,7 @@ class Elementwise {
       for (int lane = 0; lane < 4; ++lane) safe[k][lane] = (special >> lane & 1) != 0 ? padding() : x[k][lane];
     const Out values = evaluate<has_wide>(f, load(rows(safe), 0, 4));
     if constexpr (marks_results) special |= lane_bits(special_results(f, values));
-    T y[F::outputs][4];
+    R y[F::outputs][4];
     for (int k = 0; k < F::outputs; ++k) values[k].store(y[k], 4);
 
     for (int lane = 0; lane < count; ++lane) {
@@ -328,25 +343,25 @@ class Elementwise {
       Results seen;
       for (int out = 0; out < F::outputs; ++out) {
         bool in_place = false;
-        for (const T* vector : a) in_place |= vector == r[out];
+        for (const T* vector : a) in_place |= same(vector, r[out]);
         seen[out] = in_place ? vector_with_element(i, &outcome.value[out]) : r[out];
         if (!in_place) store_element(r[out] + i, outcome.value[out]);
       }
-      report(outcome.status, i, a[0], a[F::inputs - 1], seen[0], seen[F::outputs - 1], F::name);
+      report_error(outcome.status, i, a[0], a[F::inputs - 1], seen[0], seen[F::outputs - 1], F::name);
       for (int out = 0; out < F::outputs; ++out)
         if (seen[out] != r[out]) store_element(r[out] + i, outcome.value[out]);
     }
   }
 
-  static T* vector_with_element(std::int32_t i, T* element) {
-    return reinterpret_cast<T*>(reinterpret_cast<std::uintptr_t>(element) - static_cast<std::uintptr_t>(i) * sizeof(T));
+  static R* vector_with_element(std::int32_t i, R* element) {
+    return reinterpret_cast<R*>(reinterpret_cast<std::uintptr_t>(element) - static_cast<std::uintptr_t>(i) * sizeof(R));
   }
 
   static constexpr T padding() {
     if constexpr (has_special)
       return F::ordinary;
     else
-      return T(1);
+      return T{};
   }
 
   static ORIN_INLINE Arguments rows(const T (&x)[F::inputs][4]) {
