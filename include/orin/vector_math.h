@@ -309,6 +309,21 @@ ORIN_KOR_COMPLEX_BINARY(Div)
 /* The square root with a real part >= 0, cut along the negative real axis: the sign of a zero imaginary part chooses the
  * side. Nothing is reported. */
 ORIN_KOR_COMPLEX_UNARY(Sqrt)
+/* r = e^a. Status 3 where a part of a finite argument's result overflows, 4 where the modulus is subnormal or underflows,
+ * 1 (NaN) for an infinite imaginary part, unless the real one is -inf. HA within 2 ulp in each part. */
+ORIN_KOR_COMPLEX_UNARY(Exp)
+/* r = cos a + i sin a of a real a. Status 1 (both parts NaN) for infinite a. HA within 0.55 ulp in each part.
+ */
+ORIN_KOR_COMPLEX_FROM_REAL(CIS)
+/* Trigonometric and hyperbolic functions, for every finite argument: the reduction of the angle is exact. Status 3 where a
+ * part of a finite argument's result overflows; 1 (NaN) for an infinite angle, the real part of the first three and the
+ * imaginary part of the others, but not in Tan and Tanh where the other part is infinite, too. */
+ORIN_KOR_COMPLEX_UNARY(Sin)
+ORIN_KOR_COMPLEX_UNARY(Cos)
+ORIN_KOR_COMPLEX_UNARY(Tan)
+ORIN_KOR_COMPLEX_UNARY(Sinh)
+ORIN_KOR_COMPLEX_UNARY(Cosh)
+ORIN_KOR_COMPLEX_UNARY(Tanh)
 
 /* --- Pack and unpack ------------------------------------------------------------------------------------------------
  * Copies between a contiguous and a strided, indexed or masked vector; exact, nothing is checked or reported. Counts
