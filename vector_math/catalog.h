@@ -36,7 +36,6 @@ using std::exp;
 using std::expm1;
 using std::cbrt;
 using std::ceil;
-using std::exp;
 using std::fabs;
 using std::floor;
 using std::hypot;
