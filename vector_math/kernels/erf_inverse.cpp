@@ -262,10 +262,14 @@ template <class F, Grade grade, class V>
 ORIN_INLINE V wide_inverse(V x) {
   const auto& c = common<V>();
   const auto [v, sign] = F::argument(x);
-  // An argument of each way's own range stands in where the other way is taken.
   const V far = v < c.seam;
-  const V near = fast_inverse<F, grade>(select(far, V(static_cast<typename V::Element>(F::ordinary)), x));
-  return select(far, tail<F, grade, 0>(min(v, c.seam)) | sign, near);
+  const unsigned far_lanes = lane_bits(far);
+  if (far_lanes == 0) return fast_inverse<F, grade>(x);
+  const V result = tail<F, grade, 0>(min(v, c.seam)) | sign;
+  if (far_lanes == (1u << V::lanes) - 1) return result;
+  // An ordinary argument stands in where the tail is taken.
+  const V near = select(far, V(static_cast<typename V::Element>(F::ordinary)), x);
+  return select(far, result, fast_inverse<F, grade>(near));
 }
 
 // HA single: the double EP of both halves.
