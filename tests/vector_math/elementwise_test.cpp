@@ -96,6 +96,19 @@ class Elementwise : public testing::Test {
   }
 };
 
+// LA and EP promise a relative error: in ulp that is up to 2^52 (2^23) times the significand, and one spacing more on
+// subnormal results. Infinities and NaN have no error.
+template <class T>
+double bound_in_ulp(const RealFunction<T>& function, Grade grade, const ReferenceCase<T>& line) {
+  if (!std::isfinite(line.rounded)) return 0;
+  if (grade == Grade::ha) return function.ha_ulp();
+  const double relative = function.relative_bound(grade);
+  const double magnitude = std::fabs(static_cast<double>(line.rounded));
+  if (magnitude < static_cast<double>(std::numeric_limits<T>::min()))
+    return 1 + relative * static_cast<double>(ordinal(static_cast<T>(magnitude)));
+  return relative * (magnitude / line.spacing());
+}
+
 using Elements = testing::Types<float, double>;
 TYPED_TEST_SUITE(Elementwise, Elements);
 

@@ -145,20 +145,4 @@ TYPED_TEST(Gamma, SpecialArgumentsOfLGamma) {
   }
 }
 
-// Relative accuracy holds where the function vanishes.
-TYPED_TEST(Gamma, ZerosOfLGamma) {
-  const auto f = this->function("LGamma");
-  const auto cases = read_cases(f, ".zeros");
-  ASSERT_GT(cases.size(), 300u) << "case file missing or short";
-  for (int grade = 0; grade < grades; ++grade) {
-    double worst = 0;
-    for (const auto& line : cases) {
-      const TypeParam result = f.call(grade, line.a, TypeParam(0));
-      worst = std::max(worst, line.error(result));
-      EXPECT_LE(line.error(result), bound_in_ulp(f, Grade(grade), line)) << std::hexfloat << line.a << " -> " << result;
-    }
-    this->RecordProperty(std::string("worst") + grade_names[grade], std::to_string(worst));
-  }
-}
-
 }  // namespace

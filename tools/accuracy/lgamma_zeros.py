@@ -1,8 +1,8 @@
 # lgamma_zeros.py: reference cases of log |Gamma(x)| next to its zeros, where random arguments do not come.
 # SPDX-License-Identifier: MIT
 #
-#   python3 tools/accuracy/lgamma_zeros.py d > tests/data/vector_math/vdLGamma.zeros.cases
-#   python3 tools/accuracy/lgamma_zeros.py s > tests/data/vector_math/vsLGamma.zeros.cases
+#   python3 tools/accuracy/lgamma_zeros.py d > tests/data/vector_math/vdLGamma.hard
+#   python3 tools/accuracy/lgamma_zeros.py s > tests/data/vector_math/vsLGamma.hard
 """The zeros 1, 2 and the two next to each pole -3 .. -17 (one next to -2), as far as numbers of the type come near:
 the numbers next to each and those at distances of 2^k units."""
 
