@@ -198,7 +198,8 @@ void print_list(const RealFunction<T>& function, const Options& options, double 
     for (const Time& time : times) std::printf(" %8.2f", time.best / unit);
     std::printf("\n");
   } else {
-    for (std::size_t g = 0; g < grades; ++g) std::printf("%s %s %.4f\n", function.name, grade_names[g], times[g].best);
+    for (std::size_t g = 0; g < grades; ++g)
+      std::printf("%s %s %.4f\n", function.label().c_str(), grade_names[g], times[g].best);
   }
 }
 

@@ -17,6 +17,7 @@
 #define GLIBC(F, name)
 #define SLEEF(F, name, accuracy)
 #define EIGEN(F, name)
+#define EIGEN2(F, name)
 #define GLIBC2(F, name)
 #define SLEEF2(F, name, accuracy)
 #define LIBMVEC2(F, name)                     \
@@ -60,16 +61,59 @@ void quads(std::int32_t n, const float* a, const float* b, float* r) {
       _mm_storeu_ps(r + i, f(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)));
   }
 }
-template <class T, class Expression>
-void arrays(std::int32_t n, const T* a, const T*, T* r) {
-  using Array = Eigen::Array<T, Eigen::Dynamic, 1>;
-  Eigen::Map<Array>(r, n) = Expression()(Eigen::Map<const Array>(a, n));
+// Functions with two results; the second goes to a vector of its own.
+template <class T>
+T* second_result(std::int32_t n) {
+  static std::vector<T> other;
+  other.resize(static_cast<std::size_t>(n));
+  return other.data();
 }
+template <class T, auto f>
+void loop_of_two(std::int32_t n, const T* a, const T*, T* r) {
+  T* const other = second_result<T>(n);
+  for (std::int32_t i = 0; i < n; ++i) f(a[i], r + i, other + i);
+}
+template <auto f>
+void pairs_of_two(std::int32_t n, const double* a, const double*, double* r) {
+  double* const other = second_result<double>(n);
+  for (std::int32_t i = 0; i < n; i += 2) {
+    const auto both = f(_mm_loadu_pd(a + i));
+    _mm_storeu_pd(r + i, both.x);
+    _mm_storeu_pd(other + i, both.y);
+  }
+}
+template <auto f>
+void quads_of_two(std::int32_t n, const float* a, const float*, float* r) {
+  float* const other = second_result<float>(n);
+  for (std::int32_t i = 0; i < n; i += 4) {
+    const auto both = f(_mm_loadu_ps(a + i));
+    _mm_storeu_ps(r + i, both.x);
+    _mm_storeu_ps(other + i, both.y);
+  }
+}
+template <class T, class Expression>
+void arrays(std::int32_t n, const T* a, [[maybe_unused]] const T* b, T* r) {
+  using Array = Eigen::Array<T, Eigen::Dynamic, 1>;
+  using Argument = Eigen::Map<const Array>;
+  if constexpr (requires { Expression()(Argument(a, n)); })
+    Eigen::Map<Array>(r, n) = Expression()(Argument(a, n));
+  else
+    Eigen::Map<Array>(r, n) = Expression()(Argument(a, n), Argument(b, n));
+}
+auto plus(const auto& a, const auto& b) { return a + b; }
+auto minus(const auto& a, const auto& b) { return a - b; }
+auto times(const auto& a, const auto& b) { return a * b; }
+auto over(const auto& a, const auto& b) { return a / b; }
 
 #undef EIGEN
 #define EIGEN(F, name)                                       \
   struct Eigen##F {                                          \
     auto operator()(const auto& a) const { return name(a); } \
+  };
+#undef EIGEN2
+#define EIGEN2(F, name)                                                        \
+  struct Eigen##F {                                                            \
+    auto operator()(const auto& a, const auto& b) const { return name(a, b); } \
   };
 #undef GLIBC
 #undef SLEEF
@@ -90,6 +134,8 @@ constexpr int u05 = 1, u10 = 1, u15 = 1, u35 = 4;
 #undef LIBMVEC
 #undef LIBMVEC2
 #undef EIGEN
+#undef EIGEN2
+#define EIGEN2(F, name) EIGEN(F, name)
 #define GLIBC2(F, name) {#F, "glibc", 1, true, loop<double, static_cast<double (*)(double, double)>(name)>},
 #define SLEEF2(F, name, accuracy) SLEEF(F, name, accuracy)
 #define LIBMVEC2(F, name) {#F, "libmvec", 4, false, pairs<_ZGVbN2vv_##name>},
@@ -100,6 +146,9 @@ constexpr int u05 = 1, u10 = 1, u15 = 1, u35 = 4;
 template <>
 std::vector<Peer<double>> peers() {
   return {
+      {"SinCos", "glibc", 1, true, loop_of_two<double, sincos>},
+      {"SinCos", "SLEEF u10", u10, false, pairs_of_two<Sleef_sincosd2_u10sse2>},
+      {"SinCos", "SLEEF u35", u35, false, pairs_of_two<Sleef_sincosd2_u35sse2>},
 #include "bench/vector_math_peers.def"
   };
 }
@@ -121,6 +170,9 @@ std::vector<Peer<double>> peers() {
 template <>
 std::vector<Peer<float>> peers() {
   return {
+      {"SinCos", "glibc", 1, true, loop_of_two<float, sincosf>},
+      {"SinCos", "SLEEF u10", u10, false, quads_of_two<Sleef_sincosf4_u10sse2>},
+      {"SinCos", "SLEEF u35", u35, false, quads_of_two<Sleef_sincosf4_u35sse2>},
 #include "bench/vector_math_peers.def"
   };
 }

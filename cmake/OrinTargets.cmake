@@ -9,9 +9,10 @@ if(ORIN_WERROR)
   target_compile_options(orin_warnings INTERFACE -Werror)
 endif()
 
-# Arithmetic: SSE2 registers, each operation rounded once, nothing contracted, nothing wider than SSE2.
+# Arithmetic: SSE2 registers, each operation rounded once and where the source has it, nothing wider than SSE2.
 add_library(orin_arithmetic INTERFACE)
-target_compile_options(orin_arithmetic INTERFACE -msse2 -mfpmath=sse -ffp-contract=off)
+target_compile_options(orin_arithmetic INTERFACE -msse2 -mfpmath=sse -ffp-contract=off
+  $<$<CXX_COMPILER_ID:Clang>:-ffp-exception-behavior=maytrap>) # no operation ahead of its condition, as in GCC
 if(WIN32)
   target_compile_options(orin_arithmetic INTERFACE -march=pentium4 -mtune=generic)
 endif()

@@ -1,8 +1,19 @@
 #!/usr/bin/env bash
-# accuracy: builds the scanner and measures functions; see build/linux64/bin/accuracy --help for its options.
+# accuracy: builds the scanner, measures functions and plots their errors; see build/linux64/bin/accuracy --help.
 # SPDX-License-Identifier: MIT
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-cmake --preset linux64 > /dev/null
-cmake --build build/linux64 --target accuracy > /dev/null
-exec build/linux64/bin/accuracy "$@"
+. tools/quiet.sh
+build_quietly linux64 accuracy
+build/linux64/bin/accuracy "$@"
+
+names=()
+for word in "$@"; do [[ $word =~ ^[A-Z] ]] && names+=("$word"); done
+profiles=build/linux64/profiles
+mkdir -p "$profiles" docs/plots
+build/linux64/bin/accuracy --profile "$profiles" "${names[@]}"
+for data in "$profiles"/vd*.dat; do
+  name=$(basename "$data" .dat)
+  name=${name#vd}
+  gnuplot -e "name='$name'; folder='$profiles'; out='docs/plots/$name.png'" tools/accuracy/plot.gp
+done

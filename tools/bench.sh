@@ -5,6 +5,8 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
+. tools/quiet.sh
+
 document=docs/performance.md
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -13,11 +15,6 @@ families=("$@")
 if [ ${#families[@]} -eq 0 ]; then
   for source in bench/*_bench.cpp; do families+=("$(basename "$source" _bench.cpp)"); done
 fi
-
-build() { # PRESET TARGET
-  cmake --preset "$1" > /dev/null
-  cmake --build "build/$1" --target "$2" > "$work/log" 2>&1 || { cat "$work/log" >&2; return 1; }
-}
 
 # enter FAMILY FILE: the family's section becomes the file, fenced; a new section goes to the end.
 enter() {
@@ -35,17 +32,17 @@ enter() {
 
 for family in "${families[@]}"; do
   target=${family}_bench
-  build linux64 "$target"
+  build_quietly linux64 "$target"
   {
     printf 'Machine: %s, %s\n' "$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -1)" "$(g++ --version | head -1)"
     if [ "$family" = vector_math ]; then
-      build win32 "$target"
+      build_quietly win32 "$target"
       cmake/wine.sh "build/win32/bin/$target.exe" --times | tr -d '\r' > "$work/times"
       cmake/wine.sh "build/win32/bin/$target.exe" --costs | tr -d '\r' > docs/costs.txt
       "build/linux64/bin/$target" --other "$work/times"
     else
       "build/linux64/bin/$target"
-      if build win32 "$target" 2> /dev/null; then
+      if build_quietly win32 "$target" 2> /dev/null; then
         printf '\n32-bit build, under Wine:\n'
         cmake/wine.sh "build/win32/bin/$target.exe" | tr -d '\r'
       fi

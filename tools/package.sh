@@ -7,6 +7,7 @@
 #   FOLDER       where the zip goes (default: dist)
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+. tools/quiet.sh
 
 libraries=(orin_sse2 orin_core orin_sequential)
 build=build/win32
@@ -15,8 +16,7 @@ tools=i686-w64-mingw32
 if [ "${1:-}" = --as-built ]; then
   shift
 else
-  cmake --preset win32 > /dev/null
-  cmake --build "$build" -j "$(nproc)" --target "${libraries[@]}" > /dev/null
+  build_quietly win32 "${libraries[@]}"
 fi
 folder=${1:-dist}
 
@@ -62,8 +62,10 @@ cp -r include "$stage/"
 cp cmake/package/orinConfig.cmake "$stage/lib/cmake/orin/"
 sed -e "s/@version@/$version/" -e "s/@major@/${version%%.*}/" cmake/package/orinConfigVersion.cmake.in \
   > "$stage/lib/cmake/orin/orinConfigVersion.cmake"
-cp LICENSE README.md "$stage/"
-find docs -maxdepth 1 -type f ! -name HACKING.md -exec cp {} "$stage/docs/" \;
+cp LICENSE "$stage/"
+sed '/HACKING/d' README.md > "$stage/README.md"
+cp -r docs/plots docs/*.txt docs/*.md "$stage/docs/"
+rm "$stage/docs/HACKING.md"
 
 zip=$(cd "$folder" && pwd)/$name.zip
 rm -f "$zip"

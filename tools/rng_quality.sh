@@ -28,8 +28,8 @@ tests='0:100 2:25 3:100 4:100 8:100 9:100 10:100 11:100 12:100 13:25 15:100 16:2
 
 results=build/rng-quality
 if [ -z "${RNG_PIPE:-}" ]; then
-  cmake --preset linux64 > /dev/null
-  cmake --build build/linux64 --target rng_pipe > /dev/null
+  . tools/quiet.sh
+  build_quietly linux64 rng_pipe
   RNG_PIPE=build/linux64/bin/rng_pipe
 fi
 mkdir -p "$results"

@@ -1,11 +1,18 @@
 #!/usr/bin/env bash
 # setup: installs the Debian packages that the builds, tests, benchmarks and tools need, as far as they are missing.
 # SPDX-License-Identifier: MIT
+#
+# usage: setup.sh [--windows]    --windows: only what the 32-bit Windows build needs to be made and run
 set -euo pipefail
+. "$(dirname "${BASH_SOURCE[0]}")/quiet.sh"
 
-compilers=(g++ clang libclang-rt-14-dev cmake ninja-build ccache g++-mingw-w64-i686-posix g++-mingw-w64-i686-win32)
-tests=(googletest libeigen3-dev liblapack-dev libmpfr-dev libmpc-dev libntl-dev python3-mpmath zip unzip)
-peers=(libsleef-dev libfftw3-dev libgsl-dev libboost-dev libdsfmt-dev libopenblas-dev dieharder python3-scipy)
+packages=(cmake ninja-build ccache g++-mingw-w64-i686-posix g++-mingw-w64-i686-win32 googletest libeigen3-dev)
+if [ "${1:-}" != --windows ]; then
+  packages+=(g++ clang libclang-rt-14-dev)
+  packages+=(liblapack-dev libmpfr-dev libmpc-dev libntl-dev python3-mpmath zip unzip)  # tests
+  packages+=(libsleef-dev libfftw3-dev libgsl-dev libboost-dev libdsfmt-dev libopenblas-dev dieharder python3-scipy)  # peers
+  packages+=(gnuplot-nox)  # documents
+fi
 wine=(wine wine32:i386)
 
 missing() {
@@ -15,18 +22,10 @@ missing() {
   done
 }
 
-# Output of a quiet command is shown when it fails.
-quietly() {
-  local log
-  log=$(mktemp)
-  "$@" > "$log" 2>&1 || { cat "$log" >&2; rm -f "$log"; return 1; }
-  rm -f "$log"
-}
-
 as_root() { if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi; }
 apt() { as_root env DEBIAN_FRONTEND=noninteractive apt-get "$@"; }
 
-mapfile -t wanted < <(missing "${compilers[@]}" "${tests[@]}" "${peers[@]}")
+mapfile -t wanted < <(missing "${packages[@]}")
 mapfile -t wanted_wine < <(missing "${wine[@]}")
 if [ ${#wanted[@]} -eq 0 ] && [ ${#wanted_wine[@]} -eq 0 ]; then exit 0; fi
 echo "Installing ${wanted[*]} ${wanted_wine[*]}"

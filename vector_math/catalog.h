@@ -20,16 +20,95 @@ namespace orin::vector_math {
 
 // Where the quick references of the catalog are looked up; functions that the standard library lacks are added here.
 namespace reference_function {
+using std::acos;
 using std::acosh;
+using std::asin;
 using std::asinh;
+using std::atan;
+using std::atan2;
 using std::atanh;
+using std::cos;
+using std::cosh;
+using std::erf;
+using std::erfc;
 using std::exp;
 using std::lgamma;
+using std::expm1;
+using std::cbrt;
+using std::ceil;
+using std::exp;
+using std::fabs;
+using std::floor;
+using std::hypot;
 using std::log;
 using std::log10;
 using std::log1p;
+using std::nearbyint;
 using std::pow;
+using std::sin;
+using std::tan;
+using std::sinh;
+
+// z = -x/sqrt 2 as a sum with its rest: the inverse root in two parts, the first so short that its product is exact.
+inline long double normal_distribution(long double x) {
+  constexpr long double inverse_high = 0x1.6ap-1L, inverse_low = 0x1.3cccfe779921165f6p-14L;
+  const long double high = -x * inverse_high, low = -x * inverse_low;
+  const long double z = high + low, rest = (high - z) + low;
+  constexpr long double two_over_root_pi = 1.128379167095512573896L;
+  return (std::erfc(z) - (std::isfinite(x) ? rest * two_over_root_pi * std::exp(-z * z) : 0)) / 2;
+}
+inline double normal_distribution(double x) {
+  return static_cast<double>(normal_distribution(static_cast<long double>(x)));
+}
 using std::tgamma;
+using std::round;
+using std::sqrt;
+using std::trunc;
+template <class Real>
+Real plus(Real a, Real b) {
+  return a + b;
+}
+template <class Real>
+Real minus(Real a, Real b) {
+  return a - b;
+}
+template <class Real>
+Real times(Real a, Real b) {
+  return a * b;
+}
+template <class Real>
+Real over(Real a, Real b) {
+  return a / b;
+}
+template <class Real>
+Real square(Real a) {
+  return a * a;
+}
+template <class Real>
+Real inverse(Real a) {
+  return 1 / a;
+}
+template <class Real>
+Real fraction(Real a) {
+  return std::isinf(a) ? std::copysign(Real(0), a) : a - std::trunc(a);
+}
+template <class Real>
+Real inverse_sqrt(Real a) {
+  return 1 / std::sqrt(a);
+}
+template <class Real>
+Real inverse_cbrt(Real a) {
+  return 1 / std::cbrt(a);
+}
+template <class Real>
+Real pow2o3(Real a) {
+  return std::cbrt(a) * std::cbrt(a);
+}
+template <class Real>
+Real pow3o2(Real a) {
+  return a * std::sqrt(a);
+}
+using std::tanh;
 }  // namespace reference_function
 
 struct Promise {
@@ -42,7 +121,7 @@ struct Promise {
   double low_s, high_s, low_d, high_d;
   double usual_low, usual_high;
   double second_low, second_high;
-  bool reports_underflow;
+  bool reports_underflow, reports_nothing;
 };
 
 template <class Real>
@@ -78,7 +157,8 @@ inline constexpr Promise promises[] = {
    usual_high,                                                                                                      \
    second_low,                                                                                                      \
    second_high,                                                                                                     \
-   #underflow[0] == 'r'},
+   #underflow[0] == 'r',                                                                                            \
+   #underflow[0] == 'n'},
 #include "vector_math/catalog.def"
 #undef ORIN_CATALOG
 };
@@ -112,6 +192,8 @@ class RealFunction {
   T low() const { return static_cast<T>(is_single ? promise->low_s : promise->low_d); }
   T high() const { return static_cast<T>(is_single ? promise->high_s : promise->high_d); }
   double ha_ulp() const { return is_single ? promise->ha_ulp_s : promise->ha_ulp_d; }
+  // The last product that makes a result subnormal halves the error so far, at least, and adds a rounding.
+  double ha_ulp_of_subnormals() const { return 0.5 + ha_ulp() / 2; }
   double quick(double a, double b) const { return promise->quick_d(a, b); }
   long double quick(long double a, long double b) const { return promise->quick_l(a, b); }
 

@@ -16,22 +16,27 @@ struct FunctionTables {
 
 }  // namespace orin::vector_math
 
-// ORIN_EXPORT_AT(name, record, offset, bytes): exports `bytes` bytes that begin `offset` bytes into a record as `name`.
-// On Linux the names are protected: no program gets copies of its own, which the entries would not see.
+// ORIN_TABLES(name): what a record's declarator ends with. ORIN_EXPORT_KERNELS(name, record) and ORIN_EXPORT_COSTS(name,
+// kernels, record) export its two parts. On Linux the record bears the exported name of the kernels with its full size:
+// where a linked program gets a copy of the tables, the entries work with that copy, and both parts are in it.
 #if defined(_WIN32)
-#define ORIN_EXPORT_AT(name, record, offset, bytes)                                                                   \
+#define ORIN_KERNELS_SIZE 12
+#define ORIN_TABLES(name)
+#define ORIN_EXPORT_DATA(name, record, offset)                                                                        \
   asm(".globl _" #name "\n.set _" #name ", _" #record "+" #offset "\n.section .drectve\n.ascii \" -export:\\\"" #name \
       "\\\",data\"\n.text\n");
-#define ORIN_KERNELS_SIZE 12
+#define ORIN_EXPORT_DATA_(name, record, offset) ORIN_EXPORT_DATA(name, record, offset)
+#define ORIN_EXPORT_KERNELS(name, record) ORIN_EXPORT_DATA(name, record, 0)
+#define ORIN_EXPORT_COSTS(name, kernels, record) ORIN_EXPORT_DATA_(name, record, ORIN_KERNELS_SIZE)
 #else
-#define ORIN_EXPORT_AT(name, record, offset, bytes)                                                                \
-  asm(".globl " #name "\n.protected " #name "\n.type " #name ", @object\n.size " #name ", " #bytes "\n.set " #name \
-      ", " #record "+" #offset "\n");
 #define ORIN_KERNELS_SIZE 24
+#define ORIN_TABLES(name) asm(#name) __attribute__((visibility("default")))
+#define ORIN_EXPORT_KERNELS(name, record)
+#define ORIN_EXPORT_COSTS(name, kernels, record) \
+  asm(".globl " #name "\n.type " #name ", @object\n.size " #name ", 12\n.set " #name ", " #kernels "+24\n");
 #endif
 static_assert(3 * sizeof(void*) == ORIN_KERNELS_SIZE);
 
-#define ORIN_EXPORT_AT_(name, record, offset, bytes) ORIN_EXPORT_AT(name, record, offset, bytes)
 #define ORIN_NAME_(name) #name
 #define ORIN_PASTE_(a, b) a##b
 #define ORIN_PASTE(a, b) ORIN_PASTE_(a, b)
@@ -54,10 +59,12 @@ extern "C" {
   ORIN_API void ORIN_CALL name ORIN_ENTRY_##SHAPE(t) { record.kernels[grade] ORIN_PASS_##SHAPE; }
 
 #define ORIN_FUNCTION(t, F, SHAPE, LA, HA, EP, cost_la, cost_ha, cost_ep)                                  \
+  extern FunctionTables<void ORIN_CALL ORIN_KERNEL_##SHAPE(t)> orin_##t##F##_tables ORIN_TABLES(           \
+      orin_kor_kernel_##t##F##_ttab);                                                                      \
   FunctionTables<void ORIN_CALL ORIN_KERNEL_##SHAPE(t)> orin_##t##F##_tables{{&LA, &HA, &EP},              \
                                                                              {cost_la, cost_ha, cost_ep}}; \
-  ORIN_EXPORT_AT_(orin_kor_kernel_##t##F##_ttab, orin_##t##F##_tables, 0, ORIN_KERNELS_SIZE)               \
-  ORIN_EXPORT_AT_(orin_kor_kernel_##t##F##_ctab, orin_##t##F##_tables, ORIN_KERNELS_SIZE, 12)              \
+  ORIN_EXPORT_KERNELS(orin_kor_kernel_##t##F##_ttab, orin_##t##F##_tables)                                 \
+  ORIN_EXPORT_COSTS(orin_kor_kernel_##t##F##_ctab, orin_kor_kernel_##t##F##_ttab, orin_##t##F##_tables)    \
   ORIN_ENTRY(ORIN_PASTE(_kor##t##F, ORIN_LA_##t), orin_##t##F##_tables, 0, t, SHAPE)                       \
   ORIN_ENTRY(_kor##t##F##_HA, orin_##t##F##_tables, 1, t, SHAPE)                                           \
   ORIN_ENTRY(ORIN_PASTE(_kor##t##F, ORIN_EP_##t), orin_##t##F##_tables, 2, t, SHAPE)                       \

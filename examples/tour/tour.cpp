@@ -78,6 +78,7 @@ int main() {
   std::printf("Module: %s, processor class %d\n", tour::module_name,
               static_cast<int>(tour::exported<int32_t ORIN_CALL()>("dll_cpu_version")()));
   tour_vector_math();
+  tour_functions();
   tour_rng();
   tour_conv(mauna_loa::co2, mauna_loa::months);
   tour_summary_stats();

@@ -28,6 +28,7 @@ void check(const char* what, bool holds);
 
 // The sections, in the order of the tour.
 void tour_vector_math();
+void tour_functions();
 void tour_rng();
 void tour_conv(const double* series, int count);
 void tour_summary_stats();

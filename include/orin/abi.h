@@ -26,7 +26,7 @@
 #define ORIN_DATA extern __attribute__((visibility("default")))
 #else
 #define ORIN_API
-#define ORIN_DATA extern __attribute__((weak)) /* weak: reached in the library, never copied into the program */
+#define ORIN_DATA extern
 #endif
 #endif
 

@@ -153,6 +153,16 @@ ORIN_API KorErrorCallBack ORIN_CALL orin_kor_kernel_ClearErrorCallBack(void);
 #define ORIN_KOR_REAL_SCALAR(F)                                                     \
   ORIN_KOR_FUNCTION(s, F, _21, _11, (int32_t n, const float* a, float b, float* r)) \
   ORIN_KOR_FUNCTION(d, F, _50, _26, (int32_t n, const double* a, double b, double* r))
+#define ORIN_KOR_REAL_TWO_RESULTS(F)                                                   \
+  ORIN_KOR_FUNCTION(s, F, _21, _11, (int32_t n, const float* a, float* r1, float* r2)) \
+  ORIN_KOR_FUNCTION(d, F, _50, _26, (int32_t n, const double* a, double* r1, double* r2))
+#define ORIN_KOR_REAL_LINEAR_FRAC(F)                                                                                 \
+  ORIN_KOR_FUNCTION(                                                                                                 \
+      s, F, _21, _11,                                                                                                \
+      (int32_t n, const float* a, const float* b, float scalea, float shifta, float scaleb, float shiftb, float* r)) \
+  ORIN_KOR_FUNCTION(d, F, _50, _26,                                                                                  \
+                    (int32_t n, const double* a, const double* b, double scalea, double shifta, double scaleb,       \
+                     double shiftb, double* r))
 
 /* r = e^a. Status 3 where a finite argument overflows, 4 where the result is subnormal or underflows to +0. */
 ORIN_KOR_REAL_UNARY(Exp)
@@ -176,12 +186,41 @@ ORIN_KOR_REAL_UNARY(Asinh)
 ORIN_KOR_REAL_UNARY(Acosh)
 ORIN_KOR_REAL_UNARY(Atanh)
 
-/* Hyperbolic functions. */
+/* Hyperbolic functions, and r = e^a - 1, accurate for small a. Status 3 where a finite argument overflows. */
+ORIN_KOR_REAL_UNARY(Sinh)
+ORIN_KOR_REAL_UNARY(Cosh)
+ORIN_KOR_REAL_UNARY(Tanh)
+ORIN_KOR_REAL_UNARY(Expm1)
 
 /* Trigonometric functions. */
 
+/* r = arctangent of a, and in Atan2 the angle from -pi to pi of the point with ordinate a and abscissa b; no status. */
+ORIN_KOR_REAL_UNARY(Atan)
+ORIN_KOR_REAL_BINARY(Atan2)
+/* r = sin a, r = cos a; SinCos gives both: r1 = sin a, r2 = cos a. Accurate for every finite a, however large. Status 1
+ * (NaN) for infinite a. Either result array of SinCos may be the argument array. */
+/* r = sin a, cos a, tan a; SinCos: r1 = sin a, r2 = cos a. Accurate for every finite a, however large. Status 1 (NaN)
+ * for infinite a. Either result array of SinCos may be the argument array. */
+ORIN_KOR_REAL_UNARY(Sin)
+ORIN_KOR_REAL_UNARY(Cos)
+ORIN_KOR_REAL_TWO_RESULTS(SinCos)
+ORIN_KOR_REAL_UNARY(Tan)
+
+/* r = arcsine, arccosine of a. Status 1 (NaN) for |a| > 1. */
+ORIN_KOR_REAL_UNARY(Asin)
+ORIN_KOR_REAL_UNARY(Acos)
+
 /* Error functions and the normal distribution. */
 
+/* r = erf a = 2/sqrt(pi) integral of e^(-t^2) from 0 to a. No status. */
+ORIN_KOR_REAL_UNARY(Erf)
+
+/* Erfc: r = 1 - erf a. CdfNorm: r = erfc(-a/sqrt 2)/2, the normal distribution function. Both without cancellation;
+ * status 4 where the result of a finite argument is subnormal or underflows to +0. */
+ORIN_KOR_REAL_UNARY(Erfc)
+ORIN_KOR_REAL_UNARY(CdfNorm)
+
+/* Gamma functions. */
 /* Gamma functions.
  * LGamma: r = log |Gamma(a)|, accurate next to its zeros too. Status 2 (+inf) for a = +-0 and negative integers, 3 where
  * a finite argument overflows.
@@ -190,11 +229,47 @@ ORIN_KOR_REAL_UNARY(Atanh)
 ORIN_KOR_REAL_UNARY(LGamma)
 ORIN_KOR_REAL_UNARY(TGamma)
 
-/* Arithmetic. */
+/* Arithmetic, correctly rounded in every grade. The first five report nothing: infinities and NaN come as IEEE 754 has
+ * them. Div: status 1 (NaN) for 0/0 and for the quotient of two infinities, 2 (an infinity) for a finite a and b = +-0, 3
+ * where finite arguments overflow. Inv, r = 1/a: 2 for a = +-0, 3 where it overflows. */
+ORIN_KOR_REAL_UNARY(Abs)
+ORIN_KOR_REAL_BINARY(Add)
+ORIN_KOR_REAL_BINARY(Sub)
+ORIN_KOR_REAL_BINARY(Mul)
+ORIN_KOR_REAL_UNARY(Sqr) /* r = a^2 */
+ORIN_KOR_REAL_BINARY(Div)
+ORIN_KOR_REAL_UNARY(Inv)
 
-/* Rounding. */
+/* r = (scalea a + shifta)/(scaleb b + shiftb), each operation rounded, in every grade: where numerator or denominator
+ * cancel, their relative error is what that formula gives. Statuses as Div has them for the two; 3 also where the
+ * numerator of finite arguments overflows. */
+ORIN_KOR_REAL_LINEAR_FRAC(LinearFrac)
 
-/* Roots and fixed powers. */
+/* Rounding to an integer, exact in every grade, the sign of a kept in a result of 0; nothing is reported. */
+ORIN_KOR_REAL_UNARY(Ceil)      /* up */
+ORIN_KOR_REAL_UNARY(Floor)     /* down */
+ORIN_KOR_REAL_UNARY(Trunc)     /* towards 0 */
+ORIN_KOR_REAL_UNARY(Round)     /* to the nearest, halves away from 0 */
+ORIN_KOR_REAL_UNARY(Rint)      /* to the nearest, halves to even, whatever the caller's rounding mode */
+ORIN_KOR_REAL_UNARY(NearbyInt) /* the same */
+
+/* r1 the integer part of a, r2 the fraction, both with the sign of a; of an infinity the infinity and a zero. */
+ORIN_KOR_REAL_TWO_RESULTS(Modf)
+
+/* Roots and fixed powers, by exponent: Sqrt 1/2 (correctly rounded in every grade), InvSqrt -1/2, Cbrt 1/3, InvCbrt -1/3,
+ * Pow2o3 2/3, Pow3o2 3/2. Square roots of negative arguments: status 1 (NaN). InvSqrt and InvCbrt of +-0: status 2
+ * (an infinity of its sign). Pow3o2: status 3 where a finite argument overflows, 4 where the result of a non-zero one is
+ * subnormal or underflows to zero. */
+ORIN_KOR_REAL_UNARY(Sqrt)
+ORIN_KOR_REAL_UNARY(InvSqrt)
+ORIN_KOR_REAL_UNARY(Cbrt)
+ORIN_KOR_REAL_UNARY(InvCbrt)
+ORIN_KOR_REAL_UNARY(Pow2o3)
+ORIN_KOR_REAL_UNARY(Pow3o2)
+
+/* r = sqrt(a^2 + b^2) without intermediate overflow or underflow; +inf beside NaN is +inf. Status 3 where finite
+ * arguments overflow. */
+ORIN_KOR_REAL_BINARY(Hypot)
 
 /* Complex functions. */
 

@@ -66,6 +66,25 @@ class Elementwise : public testing::Test {
   struct Mixture {
     std::vector<T> a, b;
     std::vector<BitsOf<T>> expected;  // the results, each computed alone
+
+    // Without the elements whose operation raises an exception that no status tells of, as the sum of two infinities of
+    // unlike sign.
+    void keep_silent_ones(const Function& function) {
+      if (!function.promise->reports_nothing) return;
+      std::size_t kept = 0;
+      for (std::size_t i = 0; i < a.size(); ++i) {
+        const bool finite = std::isfinite(a[i]) && std::isfinite(b[i]), number = !std::isnan(a[i]) && !std::isnan(b[i]);
+        const T result = std::bit_cast<T>(expected[i]);
+        if ((number && std::isnan(result)) || (finite && !std::isfinite(result))) continue;
+        a[kept] = a[i];
+        b[kept] = b[i];
+        expected[kept++] = expected[i];
+      }
+      ASSERT_GT(kept, a.size() / 2);
+      a.resize(kept);
+      b.resize(kept);
+      expected.resize(kept);
+    }
   };
   static Mixture mixture(const Function& function, int grade) {
     using Limits = std::numeric_limits<T>;
@@ -101,11 +120,11 @@ class Elementwise : public testing::Test {
 template <class T>
 double bound_in_ulp(const RealFunction<T>& function, Grade grade, const ReferenceCase<T>& line) {
   if (!std::isfinite(line.rounded)) return 0;
-  if (grade == Grade::ha) return function.ha_ulp();
   const double relative = function.relative_bound(grade);
   const double magnitude = std::fabs(static_cast<double>(line.rounded));
-  if (magnitude < static_cast<double>(std::numeric_limits<T>::min()))
-    return 1 + relative * static_cast<double>(ordinal(static_cast<T>(magnitude)));
+  const bool subnormal = magnitude < static_cast<double>(std::numeric_limits<T>::min());
+  if (grade == Grade::ha) return subnormal ? function.ha_ulp_of_subnormals() : function.ha_ulp();
+  if (subnormal) return 1 + relative * static_cast<double>(ordinal(static_cast<T>(magnitude)));
   return relative * (magnitude / line.spacing());
 }
 
@@ -180,7 +199,8 @@ TYPED_TEST(Elementwise, TheCallersFloatingPointStateIsItsOwn) {
   constexpr unsigned round_up = 0x4000, round_down = 0x2000, flush = 0x8040, control = 0xFFC0;
   constexpr unsigned all_masked = 0x1F80, inexact_denormal_and_underflow_masked = 0x1900;
   this->for_each_kernel([&](const RealFunction<T>& function, int grade) {
-    const auto values = this->mixture(function, grade);
+    auto values = this->mixture(function, grade);
+    values.keep_silent_ones(function);
     std::vector<T> got(values.a.size());
     for (unsigned state : {all_masked, all_masked | round_up, all_masked | round_down, all_masked | flush,
                            inexact_denormal_and_underflow_masked, all_masked | 0x6000 | flush}) {
@@ -203,7 +223,10 @@ TYPED_TEST(Elementwise, FlushToZeroIsTheModesAlone) {
       if (std::fabs(line.rounded) == std::numeric_limits<T>::denorm_min()) continue;  // coarse grades may give 0
       EXPECT_NE(function.call(grade, line.a, line.b), T(0)) << line.a;
       _korSetMode(KOR_FTZDAZ_ON);
-      EXPECT_EQ(function.call(grade, line.a, line.b), T(0)) << line.a;
+      const T flushed = function.call(grade, line.a, line.b);
+      // A subnormal argument is a zero too: what is left may be a normal number.
+      const bool of_normals = std::fpclassify(line.a) != FP_SUBNORMAL && std::fpclassify(line.b) != FP_SUBNORMAL;
+      EXPECT_TRUE(flushed == 0 || (!of_normals && std::isnormal(flushed))) << line.a << ", " << line.b;
       _korSetMode(KOR_FTZDAZ_OFF);
     }
   });

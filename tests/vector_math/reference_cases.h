@@ -63,11 +63,14 @@ struct ReferenceCase {
   }
 };
 
+// The lines of <name>.cases, and of <name>.hard where that exists: arguments that a function's own program found.
 template <class T>
 std::vector<ReferenceCase<T>> read_cases(const orin::vector_math::RealFunction<T>& function) {
   std::vector<ReferenceCase<T>> cases;
-  const std::string path = std::string(ORIN_TEST_DATA) + "/vector_math/" + function.label() + ".cases";
-  if (std::FILE* file = std::fopen(path.c_str(), "r")) {
+  for (const char* kind : {".cases", ".hard"}) {
+    const std::string path = std::string(ORIN_TEST_DATA) + "/vector_math/" + function.label() + kind;
+    std::FILE* file = std::fopen(path.c_str(), "r");
+    if (file == nullptr) continue;
     const auto number = [](std::uint64_t bits) { return std::bit_cast<T>(static_cast<BitsOf<T>>(bits)); };
     char line[200];
     while (std::fgets(line, sizeof line, file) != nullptr) {

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "tools/accuracy/cases.h"
+#include "tools/accuracy/profile.h"
 #include "tools/accuracy/scan.h"
 
 namespace {
@@ -29,10 +30,12 @@ of each with its argument, and enters it in docs/accuracy.md. Ends with PASS or 
   --threads N     default: as many as the machine has
   --cases         also write tests/data/vector_math/<label>.cases and digests.txt
   --digests       only write digests.txt
+  --profile DIR   only write the error along the ordinary domain to DIR/<label>.dat
 )";
 
 struct Options {
   std::string root = ".";
+  std::string profile;
   std::int64_t samples = 50'000'000;
   bool sampled = false, cases = false, digests_only = false;
   int threads = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
@@ -63,13 +66,14 @@ class Document {
     file << R"(# Accuracy
 
 Written by `./run accuracy`; every figure is measured against MPFR. An ulp is the spacing of the numbers at the exact
-result. HA promises a largest error in ulp, LA and EP a largest relative error (one spacing more on subnormal results).
+result. HA promises a largest error in ulp, of subnormal results half of that and 1/2 (they are rounded twice); LA and
+EP promise a largest relative error, one spacing more on subnormal results.
 "all" arguments are all 2^32 floats. The others are random bit patterns, random and evenly spaced arguments of the
 ordinary domain, and a climb from the worst of them through their neighbours.
 The same bits come out on Windows and Linux (`tests/data/vector_math/digests.txt`).
 
-| Function | Grade | Bound | Worst error, ulp | at | Worst relative error | at | Arguments |
-|---|---|---|---|---|---|---|---|
+| Function | Grade | Bound | Worst error, ulp | at | of subnormal results | at | Worst relative error | at | Arguments |
+|---|---|---|---|---|---|---|---|---|---|
 )";
     const auto write_rows = [&](const auto& functions) {
       for (const auto& function : functions)
@@ -79,6 +83,9 @@ The same bits come out on Windows and Linux (`tests/data/vector_math/digests.txt
     };
     write_rows(real_functions<float>());
     write_rows(real_functions<double>());
+    file << "\n## Along the ordinary domain\n\nThe worst of 2048 errors in each of 240 stretches.\n\n";
+    for (const auto& function : real_functions<double>())
+      file << "![v" << function.label().substr(2) << "](plots/" << function.label().substr(2) << ".png)\n";
   }
 
  private:
@@ -93,23 +100,25 @@ The same bits come out on Windows and Linux (`tests/data/vector_math/digests.txt
   std::map<std::string, std::string> rows_;
 };
 
-// Whether the finding keeps the grade's bound: HA in ulp, the others relative, one spacing more below normal numbers.
+// Whether the findings keep the grade's bound: HA in ulp, the others relative, one spacing more below normal numbers.
 template <class T>
 bool keeps_bound(const RealFunction<T>& function, int grade, const ScanResult<T>& result) {
+  const auto within = [](const std::vector<Finding<T>>& findings, double bound) {
+    return findings.empty() || findings[0].ulp <= bound;
+  };
   if (Grade(grade) == Grade::ha)
-    return result.by_ulp[grade].empty() || result.by_ulp[grade][0].ulp <= function.ha_ulp();
+    return within(result.by_ulp[grade], function.ha_ulp()) &&
+           within(result.subnormal[grade], function.ha_ulp_of_subnormals());
   if (!result.by_relative[grade].empty() &&
       result.by_relative[grade][0].relative > function.relative_bound(Grade(grade)))
     return false;
   Truth truth(*function.promise);
-  for (const Finding<T>& finding : result.by_ulp[grade]) {
+  for (const Finding<T>& finding : result.subnormal[grade]) {
     truth.set(finding.point);
-    const T exact = truth.rounded<T>();
-    const bool subnormal = std::isfinite(exact) && !truth.is_normal<T>();
-    const double relative_part = function.relative_bound(Grade(grade)) * static_cast<double>(ordinal(std::fabs(exact)));
-    if (subnormal ? finding.ulp > 1 + relative_part : std::isinf(finding.ulp)) return false;
+    const double spacings = static_cast<double>(ordinal(std::fabs(truth.rounded<T>())));
+    if (finding.ulp > 1 + function.relative_bound(Grade(grade)) * spacings) return false;
   }
-  return true;
+  return result.by_ulp[grade].empty() || std::isfinite(result.by_ulp[grade][0].ulp);
 }
 
 template <class T>
@@ -129,19 +138,25 @@ bool measure(const RealFunction<T>& function, const Options& options, Document& 
     const bool kept = keeps_bound(function, grade, result);
     pass &= kept;
     const Finding<T> none{{T(0), T(0)}, 0, 0};
-    const Finding<T> ulp = result.by_ulp[grade].empty() ? none : result.by_ulp[grade][0];
-    const Finding<T> relative = result.by_relative[grade].empty() ? none : result.by_relative[grade][0];
+    const auto worst = [&](const std::vector<Finding<T>>& findings) { return findings.empty() ? none : findings[0]; };
+    const Finding<T> ulp = worst(result.by_ulp[grade]);
+    const Finding<T> subnormal = worst(result.subnormal[grade]);
+    const Finding<T> relative = worst(result.by_relative[grade]);
     const std::string bound = Grade(grade) == Grade::ha
                                   ? format("%.2f ulp", function.ha_ulp())
                                   : format("2^%d", std::ilogb(function.relative_bound(Grade(grade))));
     const std::string arguments = all ? "all" : format("%.3g", static_cast<double>(result.arguments));
     const std::string relative_text = format("2^%.2f", std::log2(relative.relative));
-    std::printf("%-10s %s  bound %-8s  worst %.4f ulp at %s, relative %s at %s  %s\n", function.label().c_str(),
-                grade_names[grade], bound.c_str(), ulp.ulp, place(function, ulp.point).c_str(), relative_text.c_str(),
+    std::printf("%-10s %s  bound %-8s  worst %.4f ulp at %s, subnormal %.4f, relative %s at %s  %s\n",
+                function.label().c_str(), grade_names[grade], bound.c_str(), ulp.ulp,
+                place(function, ulp.point).c_str(), subnormal.ulp, relative_text.c_str(),
                 place(function, relative.point).c_str(), kept ? "kept" : "BROKEN");
     document.enter("| " + function.label() + " | " + grade_names[grade] + " | " + bound + " | " +
-                   format("%.4f", ulp.ulp) + " | `" + place(function, ulp.point) + "` | " + relative_text + " | `" +
-                   place(function, relative.point) + "` | " + arguments + " |");
+                   format("%.4f", ulp.ulp) + " | `" + place(function, ulp.point) + "` | " +
+                   (result.subnormal[grade].empty()
+                        ? std::string("- | -")
+                        : format("%.4f", subnormal.ulp) + " | `" + place(function, subnormal.point) + "`") +
+                   " | " + relative_text + " | `" + place(function, relative.point) + "` | " + arguments + " |");
   }
   if (options.cases) write_cases(function, result, options.root + "/tests/data/vector_math");
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
@@ -161,6 +176,8 @@ Options parse(int count, char** words) {
       options.root = value();
     else if (word == "--samples")
       options.samples = std::max(1LL, std::atoll(value().c_str()));
+    else if (word == "--profile")
+      options.profile = value();
     else if (word == "--threads")
       options.threads = std::max(1, std::atoi(value().c_str()));
     else if (word == "--sampled")
@@ -192,7 +209,10 @@ int main(int count, char** words) {
     for (const auto& function : functions) {
       if (!options.wants(function.function)) continue;
       any = true;
-      pass &= measure(function, options, document);
+      if (options.profile.empty())
+        pass &= measure(function, options, document);
+      else
+        write_profile(function, options.profile);
     }
   };
   measure_all(real_functions<double>());
@@ -201,6 +221,7 @@ int main(int count, char** words) {
     std::fputs("no such function\n", stderr);
     return 2;
   }
+  if (!options.profile.empty()) return 0;
   document.write();
   if (options.cases) write_digests(data);
   std::puts(pass ? "PASS" : "FAIL");

@@ -39,11 +39,11 @@ class CaseWriter {
     if (function_.inputs() == 2) print(x.b);
     print(rounded);
     std::fprintf(file_, "%c%03lx %d\n", excess < 0 ? '-' : '+', std::labs(excess),
-                 truth_.template status<T>(function_.promise->reports_underflow));
+                 truth_.template status<T>(*function_.promise));
   }
   int status(Point<T> x) {
     truth_.set(x);
-    return truth_.template status<T>(function_.promise->reports_underflow);
+    return truth_.template status<T>(*function_.promise);
   }
   // Between two arguments of different status: four neighbours on each side of the change.
   void write_threshold(std::int64_t low, std::int64_t high, T b) {
@@ -111,6 +111,8 @@ void write_cases(const RealFunction<T>& function, const ScanResult<T>& result, c
   for (int grade = 0; grade < grades; ++grade) {
     cases.heading(std::string("the worst found for ") + grade_names[grade]);
     for (std::size_t k = 0; k < 16 && k < result.by_ulp[grade].size(); ++k) cases.write(result.by_ulp[grade][k].point);
+    for (std::size_t k = 0; k < 8 && k < result.subnormal[grade].size(); ++k)
+      cases.write(result.subnormal[grade][k].point);
   }
   std::fclose(file);
 }

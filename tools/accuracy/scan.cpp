@@ -6,6 +6,8 @@
 #include <deque>
 #include <thread>
 
+#include "tools/accuracy/root_truths.h"
+
 namespace accuracy {
 
 using namespace orin::vector_math;
@@ -124,6 +126,7 @@ class Scanner {
     count_ += other.count_;
     for (int grade = 0; grade < grades; ++grade) {
       ulp_[grade].merge(other.ulp_[grade]);
+      subnormal_[grade].merge(other.subnormal_[grade]);
       relative_[grade].merge(other.relative_[grade]);
     }
   }
@@ -132,7 +135,8 @@ class Scanner {
     for (int round = 0; round < rounds; ++round) {
       std::vector<Point<T>> starts;
       for (int grade = 0; grade < grades; ++grade)
-        for (const Point<T>& x : ulp_[grade].points()) starts.push_back(x);
+        for (Worst<T>* worst : {&ulp_[grade], &subnormal_[grade]})
+          for (const Point<T>& x : worst->points()) starts.push_back(x);
       for (const Point<T>& start : starts) {
         for (int k = 0; k < 128; ++k) {
           const Point<T> x = {near(start.a, random),
@@ -161,9 +165,10 @@ class Scanner {
     };
     for (int grade = 0; grade < grades; ++grade) {
       out.by_ulp[grade] = findings(grade, ulp_[grade]);
+      out.subnormal[grade] = findings(grade, subnormal_[grade]);
       out.by_relative[grade] = findings(grade, relative_[grade]);
-      std::sort(out.by_ulp[grade].begin(), out.by_ulp[grade].end(),
-                [](const auto& a, const auto& b) { return a.ulp > b.ulp; });
+      for (auto* list : {&out.by_ulp[grade], &out.subnormal[grade]})
+        std::sort(list->begin(), list->end(), [](const auto& a, const auto& b) { return a.ulp > b.ulp; });
       std::sort(out.by_relative[grade].begin(), out.by_relative[grade].end(),
                 [](const auto& a, const auto& b) { return a.relative > b.relative; });
     }
@@ -190,7 +195,8 @@ class Scanner {
     const int exponent = std::max(1, static_cast<int>(smaller >> fraction_bits));
     const Wide<T> difference = std::fabs(static_cast<Wide<T>>(result) - exact);
     const double in_ulp = static_cast<double>(difference * spacings_.inverse[exponent - 1]);
-    ulp_[grade].offer(x, in_ulp);
+    const bool normal = std::fabs(exact) >= static_cast<Wide<T>>(std::numeric_limits<T>::min());
+    (normal ? ulp_ : subnormal_)[grade].offer(x, in_ulp);
     if (exponent > 1) relative_[grade].offer(x, static_cast<double>(difference / std::fabs(exact)));
   }
 
@@ -200,7 +206,7 @@ class Scanner {
   Wide<T> exact_[block];
   int filled_ = 0;
   std::int64_t count_ = 0;
-  std::array<Worst<T>, grades> ulp_, relative_;
+  std::array<Worst<T>, grades> ulp_, subnormal_, relative_;
 };
 
 // Thread `part` of `parts` takes its share of the sampled arguments.

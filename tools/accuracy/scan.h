@@ -24,8 +24,10 @@ struct Finding {
 template <class T>
 struct ScanResult {
   std::int64_t arguments = 0;
-  // Per grade: the worst ones by error in ulp (first) and by relative error, largest first.
+  // Per grade: the worst ones by error in ulp among normal and among subnormal results, and by relative error, largest
+  // first.
   std::vector<Finding<T>> by_ulp[orin::vector_math::grades];
+  std::vector<Finding<T>> subnormal[orin::vector_math::grades];
   std::vector<Finding<T>> by_relative[orin::vector_math::grades];
 };
 

@@ -33,6 +33,19 @@ inline int mpfr_log_abs_gamma(mpfr_t value, mpfr_srcptr x, mpfr_rnd_t rounding) 
   return mpfr_lgamma(value, &sign, x, rounding);
 }
 
+// Truths that MPFR lacks, with its conventions.
+inline int normal_distribution(mpfr_t value, mpfr_srcptr x, mpfr_rnd_t mode) {
+  mpfr_t z, root;
+  mpfr_inits2(mpfr_get_prec(value) + 64, z, root, nullptr);
+  mpfr_sqrt_ui(root, 2, MPFR_RNDN);
+  mpfr_div(z, x, root, MPFR_RNDN);
+  mpfr_neg(z, z, MPFR_RNDN);
+  mpfr_erfc(z, z, MPFR_RNDN);
+  const int inexact = mpfr_div_2ui(value, z, 1, mode);
+  mpfr_clears(z, root, nullptr);
+  return inexact;
+}
+
 // The truth of a row of the catalog.
 MpfrFunction truth_of(const orin::vector_math::Promise& promise);
 
@@ -129,13 +142,14 @@ class Truth {
 
   // The status that a kernel must report at the arguments.
   template <class T>
-  int status(bool reports_underflow) const {
+  int status(const orin::vector_math::Promise& promise) const {
+    if (promise.reports_nothing) return KOR_STATUS_OK;
     if (mpfr_nan_p(a_) || mpfr_nan_p(b_)) return KOR_STATUS_OK;
     if (mpfr_nan_p(value_)) return KOR_STATUS_ERRDOM;
     if (mpfr_inf_p(a_) || mpfr_inf_p(b_)) return KOR_STATUS_OK;
     if (pole_) return KOR_STATUS_SING;
     if (std::isinf(rounded<T>())) return KOR_STATUS_OVERFLOW;
-    if (reports_underflow && (mpfr_zero_p(value_) == 0 || vanished_) && !is_normal<T>()) return KOR_STATUS_UNDERFLOW;
+    if (promise.reports_underflow && (mpfr_zero_p(value_) == 0 || vanished_) && !is_normal<T>()) return KOR_STATUS_UNDERFLOW;
     return KOR_STATUS_OK;
   }
 

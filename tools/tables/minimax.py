@@ -83,6 +83,38 @@ def hex_float(x):
     return hex_double(to_float(x)) + "f"
 
 
+FORMATS = {"double": (to_double, hex_double), "float": (to_float, hex_float)}  # nearest number, its text
+
+
+def write_fit(out, function, text, lead, name, powers, low, high, kind):
+    """Fits a function of r by lead(r), given with its text, and multiples of these powers; writes the coefficients.
+
+    The error is relative; on both sides of 0, where that has no best fit, the polynomial alone is fitted absolutely. No
+    argument is 0: that end is moved, and an interval around 0 made uneven.
+    """
+    nearest, hexadecimal = FORMATS[kind]
+    low = max(mpf(low), mpf(2) ** -20) if low >= 0 else mpf(low) * (1 + mpf(2) ** -20)
+    lead_text, leading = lead
+    weight = function if low > 0 else lambda x: x ** powers[0]
+    basis = [lambda x, m=m: x**m / weight(x) for m in powers]
+    c, _ = fit(lambda x: (function(x) - leading(x)) / weight(x), basis, low, high, relative=False)
+    c = [nearest(value) for value in c]
+    error = max_error(lambda x: leading(x) + sum(v * x**m for v, m in zip(c, powers)), function, low, high, points=1000)
+    terms = [f"{name}_{k}" + (" r" if m == 1 else f" r^{m}") for k, m in enumerate(powers)]
+    if len(terms) > 3:
+        terms[2:-1] = [".."]
+    formula = " + ".join([lead_text] * (lead_text != "") + terms)
+    interval = f"{mp.nstr(low, 4)} <= r <= {mp.nstr(high, 4)}" if low < 0 else f"|r| <= {mp.nstr(mpf(high), 4)}"
+    out.comment(f"{text} r = {formula}, {interval}, relative error below {exponent_text(error)}.")
+    for k, v in enumerate(c):
+        out.constant(f"{name}_{k}", hexadecimal(v), kind)
+
+
+NOTHING = ("", lambda x: mpf(0))
+ONE = ("1", lambda x: mpf(1))
+R = ("r", lambda x: x)
+
+
 class Header:
     """One header of generated data, written to standard output."""
 

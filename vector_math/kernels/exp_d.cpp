@@ -4,21 +4,18 @@
 // Method    HA  x = n ln2/64 + r, n = 64 k + j;    e^x = 2^k (T + T p(r)), T = 2^(j/64) as a pair, p of degree 5
 //           LA  x = n ln2/1024 + r, n = 1024 k + j;  e^x = 2^k T q(r), q a monic cubic, T = 2^(j/1024) / 6
 //           EP  x 256/ln2 = n + 512 u, n = 256 k + j;  e^x = 2^k T (w^2 + b), w = u + 369/512, T near 2^(j/256)
-// Bounds    HA 0.55 ulp, LA relative 2^-50, EP relative 2^-26; subnormal results one spacing more in LA and EP
+// Bounds    HA 0.55 ulp, subnormal results 0.78; LA relative 2^-50, EP 2^-26, one spacing more there
 // Budget    HA  in ulp: polynomial 2^-6; roundings of r, p, T p and T p + T low 2^-8 each, of the result 1/2
 //           LA  in 2^-53: polynomial 1.1, r 2, q 2, table 1, product 1
 //           EP  polynomial 2^-31.1, x 256/ln2 2^-43
 // Special   NaN -> NaN, +inf -> +inf, -inf -> +0, no status; overflow -> +inf, status 3; underflow -> +0, status 4;
-//           subnormal results rounded once, status 4
+//           subnormal results by a last product with 2^-1022, status 4
 // Data      data/exp_d_data.h from tools/tables/exp_d.py
 // Source    P. T. P. Tang, Table-driven implementation of the exponential function, ACM TOMS 15 (1989), 144-157
-#include <cfloat>
-#include <cmath>
-
 #include "vector_math/data/exp_d_data.h"
 #include "vector_math/kernels.h"
+#include "vector_math/kernels/exponential.h"
 #include "vector_math/simd/elementwise.h"
-#include "vector_math/simd/rounding.h"
 #include "vector_math/simd/table.h"
 
 namespace orin::vector_math {
@@ -54,8 +51,7 @@ constexpr struct {
   Constant<double> b = data::ep_0;
 } ep_constants{};
 
-// e^x 2^extra by grade, for arguments whose result is a normal number, and e^x where it is subnormal. Both ways past
-// the range of 2^k are in two steps: a power near 1, then an exact or once rounded product with the rest.
+// e^x 2^extra by grade, for a result that is a normal number.
 template <Grade grade>
 struct Power;
 
@@ -63,12 +59,8 @@ template <>
 struct Power<Grade::ha> {
   static constexpr const auto& constants = ha_constants;
 
-  // e^x = 2^k (high + rest), k above the lowest six bits of t.
-  struct Parts {
-    Vec2d high, rest;
-    Vec2l t;
-  };
-  static ORIN_INLINE Parts parts(Vec2d x) {
+  template <int extra>
+  static ORIN_INLINE Vec2d of(Vec2d x) {
     const auto& k = in_memory(constants);
     const Vec2d t = x * k.inverse + k.to_integer;
     const Vec2d n = t - k.to_integer;
@@ -77,26 +69,11 @@ struct Power<Grade::ha> {
     const auto j = low_bits<6>(bits(t));
     const Vec2d high = look_up<2>(data::ha_pairs, j);
     const Vec2d low = look_up<2>(data::ha_pairs + 1, j);
-    return {high, (high + low) * p + low, bits(t)};
-  }
-  // v 2^(k + extra). The power is added in the exponent: v lies within [1/2, 2) and the result is normal, so nothing is
-  // rounded.
-  template <int extra>
-  static ORIN_INLINE Vec2d scale(Vec2d v, Vec2l t) {
-    Vec2l exponent = shift_right<6>(t);
+    const Vec2d v = ((high + low) * p + low) + high;
+    // 2^k is added in the exponent: v lies within [1/2, 2) and the result is normal, so nothing is rounded.
+    Vec2l exponent = shift_right<6>(bits(t));
     if constexpr (extra != 0) exponent = exponent + Vec2l(std::int64_t{extra});
     return from_bits(bits(v) + shift_left<52>(exponent));
-  }
-
-  template <int extra>
-  static ORIN_INLINE Vec2d of(Vec2d x) {
-    const auto [high, rest, t] = parts(x);
-    return scale<extra>(rest + high, t);
-  }
-  static double subnormal(double x) {
-    const auto [high, rest, t] = parts(x);
-    const Vec2d power = scale<1022>(1.0, t);
-    return sum_at_spacing_of_one(first_lane(high * power), first_lane(rest * power)) * DBL_MIN;
   }
 };
 
@@ -114,7 +91,6 @@ struct Power<Grade::la> {
     const Vec2d q = ((r + k.q2) * r + k.q1) * r + k.q0;
     return powers.of<extra>(bits(t)) * q;
   }
-  static double subnormal(double x) { return first_lane(of<1022>(x)) * DBL_MIN; }
 };
 
 template <>
@@ -130,38 +106,18 @@ struct Power<Grade::ep> {
     const Vec2d w = y - (t - k.to_step_shifted);
     return powers.of<extra>(bits(t)) * (w * w + k.b);
   }
-  static double subnormal(double x) { return first_lane(of<1022>(x)) * DBL_MIN; }
-};
-
-template <Grade grade>
-struct ExpD : OneToOne<double> {
-  static constexpr const char* name = "vdExp";
-  static constexpr double ordinary = 0.0;
-  static constexpr double overflow = 0x1.62e42fefa39fp+9;     // at or above: +inf
-  static constexpr double subnormal = -0x1.6232bdd7abcd2p+9;  // below: subnormal
-  static constexpr double underflow = -0x1.74910d52d3052p+9;  // at or below: +0
-
-  static ORIN_INLINE Vec4i special_lanes(Vec4i high) {
-    return magnitude(high) > in_memory(Power<grade>::constants).largest_word;
-  }
-  static ORIN_INLINE Vec2d fast(Vec2d x) { return Power<grade>::template of<0>(x); }
-
-  static Outcome<double> special(double x) {
-    if (x != x) return {{x + x}, KOR_STATUS_OK};
-    if (x >= overflow) return {{HUGE_VAL}, x > DBL_MAX ? KOR_STATUS_OK : KOR_STATUS_OVERFLOW};
-    if (x <= underflow) return {{0.0}, x < -DBL_MAX ? KOR_STATUS_OK : KOR_STATUS_UNDERFLOW};
-    if (x < subnormal) return {{Power<grade>::subnormal(x)}, KOR_STATUS_UNDERFLOW};
-    if (x < 0) return {{first_lane(Power<grade>::template of<1022>(x)) * DBL_MIN}, KOR_STATUS_OK};
-    // The coarser grades may err past the largest number, whose logarithm the bound is.
-    const Vec2d half = min(Power<grade>::template of<-1>(x), DBL_MAX / 2);
-    return {{first_lane(half) * 2.0}, KOR_STATUS_OK};
-  }
 };
 
 }  // namespace
 
-void ORIN_CALL exp_d_la(std::int32_t n, const double* a, double* r) { elementwise<ExpD<Grade::la>>({}, n, {a}, {r}); }
-void ORIN_CALL exp_d_ha(std::int32_t n, const double* a, double* r) { elementwise<ExpD<Grade::ha>>({}, n, {a}, {r}); }
-void ORIN_CALL exp_d_ep(std::int32_t n, const double* a, double* r) { elementwise<ExpD<Grade::ep>>({}, n, {a}, {r}); }
+void ORIN_CALL exp_d_la(std::int32_t n, const double* a, double* r) {
+  elementwise<Exponential<double, Power<Grade::la>>>({}, n, {a}, {r});
+}
+void ORIN_CALL exp_d_ha(std::int32_t n, const double* a, double* r) {
+  elementwise<Exponential<double, Power<Grade::ha>>>({}, n, {a}, {r});
+}
+void ORIN_CALL exp_d_ep(std::int32_t n, const double* a, double* r) {
+  elementwise<Exponential<double, Power<Grade::ep>>>({}, n, {a}, {r});
+}
 
 }  // namespace orin::vector_math

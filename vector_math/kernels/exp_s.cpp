@@ -4,21 +4,18 @@
 // Method    HA  x = n ln2/256 + r, n = 256 k + j;  e^x = 2^k (T + T (tail + p(r))), T (1 + tail) = 2^(j/256)
 //           LA  the same reduction, shifted by 369 steps;  e^x = 2^k T (w^2 + b), w = r + 369 ln2/256
 //           EP  x/ln2 = k + f;  e^x = 2^k q(f), q a cubic
-// Bounds    HA 0.53 ulp, LA relative 2^-21, EP relative 2^-11; subnormal results one spacing more in LA and EP
+// Bounds    HA 0.53 ulp, subnormal results 0.77; LA relative 2^-21, EP 2^-11, subnormal results one spacing more
 // Budget    HA  in ulp: reduction 2^-6, polynomial 2^-8; roundings of tail + p and its product 2^-9, of the result 1/2
 //           LA  in 2^-24: w 2, its square 1/2, the sum 1, table 1, product 1
 //           EP  polynomial 2^-13.6, reduction x/ln2 2^-18
 // Special   NaN -> NaN, +inf -> +inf, -inf -> +0, no status; overflow -> +inf, status 3; underflow -> +0, status 4;
-//           subnormal results rounded once, status 4
+//           subnormal results by a last product with 2^-126, status 4
 // Data      data/exp_s_data.h from tools/tables/exp_s.py
 // Source    P. T. P. Tang, Table-driven implementation of the exponential function, ACM TOMS 15 (1989), 144-157
-#include <cfloat>
-#include <cmath>
-
 #include "vector_math/data/exp_s_data.h"
 #include "vector_math/kernels.h"
+#include "vector_math/kernels/exponential.h"
 #include "vector_math/simd/elementwise.h"
-#include "vector_math/simd/rounding.h"
 #include "vector_math/simd/table.h"
 
 namespace orin::vector_math {
@@ -53,8 +50,7 @@ constexpr struct {
   Constant<float> q0 = data::ep_0, q1 = data::ep_1, q2 = data::ep_2, q3 = data::ep_3;
 } ep_constants{};
 
-// e^x 2^extra by grade, for arguments whose result is a normal number, and e^x where it is subnormal. Both ways past
-// the range of 2^k are in two steps: a power near 1, then an exact or once rounded product with the rest.
+// e^x 2^extra by grade, for a result that is a normal number.
 template <Grade grade>
 struct Power;
 
@@ -62,37 +58,18 @@ template <>
 struct Power<Grade::ha> {
   static constexpr const auto& constants = ha_constants;
 
-  // e^x = 2^k (high + rest), k above the lowest eight bits of t.
-  struct Parts {
-    Vec4f high, rest;
-    Vec4i t;
-  };
-  static ORIN_INLINE Parts parts(Vec4f x) {
+  template <int extra>
+  static ORIN_INLINE Vec4f of(Vec4f x) {
     const auto& k = in_memory(constants);
     const Vec4f t = x * k.inverse + k.to_integer;
     const Vec4f n = t - k.to_integer;
     const Vec4f r = (x - n * k.step_high) - n * k.step_low;
     const auto [power, tail] = look_up_pairs(data::ha_pairs, low_bits<8>(bits(t)));
-    return {power, power * (tail + r * (k.p1 + r * k.p2)), bits(t)};
-  }
-  // v 2^(k + extra). The power is added in the exponent: v lies within [1/2, 2] and the result is normal, so nothing is
-  // rounded.
-  template <int extra>
-  static ORIN_INLINE Vec4f scale(Vec4f v, Vec4i t) {
-    Vec4i exponent = shift_right<8>(t);
+    const Vec4f v = power + power * (tail + r * (k.p1 + r * k.p2));
+    // 2^k is added in the exponent: v lies within [1/2, 2] and the result is normal, so nothing is rounded.
+    Vec4i exponent = shift_right<8>(bits(t));
     if constexpr (extra != 0) exponent = exponent + Vec4i(extra);
     return from_bits(bits(v) + shift_left<23>(exponent));
-  }
-
-  template <int extra>
-  static ORIN_INLINE Vec4f of(Vec4f x) {
-    const auto [high, rest, t] = parts(x);
-    return scale<extra>(high + rest, t);
-  }
-  static float subnormal(float x) {
-    const auto [high, rest, t] = parts(x);
-    const Vec4f power = scale<126>(1.0f, t);
-    return sum_at_spacing_of_one(first_lane(high * power), first_lane(rest * power)) * FLT_MIN;
   }
 };
 
@@ -109,7 +86,6 @@ struct Power<Grade::la> {
     const Vec4f w = (x - n * k.step_high) - n * k.step_low;
     return powers.of<extra>(bits(t)) * (w * w + k.b);
   }
-  static float subnormal(float x) { return first_lane(of<126>(x)) * FLT_MIN; }
 };
 
 template <>
@@ -127,38 +103,18 @@ struct Power<Grade::ep> {
     if constexpr (extra != 0) exponent = exponent + Vec4i(extra);
     return from_bits(bits(q) + shift_left<23>(exponent));
   }
-  static float subnormal(float x) { return first_lane(of<126>(x)) * FLT_MIN; }
-};
-
-template <Grade grade>
-struct ExpS : OneToOne<float> {
-  static constexpr const char* name = "vsExp";
-  static constexpr float ordinary = 0.0f;
-  static constexpr float overflow = 0x1.62e43p+6f;     // at or above: +inf
-  static constexpr float subnormal = -0x1.5d589ep+6f;  // below: subnormal
-  static constexpr float underflow = -0x1.9fe36ap+6f;  // at or below: +0
-
-  static ORIN_INLINE Vec4i special_lanes(Vec4i high) {
-    return magnitude(high) > in_memory(Power<grade>::constants).largest_word;
-  }
-  static ORIN_INLINE Vec4f fast(Vec4f x) { return Power<grade>::template of<0>(x); }
-
-  static Outcome<float> special(float x) {
-    if (x != x) return {{x + x}, KOR_STATUS_OK};
-    if (x >= overflow) return {{HUGE_VALF}, x > FLT_MAX ? KOR_STATUS_OK : KOR_STATUS_OVERFLOW};
-    if (x <= underflow) return {{0.0f}, x < -FLT_MAX ? KOR_STATUS_OK : KOR_STATUS_UNDERFLOW};
-    if (x < subnormal) return {{Power<grade>::subnormal(x)}, KOR_STATUS_UNDERFLOW};
-    if (x < 0) return {{first_lane(Power<grade>::template of<126>(x)) * FLT_MIN}, KOR_STATUS_OK};
-    // The coarser grades may err past the largest number, whose logarithm the bound is.
-    const Vec4f half = min(Power<grade>::template of<-1>(x), FLT_MAX / 2);
-    return {{first_lane(half) * 2.0f}, KOR_STATUS_OK};
-  }
 };
 
 }  // namespace
 
-void ORIN_CALL exp_s_la(std::int32_t n, const float* a, float* r) { elementwise<ExpS<Grade::la>>({}, n, {a}, {r}); }
-void ORIN_CALL exp_s_ha(std::int32_t n, const float* a, float* r) { elementwise<ExpS<Grade::ha>>({}, n, {a}, {r}); }
-void ORIN_CALL exp_s_ep(std::int32_t n, const float* a, float* r) { elementwise<ExpS<Grade::ep>>({}, n, {a}, {r}); }
+void ORIN_CALL exp_s_la(std::int32_t n, const float* a, float* r) {
+  elementwise<Exponential<float, Power<Grade::la>>>({}, n, {a}, {r});
+}
+void ORIN_CALL exp_s_ha(std::int32_t n, const float* a, float* r) {
+  elementwise<Exponential<float, Power<Grade::ha>>>({}, n, {a}, {r});
+}
+void ORIN_CALL exp_s_ep(std::int32_t n, const float* a, float* r) {
+  elementwise<Exponential<float, Power<Grade::ep>>>({}, n, {a}, {r});
+}
 
 }  // namespace orin::vector_math

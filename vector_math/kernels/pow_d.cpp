@@ -10,7 +10,7 @@
 
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/pow_core_d.h"
-#include "vector_math/kernels/pow_special.h"
+#include "vector_math/kernels/power.h"
 
 namespace orin::vector_math {
 namespace {
@@ -39,51 +39,28 @@ WidePower<double> wide_power(double x, double y) {
   return {in_least_normals * DBL_MIN, in_least_normals < 1};
 }
 
-constexpr Constant<std::int32_t> largest_exponent = 0x43bfffff;  // |y| below 2^61: finite whatever the lane computes
-
 template <Grade grade>
-struct PowD : TwoToOne<double> {
-  static constexpr const char* name = "vdPow";
-  static constexpr double ordinary = 1.0;
-  static constexpr int groups_per_step = 1;
-  static constexpr bool marks_results = true;
+struct Core {
+  using Element = double;
+  static constexpr double limit = 0x1p61;  // below it the exponent is finite whatever the lane computes
 
-  static ORIN_INLINE Vec4i special_lanes(Vec4i x, Vec4i y) {
-    return not_positive_normal<double>(x) | (magnitude(y) > in_memory(largest_exponent));
-  }
-  static ORIN_INLINE Vec2d fast(Vec2d x, Vec2d y) { return pow_d::power_function<grade>(x, y); }
-  static Outcome<double> special(double x, double y) { return special_power(x, y, wide_power); }
-};
-
-template <Grade grade>
-struct PowxD : OneToOne<double> {
-  static constexpr const char* name = "vdPowx";
-  static constexpr double ordinary = 1.0;
-  static constexpr int groups_per_step = 1;
-  static constexpr bool marks_results = true;
-
-  double y;
-  // Beyond the limit every lane is special; 1 then stands in, for fast to see nothing odd.
-  double ordinary_y = __builtin_isless(std::fabs(y), 0x1p61) ? y : 1;
-
-  ORIN_INLINE Vec4i special_lanes(Vec4i x) const { return not_positive_normal<double>(x) | (y == ordinary_y ? 0 : -1); }
-  ORIN_INLINE Vec2d fast(Vec2d x) const { return pow_d::power_function<grade>(x, ordinary_y); }
-  Outcome<double> special(double x) const { return special_power(x, y, wide_power); }
+  static ORIN_INLINE Vec2d power(Vec2d x, Vec2d y) { return pow_d::power_function<grade>(x, y); }
+  static WidePower<double> wide(double x, double y) { return wide_power(x, y); }
 };
 
 }  // namespace
 
 void ORIN_CALL pow_d_ha(std::int32_t n, const double* a, const double* b, double* r) {
-  elementwise<PowD<Grade::ha>>({}, n, {a, b}, {r});
+  elementwise<PowerOfVectors<Core<Grade::ha>>>({}, n, {a, b}, {r});
 }
 void ORIN_CALL pow_d_ep(std::int32_t n, const double* a, const double* b, double* r) {
-  elementwise<PowD<Grade::ep>>({}, n, {a, b}, {r});
+  elementwise<PowerOfVectors<Core<Grade::ep>>>({}, n, {a, b}, {r});
 }
 void ORIN_CALL powx_d_ha(std::int32_t n, const double* a, double b, double* r) {
-  elementwise<PowxD<Grade::ha>>({{}, b}, n, {a}, {r});
+  elementwise<PowerOfScalar<Core<Grade::ha>>>({{}, b}, n, {a}, {r});
 }
 void ORIN_CALL powx_d_ep(std::int32_t n, const double* a, double b, double* r) {
-  elementwise<PowxD<Grade::ep>>({{}, b}, n, {a}, {r});
+  elementwise<PowerOfScalar<Core<Grade::ep>>>({{}, b}, n, {a}, {r});
 }
 
 }  // namespace orin::vector_math

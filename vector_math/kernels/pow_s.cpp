@@ -16,7 +16,7 @@
 #include "vector_math/data/pow_s_data.h"
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/pow_core_d.h"
-#include "vector_math/kernels/pow_special.h"
+#include "vector_math/kernels/power.h"
 
 namespace orin::vector_math {
 namespace {
@@ -105,51 +105,28 @@ WidePower<float> wide_power(float x, float y) {
   return {power >= 0x1.ffffffp127 ? HUGE_VALF : static_cast<float>(power), power < double{FLT_MIN}};
 }
 
-constexpr Constant<std::int32_t> largest_exponent = 0x4f7fffff;  // |y| below 2^32: finite whatever the lane computes
-
 template <Grade grade>
-struct PowS : TwoToOne<float> {
-  static constexpr const char* name = "vsPow";
-  static constexpr float ordinary = 1.0f;
-  static constexpr int groups_per_step = 1;
-  static constexpr bool marks_results = true;
+struct Core {
+  using Element = float;
+  static constexpr float limit = 0x1p32f;  // below it the exponent is finite whatever the lane computes
 
-  static ORIN_INLINE Vec4i special_lanes(Vec4i x, Vec4i y) {
-    return not_positive_normal<float>(x) | (magnitude(y) > in_memory(largest_exponent));
-  }
-  static ORIN_INLINE Vec4f fast(Vec4f x, Vec4f y) { return power_function<grade>(x, y); }
-  static Outcome<float> special(float x, float y) { return special_power(x, y, wide_power); }
-};
-
-template <Grade grade>
-struct PowxS : OneToOne<float> {
-  static constexpr const char* name = "vsPowx";
-  static constexpr float ordinary = 1.0f;
-  static constexpr int groups_per_step = 1;
-  static constexpr bool marks_results = true;
-
-  float y;
-  // Beyond the limit every lane is special; 1 then stands in, for fast to see nothing odd.
-  float ordinary_y = __builtin_isless(std::fabs(y), 0x1p32f) ? y : 1;
-
-  ORIN_INLINE Vec4i special_lanes(Vec4i x) const { return not_positive_normal<float>(x) | (y == ordinary_y ? 0 : -1); }
-  ORIN_INLINE Vec4f fast(Vec4f x) const { return power_function<grade>(x, ordinary_y); }
-  Outcome<float> special(float x) const { return special_power(x, y, wide_power); }
+  static ORIN_INLINE Vec4f power(Vec4f x, Vec4f y) { return power_function<grade>(x, y); }
+  static WidePower<float> wide(float x, float y) { return wide_power(x, y); }
 };
 
 }  // namespace
 
 void ORIN_CALL pow_s_ha(std::int32_t n, const float* a, const float* b, float* r) {
-  elementwise<PowS<Grade::ha>>({}, n, {a, b}, {r});
+  elementwise<PowerOfVectors<Core<Grade::ha>>>({}, n, {a, b}, {r});
 }
 void ORIN_CALL pow_s_ep(std::int32_t n, const float* a, const float* b, float* r) {
-  elementwise<PowS<Grade::ep>>({}, n, {a, b}, {r});
+  elementwise<PowerOfVectors<Core<Grade::ep>>>({}, n, {a, b}, {r});
 }
 void ORIN_CALL powx_s_ha(std::int32_t n, const float* a, float b, float* r) {
-  elementwise<PowxS<Grade::ha>>({{}, b}, n, {a}, {r});
+  elementwise<PowerOfScalar<Core<Grade::ha>>>({{}, b}, n, {a}, {r});
 }
 void ORIN_CALL powx_s_ep(std::int32_t n, const float* a, float b, float* r) {
-  elementwise<PowxS<Grade::ep>>({{}, b}, n, {a}, {r});
+  elementwise<PowerOfScalar<Core<Grade::ep>>>({{}, b}, n, {a}, {r});
 }
 
 }  // namespace orin::vector_math

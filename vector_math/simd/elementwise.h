@@ -11,6 +11,11 @@
 // A function without special arguments leaves the last three out. Scalar parameters are members of F. Where arguments
 // alone do not tell, F has also
 //   marks_results          fast gives a negative NaN where special must decide; no other result of it has the sign bit
+//   special_results(w)     or: mask of the results where special must decide, from the high words of four
+// Where a longer vector path takes over beyond the usual arguments, F has also
+//   beyond_fast(w...)      mask of the arguments that fast must not see: those that only wide can take, and special ones
+//   wide(v...)             the value(s) of a register of any arguments but special ones, for those that fast may see too:
+//                          the same bits. A group with one argument beyond fast goes through wide as a whole.
 //
 // The loop guarantees: nothing outside the vectors is touched; they need only the alignment of a float; a result vector
 // may be an argument vector; an element's bits depend on its own arguments alone, since a tail and a group with a
@@ -153,13 +158,16 @@ class Elementwise {
   using In = Few<Group<T>, F::inputs>;
   using Out = Few<Group<T>, F::outputs>;
   static constexpr bool has_special = requires { F::ordinary; };
-  static constexpr bool marks_results = requires { F::marks_results; };
+  static constexpr bool tests_results = requires(F f, Vec4i w) { f.special_results(w); };
+  static constexpr bool marks_results = tests_results || requires { F::marks_results; };
+  static constexpr bool has_wide = requires { &F::beyond_fast; };
   static_assert(!marks_results || F::groups_per_step == 1);
 
   // One test decides for both groups.
   static ORIN_INLINE void two_groups(const F& f, std::int32_t i, Arguments a, Results r) {
     const In x = load(a, i, 4), next = load(a, i + 4, 4);
-    if (lane_bits(special_lanes(f, x) | special_lanes(f, next)) != 0) [[unlikely]] {
+    if (lane_bits(odd_lanes(f, x) | odd_lanes(f, next)) != 0) [[unlikely]] {
+      if constexpr (has_wide) return wide_groups(f, i, 8, a, r);
       special_group(f, i, 4, a, r);
       return special_group(f, i + 4, 4, a, r);
     }
@@ -167,20 +175,39 @@ class Elementwise {
   }
   // By value, so that the second group is in registers before the first one's lookups go through memory.
   static ORIN_INLINE void evaluate_and_store(const F& f, In x, In next, std::int32_t i, Results r) {
-    store(evaluate(f, x), r, i, 4);
-    store(evaluate(f, next), r, i + 4, 4);
+    store(evaluate<false>(f, x), r, i, 4);
+    store(evaluate<false>(f, next), r, i + 4, 4);
   }
 
   // The next group from i on, of which `count` elements are left, padded where these are less than four.
   static ORIN_INLINE void group(const F& f, std::int32_t i, std::int32_t count, Arguments a, Results r) {
     const In x = load(a, i, count);
-    if (lane_bits(special_lanes(f, x)) != 0) [[unlikely]]
+    if (lane_bits(odd_lanes(f, x)) != 0) [[unlikely]] {
+      if constexpr (has_wide) return wide_groups(f, i, count < 4 ? count : 4, a, r);
       return special_group(f, i, count < 4 ? count : 4, a, r);
-    const Out y = evaluate(f, x);
+    }
+    evaluate_or_decide<false>(f, x, i, count, a, r);
+  }
+  template <bool wide>
+  static ORIN_INLINE void evaluate_or_decide(const F& f, const In& x, std::int32_t i, std::int32_t count, Arguments a,
+                                             Results r) {
+    const Out y = evaluate<wide>(f, x);
     if constexpr (marks_results)
-      if (lane_bits(y[0].words()) != 0) [[unlikely]]
+      if (lane_bits(special_results(f, y)) != 0) [[unlikely]]
         return special_group(f, i, count < 4 ? count : 4, a, r);
     store(y, r, i, count);
+  }
+
+  // The `count` elements from i on, in groups, some of them beyond fast.
+  [[gnu::noinline, gnu::hot]] static void wide_groups(F f, std::int32_t i, std::int32_t count, Arguments a,
+                                                      Results r) noexcept {
+    for (std::int32_t left = count; left > 0; left -= 4, i += 4) {
+      const In x = load(a, i, left);
+      if (lane_bits(special_lanes(f, x)) != 0) [[unlikely]]
+        special_group(f, i, left < 4 ? left : 4, a, r);
+      else
+        evaluate_or_decide<true>(f, x, i, left, a, r);
+    }
   }
 
   static bool accepts(std::int32_t n, Arguments a, Results r) noexcept {
@@ -216,16 +243,34 @@ class Elementwise {
       return f.special_lanes(x.item[0].words(), x.item[1].words());
   }
 
+  // The lanes that fast must not see.
+  static ORIN_INLINE Vec4i odd_lanes(const F& f, const In& x) {
+    if constexpr (!has_wide)
+      return special_lanes(f, x);
+    else if constexpr (F::inputs == 1)
+      return f.beyond_fast(x.item[0].words());
+    else
+      return f.beyond_fast(x.item[0].words(), x.item[1].words());
+  }
+
+  static ORIN_INLINE Vec4i special_results([[maybe_unused]] const F& f, const Out& y) {
+    if constexpr (tests_results)
+      return f.special_results(y[0].words());
+    else
+      return y[0].words();
+  }
+
+  template <bool wide>
   static ORIN_INLINE Out evaluate(const F& f, In x) {
     if constexpr (Group<T>::registers == 1) {
-      const auto y = value(f, x.item[0].low, x.item[F::inputs - 1].low);
+      const auto y = value<wide>(f, x.item[0].low, x.item[F::inputs - 1].low);
       if constexpr (F::outputs == 1)
         return {{{y}}};
       else
         return {{{y.first}, {y.second}}};
     } else {
-      const auto low = value(f, x.item[0].low, x.item[F::inputs - 1].low);
-      const auto high = value(f, x.item[0].high, x.item[F::inputs - 1].high);
+      const auto low = value<wide>(f, x.item[0].low, x.item[F::inputs - 1].low);
+      const auto high = value<wide>(f, x.item[0].high, x.item[F::inputs - 1].high);
       if constexpr (F::outputs == 1)
         return {{{low, high}}};
       else
@@ -233,9 +278,13 @@ class Elementwise {
     }
   }
   // f of one register of each argument; one argument comes twice.
-  template <class V>
-  static ORIN_INLINE auto value(const F& f, V a, V b) {
-    if constexpr (F::inputs == 1)
+  template <bool wide, class V>
+  static ORIN_INLINE auto value(const F& f, V a, [[maybe_unused]] V b) {
+    if constexpr (wide && F::inputs == 1)
+      return f.wide(a);
+    else if constexpr (wide)
+      return f.wide(a, b);
+    else if constexpr (F::inputs == 1)
       return f.fast(a);
     else
       return f.fast(a, b);
@@ -251,10 +300,10 @@ class Elementwise {
     T safe[F::inputs][4];
     for (int k = 0; k < F::inputs; ++k)
       for (int lane = 0; lane < 4; ++lane) safe[k][lane] = (special >> lane & 1) != 0 ? padding() : x[k][lane];
-    const Out fast = evaluate(f, load(rows(safe), 0, 4));
-    if constexpr (marks_results) special |= lane_bits(fast[0].words());
+    const Out values = evaluate<has_wide>(f, load(rows(safe), 0, 4));
+    if constexpr (marks_results) special |= lane_bits(special_results(f, values));
     T y[F::outputs][4];
-    for (int k = 0; k < F::outputs; ++k) fast[k].store(y[k], 4);
+    for (int k = 0; k < F::outputs; ++k) values[k].store(y[k], 4);
 
     for (int lane = 0; lane < count; ++lane) {
       if ((special >> lane & 1) != 0) {

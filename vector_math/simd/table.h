@@ -62,10 +62,10 @@ ORIN_INLINE Vec4f look_up(const float* table, LaneIndices<count, 4> index) {
 struct PairsOfVec2d {
   Vec2d first, second;
 };
-template <int count>
+template <int stride = 2, int count>
 ORIN_INLINE PairsOfVec2d look_up_pairs(const double* table, LaneIndices<count, 2> index) {
-  const __m128d low = _mm_load_pd(table + 2 * index.of[0]);
-  const __m128d high = _mm_load_pd(table + 2 * index.of[1]);
+  const __m128d low = _mm_load_pd(table + stride * index.of[0]);
+  const __m128d high = _mm_load_pd(table + stride * index.of[1]);
   return {_mm_unpacklo_pd(low, high), _mm_unpackhi_pd(low, high)};
 }
 struct TwoVec4f {

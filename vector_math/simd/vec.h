@@ -78,6 +78,8 @@ template <int count>
 ORIN_INLINE Vec2l shift_right(Vec2l a) {
   return _mm_srli_epi64(a.raw, count);
 }
+// The products of the low words, unsigned.
+ORIN_INLINE Vec2l multiply_low_words(Vec2l a, Vec2l b) { return _mm_mul_epu32(a.raw, b.raw); }
 
 // Two doubles.
 struct Vec2d {
@@ -151,13 +153,15 @@ ORIN_INLINE Vec4f max(Vec4f a, Vec4f b) { return _mm_max_ps(a.raw, b.raw); }
 ORIN_INLINE Vec4f select(Vec4f mask, Vec4f a, Vec4f b) {
   return _mm_or_ps(_mm_and_ps(mask.raw, a.raw), _mm_andnot_ps(mask.raw, b.raw));
 }
+ORIN_INLINE Vec4f and_not(Vec4f mask, Vec4f a) { return _mm_andnot_ps(mask.raw, a.raw); }
 ORIN_INLINE unsigned lane_bits(Vec4f mask) { return static_cast<unsigned>(_mm_movemask_ps(mask.raw)); }
 ORIN_INLINE Vec4i bits(Vec4f a) { return _mm_castps_si128(a.raw); }
 ORIN_INLINE Vec4f from_bits(Vec4i a) { return _mm_castsi128_ps(a.raw); }
 ORIN_INLINE float first_lane(Vec4f a) { return _mm_cvtss_f32(a.raw); }
 
-// Integers as floats, rounded.
+// Integers as floats, rounded, and floats as integers, rounded.
 ORIN_INLINE Vec4f to_float(Vec4i a) { return _mm_cvtepi32_ps(a.raw); }
+ORIN_INLINE Vec4i to_int(Vec4f a) { return _mm_cvtps_epi32(a.raw); }
 
 // Between the two precisions: a Vec4f as two Vec2d, exactly, and back, rounded.
 struct TwoVec2d {
@@ -169,6 +173,12 @@ ORIN_INLINE Vec4f narrow(TwoVec2d a) { return _mm_movelh_ps(_mm_cvtpd_ps(a.low.r
 // Integers as doubles, exactly.
 ORIN_INLINE TwoVec2d to_double(Vec4i a) {
   return {_mm_cvtepi32_pd(a.raw), _mm_cvtepi32_pd(_mm_shuffle_epi32(a.raw, _MM_SHUFFLE(3, 2, 3, 2)))};
+}
+
+// The low words of four 64-bit integers, in order.
+ORIN_INLINE Vec4i low_words(Vec2l low, Vec2l high) {
+  return _mm_castps_si128(
+      _mm_shuffle_ps(_mm_castsi128_ps(low.raw), _mm_castsi128_ps(high.raw), _MM_SHUFFLE(2, 0, 2, 0)));
 }
 
 // The high words of four doubles, in order.

@@ -1,0 +1,235 @@
+// arcsine: elementwise asin x and acos x, both precisions.
+// SPDX-License-Identifier: MIT
+//
+// Method    HA, and LA, EP of double: y = |x|, q = sqrt(1 - y^2); s the middle of y's bin, c = sqrt(1 - s^2);  asin y = asin s + asin r, acos y = acos s - asin r, |r| < 1/83
+//           HA  r = (y - s)(y + s)/(y c + q s), y - s exact;  LA, EP  r = y c - q s
+//           HA, acos next to 1: acos y = asin(q + d), d = (1 - y^2 - q^2)/2q, what rounding left of q
+//           LA, EP of single: t = y or, beyond 1/2, sqrt((1 - y)/2);  asin t = t p(t^2), asin y = pi/2 - 2 asin t
+// Bounds    HA 0.56 ulp, LA relative 2^-50, 2^-21, EP relative 2^-26, 2^-11
+// Budget    HA  in ulp: roundings of r 4 2^-6, last rounding 1/2
+//           LA  in units of rounding: q 1, products 2, asin s 1/2, sum 1/2; single t 1, p 1, sums 2
+//           EP  polynomial 2^-30, single 2^-14.9
+// Special   NaN -> NaN; |x| > 1 -> NaN, status 1
+// Data      data/asin_data.h from tools/tables/asin.py
+#include <cmath>
+#include <limits>
+
+#include "vector_math/data/asin_data.h"
+#include "vector_math/kernels.h"
+#include "vector_math/kernels/angle.h"
+#include "vector_math/kernels/log_base.h"
+#include "vector_math/simd/elementwise.h"
+#include "vector_math/simd/table.h"
+
+namespace orin::vector_math {
+namespace {
+
+using namespace simd;
+namespace data = asin_data;
+
+struct BinsD {
+  static constexpr const double* points = data::points_d;
+  static constexpr const double* asin_pairs = data::asin_d;
+  static constexpr const double* acos_pairs = data::acos_d;
+  static constexpr int bin_shift = 47;  // leaves five bits of the fraction
+  Constant<double> split = data::split, first_y = data::first_y, first_w = data::first_w;
+  Constant<std::int64_t> upper_rows = INT64_C(1) << 55;  // adds 256 to a row
+  Constant<double> zero = 0.0, half = 0.5, one = 1.0;
+  Constant<double> tiny = 0x1p-1000;                     // keeps 0/0 away
+  Constant<std::int64_t> leading = -(INT64_C(1) << 27);  // the first 26 bits
+  Constant<double> q0 = data::ha_d_0, q1 = data::ha_d_1, q2 = data::ha_d_2;
+  Constant<double> ep_q0 = data::ep_d_0;
+};
+struct BinsS {
+  static constexpr const float* points = data::points_s;
+  static constexpr const float* asin_pairs = data::asin_s;
+  static constexpr const float* acos_pairs = data::acos_s;
+  static constexpr int bin_shift = 18;
+  Constant<float> split = static_cast<float>(data::split), first_y = static_cast<float>(data::first_y),
+                  first_w = static_cast<float>(data::first_w);
+  Constant<std::int32_t> upper_rows = 1 << 26;  // adds 256 to a row
+  Constant<float> zero = 0.0f, half = 0.5f, one = 1.0f;
+  Constant<float> tiny = 0x1p-120f;
+  Constant<std::int32_t> leading = -(1 << 12);  // the first 12 bits
+  Constant<float> q0 = data::ha_s_0;
+};
+constexpr BinsD bins_d{};
+constexpr BinsS bins_s{};
+template <class V>
+ORIN_INLINE const auto& bins_of() {
+  if constexpr (sizeof(typename V::Element) == 8)
+    return in_memory(bins_d);
+  else
+    return in_memory(bins_s);
+}
+
+constexpr std::int32_t xor_of(float a, float b) {
+  return __builtin_bit_cast(std::int32_t, a) ^ __builtin_bit_cast(std::int32_t, b);
+}
+constexpr struct {
+  Constant<float> half = 0.5f, one = 1.0f, half_pi = vector_math::half_pi<float>;
+  Constant<float> minus_one = -1.0f;
+  Constant<std::int32_t> one_to_minus_two = xor_of(1.0f, -2.0f), minus_one_to_two = xor_of(-1.0f, 2.0f);
+  Constant<float> p0 = data::la_s_0, p1 = data::la_s_1, p2 = data::la_s_2, p3 = data::la_s_3, p4 = data::la_s_4;
+  Constant<float> ep_p0 = data::ep_s_0, ep_p1 = data::ep_s_1, ep_p2 = data::ep_s_2;
+} short_constants{};
+
+// Where y = |x| stands: its cosine, and the sine and cosine of its row.
+template <class V>
+struct Place {
+  LaneIndices<9, V::lanes> row;
+  V cosine, row_sine, row_cosine;
+};
+template <class V>
+ORIN_INLINE Place<V> place_of(const auto& c, V y) {
+  const V w = c.one - y;
+  const V in_w = from_bits(shift_right<1>(bits(max(w, c.first_w))) ^ c.upper_rows);
+  const auto bin = bits(select(y > c.split, in_w, max(y, c.first_y)));
+  const auto row = low_bits<9>(shift_right<c.bin_shift>(bin));
+  const auto [row_sine, row_cosine] = look_up_pairs(c.points, row);
+  return {row, sqrt(w * (c.one + y)), row_sine, row_cosine};
+}
+
+// 1 - y^2 - q^2 where q is the root of 1 - y^2, rounded. 1 - y^2 = w (2 - w), w = 1 - y; 2 w less the square of q's
+// leading bits is exact.
+template <class V>
+ORIN_INLINE V left_by_root(const auto& c, V y, V q) {
+  const V w = c.one - y;
+  const V leading = q & from_bits(c.leading);
+  return (((w + w) - leading * leading) - (q - leading) * (q + leading)) - w * w;
+}
+
+// asin r - r.
+template <Grade grade, class V>
+ORIN_INLINE V bend(const auto& c, V r) {
+  const V r2 = r * r;
+  if constexpr (sizeof(typename V::Element) == 4)
+    return (r * r2) * c.q0;
+  else if constexpr (grade == Grade::ep)
+    return (r * r2) * c.ep_q0;
+  else
+    return (r * r2) * (c.q0 + r2 * (c.q1 + r2 * c.q2));
+}
+
+// asin t for the t of y, and a mask of the y beyond 1/2.
+struct Half {
+  Vec4f asin, beyond;
+};
+template <Grade grade>
+ORIN_INLINE Half half_of(const auto& c, Vec4f y) {
+  const Vec4f t = min(y, sqrt((c.one - y) * c.half));
+  const Vec4f t2 = t * t;
+  if constexpr (grade == Grade::ep)
+    return {t * (c.ep_p0 + t2 * (c.ep_p1 + t2 * c.ep_p2)), y > c.half};
+  else
+    return {t + (t * t2) * ((c.p0 + t2 * c.p1) + (t2 * t2) * ((c.p2 + t2 * c.p3) + (t2 * t2) * c.p4)), y > c.half};
+}
+
+struct Asin {
+  static constexpr const char* name_s = "vsAsin";
+  static constexpr const char* name_d = "vdAsin";
+
+  template <Grade grade, class V>
+  static ORIN_INLINE V by_table(V x) {
+    const auto& c = bins_of<V>();
+    const V y = abs(x);
+    const Place<V> at = place_of(c, y);
+    if constexpr (grade == Grade::ha) {
+      const V positive = max(y, c.tiny);  // in the first bin the quotient is 1
+      const V twice = positive * at.row_cosine + at.cosine * at.row_sine;
+      const V r = (y - at.row_sine) * ((positive + at.row_sine) / max(twice, c.tiny));
+      const auto [arc, rest] = look_up_pairs(c.asin_pairs, at.row);
+      return with_sign_of(arc + (r + (rest + bend<grade>(c, r))), x);
+    } else {
+      const V r = y * at.row_cosine - at.cosine * at.row_sine;
+      return with_sign_of(look_up<2>(c.asin_pairs, at.row) + (r + bend<grade>(c, r)), x);
+    }
+  }
+  template <Grade grade>
+  static ORIN_INLINE Vec4f by_halves(Vec4f x) {
+    const auto& c = in_memory(short_constants);
+    const auto [asin, beyond] = half_of<grade>(c, abs(x));
+    const Vec4f factor = c.one ^ (beyond & from_bits(c.one_to_minus_two));
+    return with_sign_of((beyond & c.half_pi) + asin * factor, x);
+  }
+};
+
+struct Acos {
+  static constexpr const char* name_s = "vsAcos";
+  static constexpr const char* name_d = "vdAcos";
+
+  template <Grade grade, class V>
+  static ORIN_INLINE V by_table(V x) {
+    const auto& c = bins_of<V>();
+    const V y = abs(x);
+    const Place<V> at = place_of(c, y);
+    if constexpr (grade == Grade::ha) {
+      const auto [arc, rest] = look_up_pairs(c.acos_pairs, at.row);
+      const V numerator = (at.row_sine - y) * (at.row_sine + y);
+      const V denominator = max(y * at.row_cosine + at.cosine * at.row_sine, c.tiny);
+      const V next_to_one = at.row_cosine == c.zero;
+      if (lane_bits(next_to_one) != 0) [[unlikely]] {  // arc and rest are 0 there
+        const V cosine = next_to_one & at.cosine;
+        const V r = select(next_to_one, left_by_root(c, y, cosine) * c.half, numerator) / denominator;
+        const V low = r + (rest + bend<grade>(c, select(next_to_one, cosine, r)));
+        return on_side<grade, V>({arc | cosine, low}, x < c.zero);
+      }
+      const V r = numerator / denominator;
+      return on_side<grade, V>({arc, r + (rest + bend<grade>(c, r))}, x < c.zero);
+    } else {
+      const V r = at.cosine * at.row_sine - y * at.row_cosine;
+      return on_side<grade, V>({look_up<2>(c.acos_pairs, at.row), r + bend<grade>(c, r)}, x < c.zero);
+    }
+  }
+  template <Grade grade>
+  static ORIN_INLINE Vec4f by_halves(Vec4f x) {
+    const auto& c = in_memory(short_constants);
+    const Vec4f y = abs(x);
+    const auto [asin, beyond] = half_of<grade>(c, y);
+    const Vec4f factor = c.minus_one ^ (beyond & from_bits(c.minus_one_to_two));
+    return on_side<grade, Vec4f>({and_not(beyond, c.half_pi), asin * factor}, x < Vec4f(0.0f));
+  }
+};
+
+template <class F, class T, Grade grade>
+struct InverseCircular : OneToOne<T> {
+  using V = typename RegisterOf<T>::type;
+  static constexpr const char* name = sizeof(T) == 8 ? F::name_d : F::name_s;
+  static constexpr T ordinary = 0;
+  static constexpr int groups_per_step = 1;
+
+  static ORIN_INLINE Vec4i special_lanes(Vec4i words) {
+    static constexpr Constant<std::int32_t> largest = sizeof(T) == 8 ? 0x3fefffff : 0x3f800000;  // double: below 1
+    return magnitude(words) > in_memory(largest);
+  }
+  static ORIN_INLINE V fast(V x) {
+    if constexpr (sizeof(T) == 8 || grade == Grade::ha)
+      return F::template by_table<grade>(x);
+    else
+      return F::template by_halves<grade>(x);
+  }
+  static Outcome<T> special(T x) {
+    if (x != x) return {{x + x}, KOR_STATUS_OK};
+    if (std::fabs(x) > 1) return {{std::numeric_limits<T>::quiet_NaN()}, KOR_STATUS_ERRDOM};
+    return {{first_lane(fast(V(x)))}, KOR_STATUS_OK};
+  }
+};
+
+}  // namespace
+
+#define ORIN_ARCSINE(T, t, grade)                                         \
+  void ORIN_CALL asin_##t##_##grade(std::int32_t n, const T* a, T* r) {   \
+    elementwise<InverseCircular<Asin, T, Grade::grade>>({}, n, {a}, {r}); \
+  }                                                                       \
+  void ORIN_CALL acos_##t##_##grade(std::int32_t n, const T* a, T* r) {   \
+    elementwise<InverseCircular<Acos, T, Grade::grade>>({}, n, {a}, {r}); \
+  }
+ORIN_ARCSINE(float, s, la)
+ORIN_ARCSINE(float, s, ha)
+ORIN_ARCSINE(float, s, ep)
+ORIN_ARCSINE(double, d, la)
+ORIN_ARCSINE(double, d, ha)
+ORIN_ARCSINE(double, d, ep)
+#undef ORIN_ARCSINE
+
+}  // namespace orin::vector_math

@@ -1,0 +1,273 @@
+// erfc: elementwise complementary error function and normal distribution function, both precisions.
+// SPDX-License-Identifier: MIT
+//
+// Method    the tail at y = |x| is g(y) e^(-f y^2), f = 1 or 1/2; on the other side of 0 the result is 2 or 1 less it
+//           g   1 + y = c + t, c of six significant bits (EP seven): a polynomial in t for each c
+//           e^  HA, LA  f y^2 = h + l, h exact; -h = n ln2/128 + r;  2^(n/128) (1 + p(r - l)), 2^(n/128) as a pair
+//               EP  f y^2 256/ln2 = n + 512 u;  T (w^2 + b), w = u + 369/512, T near 2^(n/256)
+//           HA  both factors have a part of 26 bits and a rest: the parts' product is exact
+//           HA single is EP double, rounded; LA, EP single do the same with floats, c of five and six bits
+// Bounds    HA 0.6 ulp double, 0.55 single; LA relative 2^-50, 2^-21; EP relative 2^-26, 2^-11; subnormal results one
+//           spacing more in LA and EP
+// Budget    HA  in ulp: rests of g 2^-4, of e^ 2^-6, last rounding 1/2
+//           LA  in 2^-53: rounding of g, e^ and products 4;  single, in 2^-24: g 3, e^ 1.1, product 1
+//           EP  g 2^-30, e^ 2^-31;  single: g 2^-12.5, e^ 2^-13.6
+// Special   NaN -> NaN, infinite -> 0 or 2 (1), no status; subnormal and vanishing results, status 4
+// Data      data/erfc_data.h from tools/tables/erfc.py; exponentials of data/exp_d_data.h, data/exp_s_data.h
+// Source    W. J. Cody, Rational Chebyshev approximations for the error function, Math. Comp. 23 (1969), for the split
+#include <cfloat>
+#include <cmath>
+#include <limits>
+
+#include "vector_math/data/erfc_data.h"
+#include "vector_math/data/exp_d_data.h"
+#include "vector_math/data/exp_s_data.h"
+#include "vector_math/kernels.h"
+#include "vector_math/kernels/piecewise.h"
+#include "vector_math/simd/elementwise.h"
+
+namespace orin::vector_math {
+namespace {
+
+using namespace simd;
+namespace data = erfc_data;
+
+constexpr struct {
+  Constant<double> one = 1.0;
+  Constant<double> inverse = 0x1.71547652b82fep+7;  // 128/ln2, nearest
+  Constant<double> to_integer = 0x1.8p52;           // x + to_integer: x rounded to an integer, in the low bits
+  Constant<double> step_high = data::step_high, step_low = data::step_low;
+  Constant<double> p2 = data::p2, p3 = data::p3, p4 = data::p4, p5 = data::p5;
+  Constant<double> ep_to_step = 0x1.8p43;  // x + ep_to_step: x rounded to a multiple of 2^-9
+  Constant<double> ep_to_step_shifted = 0x1.8p43 + exp_d_data::ep_shift;
+  Constant<double> ep_b = exp_d_data::ep_0;
+} constants_d{};
+constexpr struct {
+  Constant<float> one = 1.0f;
+  Constant<std::int32_t> leading = ~0xfff;   // the first 12 bits of a float
+  Constant<float> inverse = 0x1.715476p+8f;  // 256/ln2, nearest
+  Constant<float> to_integer = 0x1.8p23f;
+  Constant<float> step_high = exp_s_data::step_high, step_low = exp_s_data::step_low;
+  Constant<float> p1 = exp_s_data::ha_1, p2 = exp_s_data::ha_2;
+  Constant<float> q0 = exp_s_data::ep_0, q1 = exp_s_data::ep_1, q2 = exp_s_data::ep_2, q3 = exp_s_data::ep_3;
+} constants_s{};
+constexpr PowersOfTwo<Vec2d, 8> ep_powers{exp_d_data::ep_powers};
+
+template <int per_octave, class T>
+constexpr std::uint16_t first_row = LeadingBits<per_octave, T>::number(1);
+
+// The two functions: where their tail is, its factor f, the value at the other end; the largest y whose tail is far from
+// subnormal, and the largest that the tables have.
+struct Complement {
+  static constexpr const char* name_s = "vsErfc";
+  static constexpr const char* name_d = "vdErfc";
+  static constexpr double minus_f = -1, whole = 2, largest_d = 26, last_d = 28;
+  static constexpr float largest_s = 9;
+  static constexpr double subnormal_d = data::erfc_tail::subnormal_d;
+  static constexpr float subnormal_s = data::erfc_tail::subnormal_s;
+  static constexpr RowTable<10, double> fine{data::erfc_tail::fine, first_row<32, double>};
+  static constexpr RowTable<4, double> medium{data::erfc_tail::medium, first_row<64, double>};
+  static constexpr RowTable<4, float> single{data::erfc_tail::single, first_row<16, float>};
+  static constexpr RowTable<2, float> coarse{data::erfc_tail::coarse, first_row<32, float>};
+  static constexpr bool tail_is_positive = true;
+};
+struct Normal {
+  static constexpr const char* name_s = "vsCdfNorm";
+  static constexpr const char* name_d = "vdCdfNorm";
+  static constexpr double minus_f = -0.5, whole = 1, largest_d = 37, last_d = 39;
+  static constexpr float largest_s = 12.5f;
+  static constexpr double subnormal_d = data::normal_tail::subnormal_d;
+  static constexpr float subnormal_s = data::normal_tail::subnormal_s;
+  static constexpr RowTable<10, double> fine{data::normal_tail::fine, first_row<32, double>};
+  static constexpr RowTable<4, double> medium{data::normal_tail::medium, first_row<64, double>};
+  static constexpr RowTable<4, float> single{data::normal_tail::single, first_row<16, float>};
+  static constexpr RowTable<2, float> coarse{data::normal_tail::coarse, first_row<32, float>};
+  static constexpr bool tail_is_positive = false;
+};
+
+template <class F>
+struct Factors {
+  Constant<double> minus_f = F::minus_f, whole = F::whole, largest = F::largest_d;
+  Constant<double> ep_inverse = F::minus_f * 0x1.71547652b82fep-1;  // -f 256/ln2 in units of 2^-9
+  Constant<float> minus_f_s = static_cast<float>(F::minus_f), whole_s = static_cast<float>(F::whole);
+  Constant<float> largest_s = F::largest_s;
+  Constant<float> ep_inverse_s = static_cast<float>(F::minus_f) * 0x1.715476p+0f;  // -f/ln2
+};
+template <class F>
+constexpr Factors<F> factors{};
+
+// 1 + y = c + t.
+template <class V>
+struct Place {
+  V t;
+  CellIndices<V> number;
+};
+template <int per_octave, class V>
+ORIN_INLINE Place<V> place_of(V y, V one) {
+  const Cell<V> cell = leading_bits<per_octave>(y + one);
+  return {y - (cell.centre - one), cell.number};
+}
+
+// g and e^(-f y^2), each as a part of 26 bits and a rest; the exponential less its factor 2^k, k above the lowest seven
+// bits of n.
+struct TailFactors {
+  Vec2d g, g_rest, power, power_rest;
+  Vec2l n;
+};
+template <class F>
+ORIN_INLINE TailFactors tail_factors(Vec2d y) {
+  const auto& c = in_memory(constants_d);
+  const auto& f = in_memory(factors<F>);
+  const DoubleDouble parts = split(y);
+  const Vec2d h = (parts.high * f.minus_f) * parts.high;
+  const Vec2d l = (parts.low * f.minus_f) * (y + parts.high);
+  const Vec2d shifted = h * c.inverse + c.to_integer;
+  const Vec2d n = shifted - c.to_integer;
+  const Vec2d r = (h - n * c.step_high) + (l - n * c.step_low);
+  const Vec2d p = r + (r * r) * ((c.p2 + r * c.p3) + (r * r) * (c.p4 + r * c.p5));
+  const auto [power, power_low] = look_up_pairs(data::powers, low_bits<7>(bits(shifted)));
+  const auto [t, number] = place_of<32, Vec2d>(y, c.one);
+  const Rows<10, Vec2d> rows(F::fine, number);
+  const Vec2d slope = sum_of_pairs<1, 4>(rows, t, t * t);
+  const auto [g, g_low] = pair<0>(rows);
+  return {g, g_low + t * slope, power, power_low + (power + power_low) * p, bits(shifted)};
+}
+// 2^(k + extra).
+template <int extra>
+ORIN_INLINE Vec2d power_of_two(Vec2l n) {
+  static constexpr Constant<std::int64_t> bias = 1023 + extra;
+  return from_bits(shift_left<52>(shift_right<7>(n) + in_memory(bias)));
+}
+
+// The tail times 2^extra, to the bound of HA.
+template <class F, int extra>
+ORIN_INLINE Vec2d scaled_tail(Vec2d y) {
+  const TailFactors x = tail_factors<F>(y);
+  return (x.power * x.g + (x.power * x.g_rest + x.power_rest * (x.g + x.g_rest))) * power_of_two<extra>(x.n);
+}
+
+template <class F, Grade grade>
+ORIN_INLINE Vec2d tail_function(Vec2d x) {
+  static constexpr Constant<double> zero = 0.0, minus_zero = -0.0;
+  const auto& c = in_memory(constants_d);
+  const auto& f = in_memory(factors<F>);
+  const Vec2d y = min(abs(x), f.largest);
+  // Where the tail is taken from the whole: its negative is added.
+  const Vec2d other = F::tail_is_positive ? x < in_memory(zero) : x > in_memory(zero);
+  const Vec2d whole = other & f.whole;
+  const Vec2d sign = other & in_memory(minus_zero);
+  if constexpr (grade == Grade::ep) {
+    const Vec2d scaled = (y * y) * f.ep_inverse;
+    const Vec2d shifted = scaled + c.ep_to_step;
+    const Vec2d w = scaled - (shifted - c.ep_to_step_shifted);
+    const Vec2d power = ep_powers.of(bits(shifted)) * (w * w + c.ep_b);
+    const auto [t, number] = place_of<64, Vec2d>(y, c.one);
+    return whole + ((power * polynomial(F::medium, number, t)) ^ sign);
+  } else {
+    const TailFactors tail = tail_factors<F>(y);
+    const Vec2d scale = power_of_two<0>(tail.n) ^ sign;
+    if constexpr (grade == Grade::la) return whole + ((tail.power + tail.power_rest) * (tail.g + tail.g_rest)) * scale;
+    const Vec2d rest = tail.power * tail.g_rest + tail.power_rest * (tail.g + tail.g_rest);
+    const DoubleDouble sum = fast_two_sum(whole, (tail.power * tail.g) * scale);
+    return sum.high + (sum.low + rest * scale);
+  }
+}
+
+template <class F, Grade grade>
+ORIN_INLINE Vec4f tail_function(Vec4f x) {
+  if constexpr (grade == Grade::ha) {
+    const TwoVec2d wide = widen(x);
+    return narrow({tail_function<F, Grade::ep>(wide.low), tail_function<F, Grade::ep>(wide.high)});
+  } else {
+    static constexpr Constant<float> zero = 0.0f, minus_zero = -0.0f;
+    const auto& c = in_memory(constants_s);
+    const auto& f = in_memory(factors<F>);
+    const Vec4f y = min(abs(x), f.largest_s);
+    const Vec4f other = F::tail_is_positive ? x < in_memory(zero) : x > in_memory(zero);
+    const Vec4f whole = other & f.whole_s;
+    const Vec4f sign = other & in_memory(minus_zero);
+    if constexpr (grade == Grade::la) {
+      const Vec4f leading = y & from_bits(c.leading);
+      const Vec4f h = (leading * f.minus_f_s) * leading;
+      const Vec4f l = ((y - leading) * f.minus_f_s) * (y + leading);
+      const Vec4f shifted = (h + l) * c.inverse + c.to_integer;
+      const Vec4f n = shifted - c.to_integer;
+      const Vec4f r = (h - n * c.step_high) + (l - n * c.step_low);
+      const auto [power, rest] = look_up_pairs(exp_s_data::ha_pairs, low_bits<8>(bits(shifted)));
+      const Vec4f e = power + power * (rest + r * (c.p1 + r * c.p2));
+      const auto [t, number] = place_of<16, Vec4f>(y, c.one);
+      const Vec4f tail = e * polynomial(F::single, number, t);
+      const Vec4i exponent = shift_left<23>(shift_right<8>(bits(shifted)));
+      return whole + (from_bits(bits(tail) + exponent) ^ sign);
+    } else {
+      const Vec4f scaled = (y * y) * f.ep_inverse_s;
+      const Vec4f shifted = scaled + c.to_integer;
+      const Vec4f u = scaled - (shifted - c.to_integer);
+      const Vec4f q = ((u * c.q3 + c.q2) * u + c.q1) * u + c.q0;
+      const auto [t, number] = place_of<32, Vec4f>(y, c.one);
+      const Vec4f tail = q * polynomial(F::coarse, number, t);
+      return whole + (from_bits(bits(tail) + shift_left<23>(bits(shifted))) ^ sign);
+    }
+  }
+}
+
+template <class F, class T, Grade grade>
+struct TailFunction : OneToOne<T> {
+  using V = typename RegisterOf<T>::type;
+  static constexpr bool is_single = sizeof(T) == 4;
+  static constexpr const char* name = is_single ? F::name_s : F::name_d;
+  static constexpr T ordinary = 0;
+  static constexpr int groups_per_step = 1;
+
+  // On the tail's side beyond `largest`; NaN.
+  static ORIN_INLINE Vec4i special_lanes(Vec4i words) {
+    static constexpr struct {
+      Constant<std::int32_t> sign = INT32_MIN;
+      Constant<std::int32_t> largest =
+          is_single ? __builtin_bit_cast(std::int32_t, F::largest_s) - 1
+                    : static_cast<std::int32_t>(__builtin_bit_cast(std::int64_t, F::largest_d) >> 32) - 1;
+      Constant<std::int32_t> largest_finite = is_single ? 0x7f7fffff : 0x7fefffff;
+    } constants{};
+    const auto& c = in_memory(constants);
+    const Vec4i towards_tail = F::tail_is_positive ? words : words ^ c.sign;
+    return (towards_tail > c.largest) | (magnitude(words) > c.largest_finite);
+  }
+  static ORIN_INLINE V fast(V x) { return tail_function<F, grade>(x); }
+
+  static Outcome<T> special(T x) {
+    if (x != x) return {{x + x}, KOR_STATUS_OK};
+    const T y = F::tail_is_positive ? x : -x;
+    if (y < 0) return {{static_cast<T>(F::whole)}, KOR_STATUS_OK};
+    const T subnormal = is_single ? static_cast<T>(F::subnormal_s) : static_cast<T>(F::subnormal_d);
+    const std::int32_t status =
+        y >= subnormal && y <= std::numeric_limits<T>::max() ? KOR_STATUS_UNDERFLOW : KOR_STATUS_OK;
+    // A normal number, then its product with the rest, which alone rounds to a subnormal.
+    const Vec2d end = min(Vec2d(static_cast<double>(y)), F::last_d);
+    if constexpr (is_single)
+      return {{static_cast<T>(first_lane(scaled_tail<F, 126>(end)) * FLT_MIN)}, status};
+    else
+      return {{first_lane(scaled_tail<F, 1022>(end)) * DBL_MIN}, status};
+  }
+};
+
+}  // namespace
+
+#define ORIN_TAIL_FUNCTION(name, F, T, grade)                       \
+  void ORIN_CALL name##_##grade(std::int32_t n, const T* a, T* r) { \
+    elementwise<TailFunction<F, T, Grade::grade>>({}, n, {a}, {r}); \
+  }
+ORIN_TAIL_FUNCTION(erfc_s, Complement, float, la)
+ORIN_TAIL_FUNCTION(erfc_s, Complement, float, ha)
+ORIN_TAIL_FUNCTION(erfc_s, Complement, float, ep)
+ORIN_TAIL_FUNCTION(erfc_d, Complement, double, la)
+ORIN_TAIL_FUNCTION(erfc_d, Complement, double, ha)
+ORIN_TAIL_FUNCTION(erfc_d, Complement, double, ep)
+ORIN_TAIL_FUNCTION(cdf_norm_s, Normal, float, la)
+ORIN_TAIL_FUNCTION(cdf_norm_s, Normal, float, ha)
+ORIN_TAIL_FUNCTION(cdf_norm_s, Normal, float, ep)
+ORIN_TAIL_FUNCTION(cdf_norm_d, Normal, double, la)
+ORIN_TAIL_FUNCTION(cdf_norm_d, Normal, double, ha)
+ORIN_TAIL_FUNCTION(cdf_norm_d, Normal, double, ep)
+#undef ORIN_TAIL_FUNCTION
+
+}  // namespace orin::vector_math
