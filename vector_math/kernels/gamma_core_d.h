@@ -177,6 +177,12 @@ ORIN_INLINE Vec2d log_sine_ratio_short(Vec2d t) {
   return evaluate_short({data::short_sine_rows, low_bits<8>(bits(step))}, t - (step - c.to_64ths));
 }
 
+// 0 <= y < 2^52.
+ORIN_INLINE double nearest_integer(double y) { return (y + 0x1p52) - 0x1p52; }
+
+// 0 or a negative integer.
+ORIN_INLINE bool is_pole(double x) { return x <= 0 && (x <= -0x1p52 || nearest_integer(-x) == -x); }
+
 // Of four arguments (by their high words) those that are negative, of magnitude first..last and surely no integers.
 template <std::int32_t first, std::int32_t last>
 ORIN_INLINE Vec4i negative_fractions(Vec4i words) {

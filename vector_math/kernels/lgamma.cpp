@@ -154,17 +154,15 @@ ORIN_INLINE Vec4f below_table(Vec4f x) {
   return narrow({below_table<Grade::ep>(wide.low), below_table<Grade::ep>(wide.high)});
 }
 
-bool is_pole(double x) { return x <= 0 && (x <= -0x1p52 || static_cast<double>(static_cast<std::int64_t>(x)) == x); }
-
 // Arguments without an ordinary result by their kind; `rest` knows the others.
 template <class T, class Rest>
 Outcome<T> special_log_gamma(T x, T overflow, Rest rest) {
   using Limits = std::numeric_limits<T>;
   if (x != x) return {{x + x}, KOR_STATUS_OK};
   if (std::fabs(x) > Limits::max()) return {{Limits::infinity()}, KOR_STATUS_OK};
-  if (is_pole(double{x})) return {{Limits::infinity()}, KOR_STATUS_SING};
+  if (gamma_d::is_pole(double{x})) return {{Limits::infinity()}, KOR_STATUS_SING};
   if (x >= overflow) return {{Limits::infinity()}, KOR_STATUS_OVERFLOW};
-  return {{rest()}, KOR_STATUS_OK};
+  return rest();
 }
 
 // Each range has a path of its own. Groups of one range take it alone, the others take several.
@@ -212,7 +210,7 @@ struct ThreePaths : OneToOne<T> {
 template <Grade grade>
 struct LGammaD : ThreePaths<double, grade> {
   static constexpr const char* name = "vdLGamma";
-  static constexpr double overflow = 0x1.754d9278b51a8p+1014;
+  static constexpr double overflow = 0x1.754d9278b51a8p+1014;  // at or above: +inf
 
   // Ordinary: normal x < 2^1000, and the fractions of -2^20 < x <= -2^-1022.
   static ORIN_INLINE Vec4i special_lanes(Vec4i words) {
@@ -222,16 +220,16 @@ struct LGammaD : ThreePaths<double, grade> {
     return select(gamma_d::negative_fractions<0x00100000, 0x412fffff>(words), Vec4i(0), odd);
   }
   static Outcome<double> special(double x) {
-    return special_log_gamma(x, overflow, [x]() {
+    return special_log_gamma(x, overflow, [x]() -> Outcome<double> {
       if (std::fabs(x) < DBL_MIN) {
         const DoubleDouble log = log_d::logarithm_pair<54>(Vec2d(std::fabs(x) * 0x1p54));
-        return -first_lane(log.high + log.low);
+        return {{-first_lane(log.high + log.low)}, KOR_STATUS_OK};
       }
       if (x >= 0x1p1000) {
         const DoubleDouble scaled = gamma_d::stirling_pair<64>(Vec2d(x * 0x1p-64));
-        return first_lane(scaled.high + scaled.low) * 0x1p64;
+        return {{first_lane(scaled.high + scaled.low) * 0x1p64}, KOR_STATUS_OK};
       }
-      return first_lane(LGammaD::fast(x));
+      return {{first_lane(LGammaD::fast(x))}, KOR_STATUS_OK};
     });
   }
 };
@@ -239,7 +237,7 @@ struct LGammaD : ThreePaths<double, grade> {
 template <Grade grade>
 struct LGammaS : ThreePaths<float, grade> {
   static constexpr const char* name = "vsLGamma";
-  static constexpr float overflow = 0x1.895f1cp+121f;
+  static constexpr float overflow = 0x1.895f1cp+121f;  // at or above: +inf
 
   // Ordinary: normal x < 2^121, and the fractions of -2^22 < x <= -2^-126.
   static ORIN_INLINE Vec4i special_lanes(Vec4i words) {
@@ -249,7 +247,9 @@ struct LGammaS : ThreePaths<float, grade> {
     return select(gamma_s::negative_fractions<0x00800000, 0x4a7fffff>(words), Vec4i(0), odd);
   }
   static Outcome<float> special(float x) {
-    return special_log_gamma(x, overflow, [x]() { return first_lane(LGammaS::fast(x)); });
+    return special_log_gamma(x, overflow, [x]() -> Outcome<float> {
+      return {{first_lane(LGammaS::fast(x))}, KOR_STATUS_OK};
+    });
   }
 };
 

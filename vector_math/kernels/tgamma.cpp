@@ -134,16 +134,18 @@ ORIN_INLINE Vec4f below_table(Vec4f x) {
 ORIN_INLINE double power_of_two(int k) { return __builtin_bit_cast(double, static_cast<std::int64_t>(k + 1023) << 52); }
 
 // x < 0, no integer: the sign of Gamma(x).
-ORIN_INLINE double sign_of_gamma(double x) { return static_cast<std::int64_t>(-x) % 2 == 0 ? -1 : 1; }
+ORIN_INLINE double sign_of_gamma(double x) {
+  const double n = gamma_d::nearest_integer(-x);
+  const double half = (n > -x ? n - 1 : n) * 0.5;  // of the integer below -x
+  return gamma_d::nearest_integer(half) == half ? -1 : 1;
+}
 
-// x >= 171.
+// 171 <= x < the overflow bound, where the power of 2 is the largest.
 ORIN_INLINE double far_above(double x) {
-  if (x > 171.7) return HUGE_VAL;
   const DoubleDouble e = gamma_d::log_gamma_pair(x);
   const pow_d::Power power = pow_d::power(fast_two_sum(e.high, e.low));
   const int k = static_cast<std::int16_t>(_mm_cvtsi128_si32(power.k.raw));
-  const double half = first_lane(power.value) * power_of_two(k - 1);
-  return half > DBL_MAX / 2 ? HUGE_VAL : half * 2;
+  return first_lane(power.value) * power_of_two(k - 1) * 2;
 }
 
 // x <= -33, no integer.
@@ -158,10 +160,6 @@ Outcome<double> far_below(double x) {
   return {{sign_of_gamma(x) * (sum_at_spacing_of_one(high, rest) * DBL_MIN)}, KOR_STATUS_UNDERFLOW};
 }
 
-bool is_negative_integer(double x) {
-  return x < 0 && (x <= -0x1p52 || static_cast<double>(static_cast<std::int64_t>(x)) == x);
-}
-
 // Arguments without an ordinary result by their kind; `rest` knows the others.
 template <class T, class Rest>
 Outcome<T> special_gamma(T x, Rest rest) {
@@ -169,10 +167,8 @@ Outcome<T> special_gamma(T x, Rest rest) {
   if (x != x) return {{x + x}, KOR_STATUS_OK};
   if (x == 0) return {{std::copysign(Limits::infinity(), x)}, KOR_STATUS_SING};
   if (x > Limits::max()) return {{x}, KOR_STATUS_OK};
-  if (x < -Limits::max() || is_negative_integer(double{x})) return {{Limits::quiet_NaN()}, KOR_STATUS_ERRDOM};
-  const Outcome<T> outcome = rest();
-  if (std::fabs(outcome.value[0]) > Limits::max()) return {{outcome.value[0]}, KOR_STATUS_OVERFLOW};
-  return outcome;
+  if (x < -Limits::max() || gamma_d::is_pole(double{x})) return {{Limits::quiet_NaN()}, KOR_STATUS_ERRDOM};
+  return rest();
 }
 
 // Groups with an argument below the table take the second path; each lane keeps the value of its own path.
@@ -212,6 +208,7 @@ struct TwoPaths : OneToOne<T> {
 template <Grade grade>
 struct TGammaD : TwoPaths<double, grade> {
   static constexpr const char* name = "vdTGamma";
+  static constexpr double overflow = 0x1.573fae561f648p+7;  // at or above: +inf
 
   // Ordinary: 2^-1020 <= x < 171, and the fractions of -170 < x <= -2^-1020.
   static ORIN_INLINE Vec4i special_lanes(Vec4i words) {
@@ -222,8 +219,9 @@ struct TGammaD : TwoPaths<double, grade> {
   }
   static Outcome<double> special(double x) {
     return special_gamma(x, [x]() -> Outcome<double> {
-      if (std::fabs(x) <= 0x1p-1024) return {{std::copysign(HUGE_VAL, x)}, KOR_STATUS_OK};
+      if (std::fabs(x) <= 0x1p-1024) return {{std::copysign(HUGE_VAL, x)}, KOR_STATUS_OVERFLOW};
       if (std::fabs(x) < 0x1p-1020) return {{1 / x}, KOR_STATUS_OK};
+      if (x >= overflow) return {{HUGE_VAL}, KOR_STATUS_OVERFLOW};
       if (x >= 171) return {{far_above(x)}, KOR_STATUS_OK};
       if (x <= -170) return far_below(x);
       return {{first_lane(TGammaD::fast(x))}, KOR_STATUS_OK};
@@ -234,6 +232,7 @@ struct TGammaD : TwoPaths<double, grade> {
 template <Grade grade>
 struct TGammaS : TwoPaths<float, grade> {
   static constexpr const char* name = "vsTGamma";
+  static constexpr float overflow = 0x1.18522p+5f;  // at or above: +inf
 
   // Ordinary: normal x < 35, and the fractions of x > -33.
   static ORIN_INLINE Vec4i special_lanes(Vec4i words) {
@@ -244,19 +243,14 @@ struct TGammaS : TwoPaths<float, grade> {
   }
   static Outcome<float> special(float x) {
     return special_gamma(x, [x]() -> Outcome<float> {
-      if (std::fabs(x) < FLT_MIN) return {{narrow(1 / double{x})}, KOR_STATUS_OK};
-      if (x >= 35)
-        return {{x > 36 ? HUGE_VALF : narrow(first_lane(from_table<Grade::ha>(Vec2d(double{x}))))}, KOR_STATUS_OK};
+      if (std::fabs(x) <= 0x1p-128f) return {{std::copysign(HUGE_VALF, x)}, KOR_STATUS_OVERFLOW};
+      if (std::fabs(x) < FLT_MIN) return {{static_cast<float>(1 / double{x})}, KOR_STATUS_OK};
+      if (x >= overflow) return {{HUGE_VALF}, KOR_STATUS_OVERFLOW};
+      if (x >= 35) return {{static_cast<float>(first_lane(from_table<Grade::ha>(Vec2d(double{x}))))}, KOR_STATUS_OK};
       if (x > -33) return {{first_lane(TGammaS::fast(x))}, KOR_STATUS_OK};
       const double value = far_below(x).value[0];
       return {{static_cast<float>(value)}, std::fabs(value) < double{FLT_MIN} ? KOR_STATUS_UNDERFLOW : KOR_STATUS_OK};
     });
-  }
-
- private:
-  static ORIN_INLINE float narrow(double value) {
-    if (std::fabs(value) >= 0x1.ffffffp127) return value < 0 ? -HUGE_VALF : HUGE_VALF;
-    return static_cast<float>(value);
   }
 };
 
