@@ -297,9 +297,15 @@ TEST(ArcTables, FollowTheirRules) {
     EXPECT_EQ(sine, static_cast<double>(static_cast<float>(sine))) << k;  // 24 bits at most
     EXPECT_NEAR(sine * sine + cosine * cosine, 1, 0x1p-52) << k;
     // The two arcs are pi/2 together; the larger one's distance from that is exact, and so is the next sum.
-    const auto [smaller, larger] = std::minmax(asin_data::asin_d[k], asin_data::acos_d[k]);
-    EXPECT_NEAR(((larger - half_pi<double>)+smaller) + (asin_data::asin_d[k + 1] + asin_data::acos_d[k + 1]),
+    const std::size_t positive = k + 1024;
+    const auto [smaller, larger] = std::minmax(asin_data::asin_d[k], asin_data::acos_d[positive]);
+    EXPECT_NEAR(((larger - half_pi<double>)+smaller) + (asin_data::asin_d[k + 1] + asin_data::acos_d[positive + 1]),
                 pi_rest<double> / 2, 0x1p-104)
+        << k;
+    // The angles of a sine and its opposite are pi together.
+    EXPECT_NEAR(((asin_data::acos_d[k] - pi<double>)+asin_data::acos_d[positive]) +
+                    (asin_data::acos_d[k + 1] + asin_data::acos_d[positive + 1]),
+                pi_rest<double>, 0x1p-103)
         << k;
   }
 }

@@ -32,9 +32,14 @@ for suffix, kind in (("d", "double"), ("s", "float")):
     points = [value for s in sines for value in (s, mp.sqrt(1 - s**2))]
     out.comment("The sine in the middle of each bin, exact, and its cosine.")
     out.table(f"points_{suffix}", [hexadecimal(value) for value in points], kind, per_line=6)
-    for name, arc in (("asin", mp.asin), ("acos", mp.acos)):
-        pairs = [value for s in sines for value in (nearest(arc(s)), arc(s) - nearest(arc(s)))]
-        out.comment(f"{name} of that sine, and what rounding left of it.")
+    arcs = [mp.asin(s) for s in sines]
+    angles = [mp.pi - mp.acos(s) for s in sines + [mpf(1) / 2] * (512 - len(sines))] + [mp.acos(s) for s in sines]
+    for name, text, values in (
+        ("asin", "asin of that sine", arcs),
+        ("acos", "acos of that sine's opposite and, from row 512 on, of the sine", angles),
+    ):
+        pairs = [part for value in values for part in (nearest(value), value - nearest(value))]
+        out.comment(f"{text}, and what rounding left of it.")
         out.table(f"{name}_{suffix}", [hexadecimal(value) for value in pairs], kind, per_line=6)
 
 reach = mpf(1) / 83

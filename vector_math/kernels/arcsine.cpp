@@ -14,6 +14,7 @@
 // Data      data/asin_data.h from tools/tables/asin.py
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include "vector_math/data/asin_data.h"
 #include "vector_math/kernels.h"
@@ -32,10 +33,11 @@ struct BinsD {
   static constexpr const double* points = data::points_d;
   static constexpr const double* asin_pairs = data::asin_d;
   static constexpr const double* acos_pairs = data::acos_d;
-  static constexpr int bin_shift = 47;  // leaves five bits of the fraction
+  static constexpr int bin_shift = 47;   // leaves five bits of the fraction
+  static constexpr int sign_shift = 54;  // takes the sign to 512
   Constant<double> split = data::split, first_y = data::first_y, first_w = data::first_w;
   Constant<std::int64_t> upper_rows = INT64_C(1) << 55;  // adds 256 to a row
-  Constant<double> zero = 0.0, half = 0.5, one = 1.0;
+  Constant<double> zero = 0.0, minus_zero = -0.0, half = 0.5, one = 1.0;
   Constant<double> tiny = 0x1p-1000;                     // keeps 0/0 away
   Constant<std::int64_t> leading = -(INT64_C(1) << 27);  // the first 26 bits
   Constant<double> q0 = data::ha_d_0, q1 = data::ha_d_1, q2 = data::ha_d_2;
@@ -45,10 +47,11 @@ struct BinsS {
   static constexpr const float* asin_pairs = data::asin_s;
   static constexpr const float* acos_pairs = data::acos_s;
   static constexpr int bin_shift = 18;
+  static constexpr int sign_shift = 22;
   Constant<float> split = static_cast<float>(data::split), first_y = static_cast<float>(data::first_y),
                   first_w = static_cast<float>(data::first_w);
   Constant<std::int32_t> upper_rows = 1 << 26;  // adds 256 to a row
-  Constant<float> zero = 0.0f, half = 0.5f, one = 1.0f;
+  Constant<float> zero = 0.0f, minus_zero = -0.0f, half = 0.5f, one = 1.0f;
   Constant<float> tiny = 0x1p-120f;
   Constant<std::int32_t> leading = -(1 << 12);  // the first 12 bits
   Constant<float> q0 = data::ha_s_0;
@@ -90,20 +93,15 @@ ORIN_INLINE const auto& halves() {
     return in_memory(halves_s);
 }
 
-// Where y = |x| stands: its cosine, and the sine and cosine of its row.
-template <class V>
-struct Place {
-  LaneIndices<9, V::lanes> row;
-  V cosine, row_sine, row_cosine;
-};
+// The row of y in the low nine bits; the next bit is set.
 template <class Bins, class V>
-ORIN_INLINE Place<V> place_of(const Bins& c, V y) {
-  const V w = c.one - y;
-  const V in_w = from_bits(shift_right<1>(bits(max(w, c.first_w))) ^ c.upper_rows);
-  const auto bin = bits(select(y > c.split, in_w, max(y, c.first_y)));
-  const auto row = low_bits<9>(shift_right<Bins::bin_shift>(bin));
-  const auto [row_sine, row_cosine] = look_up_pairs(c.points, row);
-  return {row, sqrt(w * (c.one + y)), row_sine, row_cosine};
+ORIN_INLINE auto row_of(const Bins& c, V y) {
+  const V in_w = from_bits(shift_right<1>(bits(max(c.one - y, c.first_w))) ^ c.upper_rows);
+  return shift_right<Bins::bin_shift>(bits(select(y > c.split, in_w, max(y, c.first_y))));
+}
+template <class V>
+ORIN_INLINE V cosine_of(const auto& c, V y) {
+  return sqrt((c.one - y) * (c.one + y));
 }
 
 // 1 - y^2 - q^2 where q is the root of 1 - y^2, rounded. 1 - y^2 = w (2 - w), w = 1 - y; 2 w less the square of q's
@@ -148,16 +146,18 @@ struct Asin {
   static ORIN_INLINE V by_table(V x) {
     const auto& c = bins_of<V>();
     const V y = abs(x);
-    const Place<V> at = place_of(c, y);
+    const V q = cosine_of(c, y);
+    const auto row = low_bits<9>(row_of(c, y));
+    const auto [sine, cosine] = look_up_pairs(c.points, row);
     if constexpr (grade == Grade::ha) {
       const V positive = max(y, c.tiny);  // in the first bin the quotient is 1
-      const V twice = positive * at.row_cosine + at.cosine * at.row_sine;
-      const V r = (y - at.row_sine) * ((positive + at.row_sine) / max(twice, c.tiny));
-      const auto [arc, rest] = look_up_pairs(c.asin_pairs, at.row);
+      const V twice = positive * cosine + q * sine;
+      const V r = (y - sine) * ((positive + sine) / max(twice, c.tiny));
+      const auto [arc, rest] = look_up_pairs(c.asin_pairs, row);
       return with_sign_of(arc + (r + (rest + bend(c, r))), x);
     } else {
-      const V r = y * at.row_cosine - at.cosine * at.row_sine;
-      return with_sign_of(look_up<2>(c.asin_pairs, at.row) + (r + bend(c, r)), x);
+      const V r = y * cosine - q * sine;
+      return with_sign_of(look_up<2>(c.asin_pairs, row) + (r + bend(c, r)), x);
     }
   }
   template <Grade grade, class V>
@@ -176,24 +176,29 @@ struct Acos {
   template <Grade grade, class V>
   static ORIN_INLINE V by_table(V x) {
     const auto& c = bins_of<V>();
+    using Bins = std::remove_cvref_t<decltype(c)>;
     const V y = abs(x);
-    const Place<V> at = place_of(c, y);
+    const V q = cosine_of(c, y);
+    // The angle of a negative x has rows of its own and r with the opposite sign.
+    const V sign = x & c.minus_zero;
+    const auto row = low_bits<10>(row_of(c, y) ^ shift_right<Bins::sign_shift>(bits(sign)));
+    const auto [sine, cosine] = look_up_pairs(c.points, row.template low<9>());
     if constexpr (grade == Grade::ha) {
-      const auto [arc, rest] = look_up_pairs(c.acos_pairs, at.row);
-      const V numerator = (at.row_sine - y) * (at.row_sine + y);
-      const V denominator = max(y * at.row_cosine + at.cosine * at.row_sine, c.tiny);
-      const V next_to_one = at.row_cosine == c.zero;
-      if (lane_bits(next_to_one) != 0) [[unlikely]] {  // arc and rest are 0 there
-        const V cosine = next_to_one & at.cosine;
-        const V r = select(next_to_one, left_by_root(c, y, cosine) * c.half, numerator) / denominator;
-        const V low = r + (rest + bend(c, select(next_to_one, cosine, r)));
-        return on_side<grade, V>({arc | cosine, low}, x < c.zero);
+      const auto [arc, rest] = look_up_pairs(c.acos_pairs, row);
+      const V numerator = (sine - y) * (sine + y);
+      const V denominator = max(y * cosine + q * sine, c.tiny);
+      const V next_to_one = cosine == c.zero;
+      if (lane_bits(next_to_one) != 0) [[unlikely]] {
+        const V root = next_to_one & (q ^ sign);
+        const V left = left_by_root(c, y, next_to_one & q) * c.half;
+        const V r = (select(next_to_one, left, numerator) / denominator) ^ sign;
+        return arc + (root + (r + (rest + bend(c, select(next_to_one, root, r)))));
       }
-      const V r = numerator / denominator;
-      return on_side<grade, V>({arc, r + (rest + bend(c, r))}, x < c.zero);
+      const V r = (numerator / denominator) ^ sign;
+      return arc + (r + (rest + bend(c, r)));
     } else {
-      const V r = at.cosine * at.row_sine - y * at.row_cosine;
-      return on_side<grade, V>({look_up<2>(c.acos_pairs, at.row), r + bend(c, r)}, x < c.zero);
+      const V r = (q * sine - y * cosine) ^ sign;
+      return look_up<2>(c.acos_pairs, row) + (r + bend(c, r));
     }
   }
   template <Grade grade, class V>

@@ -17,6 +17,7 @@ struct LaneIndices {
   static_assert(count <= 16 || count == 32);
   std::uint32_t of[lanes];
 
+  LaneIndices() = default;
   ORIN_INLINE LaneIndices(std::uint32_t first, std::uint32_t second) : of{first, second} {}
   explicit ORIN_INLINE LaneIndices(__m128i register_of_integers) {
     constexpr int stride = 16 / lanes;
@@ -34,6 +35,14 @@ struct LaneIndices {
         of[lane] = low & ((1u << count) - 1);
       }
     }
+  }
+
+  // The low bits of these.
+  template <int fewer>
+  ORIN_INLINE LaneIndices<fewer, lanes> low() const {
+    LaneIndices<fewer, lanes> result;
+    for (int lane = 0; lane < lanes; ++lane) result.of[lane] = of[lane] & ((1u << fewer) - 1);
+    return result;
   }
 };
 
