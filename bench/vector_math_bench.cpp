@@ -5,6 +5,7 @@
 //           31 rounds of the mean time per element. n = 1000 sits in L1 with branches the processor has learnt; n =
 //           16000 is too long to learn by heart; n = 1 and 8 are nanoseconds per call. "special" has one argument in 64
 //           from the special ones. Results are compared with long double first: a row that is off prints WRONG.
+// Complex   beside the standard library's std::complex in a loop; parts uniform in the usual square
 // Classes   HA stands beside the peers that promise 1 ulp, LA beside all of them, EP beside this library's own LA.
 // Options   --costs       relative cost per element and grade, in units in which the double HA exponential is 26.45
 //           --times       a plain list "name grade ns" for n = 1000, as --other reads it
@@ -23,6 +24,7 @@
 
 #include "bench/vector_math_peers.h"
 #include "vector_math/catalog.h"
+#include "vector_math/complex_catalog.h"
 
 namespace {
 
@@ -119,6 +121,97 @@ class Contest {
   std::vector<Peer<T>> peers_;
 };
 
+// The same of a complex function; the one contender beside the kernels is std::complex in a loop.
+template <class T>
+class ComplexContest {
+  using Function = ComplexFunction<T>;
+  using Z = std::complex<T>;
+
+ public:
+  explicit ComplexContest(const Function& function) : function_(function) {}
+
+  // Per element: kernels first, then the loop.
+  std::vector<Time> per_element(std::int32_t n, bool with_loop) const {
+    const std::vector<Z> a = arguments(n, 1), b = arguments(n, 2);
+    std::vector<T> real(a.size());
+    for (std::size_t i = 0; i < a.size(); ++i) real[i] = a[i].real();
+    const void* first =
+        function_.shape == Function::Shape::from_real ? static_cast<const void*>(real.data()) : a.data();
+    std::vector<Z> r(a.size());
+    std::vector<std::function<void()>> contenders;
+    for (int grade = 0; grade < grades; ++grade)
+      contenders.push_back([&, grade] { function_.call(grade, n, first, b.data(), r.data()); });
+    if (with_loop) contenders.push_back([&] { loop(a, b, r); });
+    std::vector<Time> times = race(contenders);
+    for (Time& time : times) time = {time.best / n, time.median / n};
+    return times;
+  }
+  // Whether the grade's results are those of std::complex, within its bound and a few units for the reference.
+  bool correct(int grade) const {
+    const std::vector<Z> a = arguments(1000, 1), b = arguments(1000, 2);
+    std::vector<Z> expected(a.size());
+    loop(a, b, expected);
+    const double ulp = std::ldexp(1.0, 1 - std::numeric_limits<T>::digits);
+    for (std::size_t i = 0; i < a.size(); ++i) {
+      const auto r = function_.call(grade, {a[i].real(), a[i].imag()}, {b[i].real(), b[i].imag()});
+      if (!(std::abs(Z(r.re, r.im) - expected[i]) <= (function_.bound(Grade(grade)) + 8) * ulp * std::abs(expected[i])))
+        return false;
+    }
+    return true;
+  }
+
+ private:
+  std::vector<Z> arguments(std::int32_t n, unsigned seed) const {
+    std::mt19937 random(seed);
+    const auto part = [&] {
+      return static_cast<T>(function_.promise->usual * (static_cast<double>(random()) * 0x1p-31 - 1));
+    };
+    std::vector<Z> values(static_cast<std::size_t>(n));
+    for (Z& z : values) {
+      const T re = part();
+      z = {re, part()};
+    }
+    return values;
+  }
+  void loop(const std::vector<Z>& a, const std::vector<Z>& b, std::vector<Z>& r) const {
+    const auto run = [&](auto reference) {
+      for (std::size_t i = 0; i < a.size(); ++i) {
+        if constexpr (requires { reference(a[i]); })
+          r[i] = reference(a[i]);
+        else
+          r[i] = reference(a[i], b[i]);
+      }
+    };
+#define ORIN_COMPLEX_CATALOG(F, truth, quick, ...) \
+  if (std::strcmp(function_.function, #F) == 0)    \
+    run([](auto... z) -> decltype(complex_reference::quick(z...)) { return complex_reference::quick(z...); });
+#include "vector_math/complex_catalog.def"
+#undef ORIN_COMPLEX_CATALOG
+  }
+
+  const Function& function_;
+};
+
+template <class T>
+void print_contest(const ComplexFunction<T>& function, const struct Options&) {
+  const ComplexContest<T> contest(function);
+  const auto one = contest.per_element(1, true), eight = contest.per_element(8, true);
+  const auto cached = contest.per_element(1000, true), fresh = contest.per_element(16000, true);
+  const auto line = [&](const char* who, std::size_t k) {
+    std::printf("%-9s %-10s %7.3f %7.3f %7.3f %7.1f %7.1f", function.name, who, cached[k].best, cached[k].median,
+                fresh[k].best, one[k].best, 8 * eight[k].best);
+  };
+  line("std", grades);
+  std::puts("");
+  for (const Grade grade : {Grade::ha, Grade::la, Grade::ep}) {
+    const auto g = static_cast<std::size_t>(grade);
+    line(grade_names[g], g);
+    std::printf("%*s  %5.2f %5.2f std%s\n", 22, "", cached[grades].best / cached[g].best,
+                fresh[grades].best / fresh[g].best, contest.correct(static_cast<int>(g)) ? "" : "  WRONG");
+  }
+  std::fflush(stdout);
+}
+
 struct Options {
   bool costs = false, times = false;
   std::map<std::string, double> other;
@@ -181,6 +274,13 @@ void print_contest(const RealFunction<T>& function, const Options& options) {
   std::fflush(stdout);
 }
 
+template <class T>
+Contest<T> contest_of(const RealFunction<T>&);
+template <class T>
+ComplexContest<T> contest_of(const ComplexFunction<T>&);
+template <class Function>
+using ContestOf = decltype(contest_of(std::declval<Function>()));
+
 // The nanoseconds of a double HA exponential, the unit of the cost figures.
 double unit_of_cost() {
   for (const auto& function : real_functions<double>())
@@ -189,9 +289,9 @@ double unit_of_cost() {
   return 1;
 }
 
-template <class T>
-void print_list(const RealFunction<T>& function, const Options& options, double unit) {
-  Contest<T> contest(function);
+template <class Contest, class Function>
+void print_list(const Function& function, const Options& options, double unit) {
+  Contest contest(function);
   const auto times = contest.per_element(1000, false);
   if (options.costs) {
     std::printf("%-10s", function.name + 1);
@@ -239,13 +339,15 @@ int main(int count, char** words) {
         "function  who             ns  median      ns ns/call ns/call      ns      ns ratio   1000 16000");
   const auto all = [&](const auto& functions) {
     for (const auto& function : functions) {
-      if (!options.wants(function.function)) continue;
+      if (!options.wants(function.function) && !options.wants(function.name)) continue;
       if (options.costs || options.times)
-        print_list(function, options, unit);
+        print_list<ContestOf<decltype(function)>>(function, options, unit);
       else
         print_contest(function, options);
     }
   };
   all(real_functions<double>());
   all(real_functions<float>());
+  all(complex_functions<double>());
+  all(complex_functions<float>());
 }

@@ -19,12 +19,32 @@ namespace orin::vector_math {
 
 // Where the quick references of the catalog are looked up; what the standard library lacks is added here.
 namespace complex_reference {
-using Complex = std::complex<double>;
 using std::conj;
-inline Complex plus(Complex a, Complex b) { return a + b; }
-inline Complex minus(Complex a, Complex b) { return a - b; }
-inline Complex times(Complex a, Complex b) { return a * b; }
-inline Complex times_conj(Complex a, Complex b) { return a * conj(b); }
+using std::sqrt;
+template <class T>
+std::complex<T> plus(std::complex<T> a, std::complex<T> b) {
+  return a + b;
+}
+template <class T>
+std::complex<T> minus(std::complex<T> a, std::complex<T> b) {
+  return a - b;
+}
+template <class T>
+std::complex<T> times(std::complex<T> a, std::complex<T> b) {
+  return a * b;
+}
+template <class T>
+std::complex<T> times_conj(std::complex<T> a, std::complex<T> b) {
+  return a * std::conj(b);
+}
+template <class T>
+std::complex<T> over(std::complex<T> a, std::complex<T> b) {
+  return a / b;
+}
+template <class T>
+std::complex<T> modulus(std::complex<T> a) {
+  return std::abs(a);
+}
 }  // namespace complex_reference
 
 enum class Measure { by_modulus, by_part };

@@ -313,6 +313,17 @@ ORIN_KOR_COMPLEX_UNARY(Asin)
 ORIN_KOR_COMPLEX_UNARY(Acos)
 ORIN_KOR_COMPLEX_UNARY(Asinh)
 ORIN_KOR_COMPLEX_UNARY(Acosh)
+/* r = |a|, a real vector, without intermediate overflow or underflow. Nothing is reported. */
+ORIN_KOR_COMPLEX_TO_REAL(Abs)
+
+/* r = a/b. HA has each part within 2.9 ulp, without intermediate overflow or underflow, in every grade. Status 1 (NaN)
+ * for 0/0 and for the quotient of two infinities, 2 (infinite) for a finite a != 0 and b = 0, 3 where a part of the
+ * quotient of finite numbers overflows. */
+ORIN_KOR_COMPLEX_BINARY(Div)
+
+/* The square root with a real part >= 0, cut along the negative real axis: the sign of a zero imaginary part chooses the
+ * side. Nothing is reported. */
+ORIN_KOR_COMPLEX_UNARY(Sqrt)
 
 /* --- Pack and unpack ------------------------------------------------------------------------------------------------
  * Copies between a contiguous and a strided, indexed or masked vector; exact, nothing is checked or reported. Counts

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tests/support/guard_pages.h"
-#include "vector_math/simd/elementwise.h"
+#include "vector_math/simd/complex.h"
 
 namespace {
 
@@ -49,6 +49,22 @@ struct Shifted : OneToOne<T> {
   T shift;
   explicit Shifted(T by) : shift(by) {}
   Register<T> fast(Register<T> a) const { return a + Register<T>(shift); }
+};
+
+// From real to complex: a and 2a; a negative argument is special. And back: the sum of the parts.
+template <class T>
+struct WithDouble : OneToOther<T, ComplexOf<T>> {
+  static constexpr const char* name = "withDouble";
+  static constexpr T ordinary = 1;
+  static Vec4i special_lanes(Vec4i words) { return words; }
+  static Complex<Register<T>> fast(Register<T> a) { return {a, a + a}; }
+  static Outcome<ComplexOf<T>> special(T a) { return {{{a, T(7)}}, KOR_STATUS_ERRDOM}; }
+};
+template <class T>
+struct SumOfParts : OneToOther<ComplexOf<T>, T> {
+  static constexpr const char* name = "sumOfParts";
+  static constexpr int groups_per_step = 1;
+  static Register<T> fast(Complex<Register<T>> z) { return z.re + z.im; }
 };
 
 std::vector<KorErrorContext> reports;
@@ -133,6 +149,42 @@ TYPED_TEST(Shapes, TwoResults) {
           EXPECT_EQ(reports[0].r2, 9) << place;
         }
         EXPECT_TRUE(a.surroundings_intact() && r1.surroundings_intact() && r2.surroundings_intact());
+      }
+    }
+  }
+}
+
+// Every n and every place of one special element, the result in a vector of its own and in the argument's place.
+TYPED_TEST(Shapes, FromRealToComplexAndBack) {
+  using T = TypeParam;
+  using Z = ComplexOf<T>;
+  for (int n = 1; n <= 19; ++n) {
+    const auto count = static_cast<std::size_t>(n);
+    for (std::size_t odd = 0; odd <= count; ++odd) {
+      for (bool in_place : {false, true}) {
+        GuardedArray<T> a(count);
+        GuardedArray<Z> z(count, GuardedArray<Z>::at_end, 4);
+        T* const arguments = in_place ? &z.data()->re : a.data();
+        for (std::size_t i = 0; i < count; ++i) arguments[i] = i == odd ? T(-3) : T(i);
+        reports.clear();
+        elementwise<WithDouble<T>>({}, n, {arguments}, {z.data()});
+        for (std::size_t i = 0; i < count; ++i) {
+          EXPECT_EQ(z[i].re, i == odd ? T(100) : T(i)) << n << ' ' << odd << ' ' << in_place;
+          EXPECT_EQ(z[i].im, i == odd ? T(7) : T(2 * i)) << n << ' ' << odd << ' ' << in_place;
+        }
+        ASSERT_EQ(reports.size(), odd < count ? 1u : 0u);
+        if (odd < count) {
+          EXPECT_EQ(reports[0].index, static_cast<int>(odd));
+          EXPECT_EQ(reports[0].a1, -3);
+          EXPECT_EQ(reports[0].a1Im, 0);
+          EXPECT_EQ(reports[0].r1, -3);
+          EXPECT_EQ(reports[0].r1Im, 7);
+        }
+        T* const sums = in_place ? &z.data()->re : a.data();
+        elementwise<SumOfParts<T>>({}, n, {z.data()}, {sums});
+        for (std::size_t i = 0; i < count; ++i)
+          EXPECT_EQ(sums[i], i == odd ? T(107) : T(3 * i)) << n << ' ' << odd << ' ' << in_place;
+        EXPECT_TRUE(a.surroundings_intact() && z.surroundings_intact());
       }
     }
   }

@@ -1,20 +1,17 @@
-// complex_arithmetic: elementwise a + b, a - b, a b, a conj(b) and conj(a), both precisions.
+// complex_arithmetic: elementwise a + b, a - b, a b, a conj(b), conj(a) and |a|, both precisions.
 // SPDX-License-Identifier: MIT
 //
 // Method    a + b, a - b, conj(a) part by part, one kernel for all grades
-//           a b   LA, EP the formula;  HA single in double, where the products are exact;  HA double with products as
-//           pairs: (p1 + e1) - (p2 + e2) = (p1 - p2) + (e1 - e2), where p1 - p2 is exact if it cancels
+//           a b   LA, EP the formula;  HA complex_products.h;  |a| hypot_core.h
 // Bounds    a + b, a - b each part correctly rounded; conj exact; a b HA each part 1 ulp, LA 4 ulp of the modulus
 // Special   no statuses. a b: C Annex G, an infinite factor makes the product infinite; HA: finite factors whose
 //           products overflow are scaled
-// Source    C.-P. Jeannerod, N. Louvet, J.-M. Muller, Further analysis of Kahan's algorithm for the accurate computation
-//           of 2 x 2 determinants, Math. Comp. 82 (2013); T. J. Dekker (1971) for the products
 #include <cmath>
 #include <limits>
 
 #include "vector_math/kernels.h"
-#include "vector_math/kernels/double_double.h"
-#include "vector_math/simd/complex.h"
+#include "vector_math/kernels/complex_products.h"
+#include "vector_math/kernels/hypot_core.h"
 #include "vector_math/simd/ordered.h"
 
 namespace orin::vector_math {
@@ -64,58 +61,18 @@ struct Conj : OneToOne<ComplexOf<T>> {
 
 // --- Products --------------------------------------------------------------------------------------------------------
 
-// A factor and its two halves; a product of two such and what its rounding took.
-struct Factor : DoubleDouble {
-  Vec2d whole;
-  explicit ORIN_INLINE Factor(Vec2d x) : DoubleDouble(split(x)), whole(x) {}
-};
-ORIN_INLINE DoubleDouble product_pair(const Factor& a, const Factor& b) {
-  const Vec2d rounded = a.whole * b.whole;
-  return {rounded, ((a.high * b.high - rounded) + a.high * b.low + a.low * b.high) + a.low * b.low};
-}
-
-// a conj(b) is written with the signs of b.im turned.
-template <class V>
-ORIN_INLINE Complex<V> plain_product(Complex<V> a, Complex<V> b) {
-  return {a.re * b.re - a.im * b.im, a.im * b.re + a.re * b.im};
-}
-ORIN_INLINE Complex<Vec2d> accurate_product(Complex<Vec2d> a, Complex<Vec2d> b) {
-  const Factor x(a.re), y(a.im), u(b.re), v(b.im);
-  const DoubleDouble xu = product_pair(x, u), yv = product_pair(y, v);
-  const DoubleDouble yu = product_pair(y, u), xv = product_pair(x, v);
-  return {(xu.high - yv.high) + (xu.low - yv.low), (yu.high + xv.high) + (yu.low + xv.low)};
-}
-ORIN_INLINE Complex<Vec4f> accurate_product(Complex<Vec4f> a, Complex<Vec4f> b) {
-  const TwoVec2d x = widen(a.re), y = widen(a.im), u = widen(b.re), v = widen(b.im);
-  const Complex<Vec2d> low = plain_product<Vec2d>({x.low, y.low}, {u.low, v.low});
-  const Complex<Vec2d> high = plain_product<Vec2d>({x.high, y.high}, {u.high, v.high});
-  return {narrow({low.re, high.re}), narrow({low.im, high.im})};
-}
-
-template <class Z>
-ORIN_INLINE Z first_element(auto z) {
-  return {first_lane(z.re), first_lane(z.im)};
-}
-
 // C Annex G for factors that are not finite: one with an infinite part is an infinity, whose product with anything but
 // zero and NaN is infinite.
 template <class T, class Z = ComplexOf<T>>
 Z product_of_specials(Z a, Z b) {
-  constexpr T infinity = std::numeric_limits<T>::infinity(), nan = std::numeric_limits<T>::quiet_NaN();
-  const auto is_infinite = [](Z z) { return std::fabs(z.re) == infinity || std::fabs(z.im) == infinity; };
+  constexpr T infinity = std::numeric_limits<T>::infinity();
   const auto formula = [](Z x, Z y) -> Z { return {x.re * y.re - x.im * y.im, x.im * y.re + x.re * y.im}; };
   Z result = formula(a, b);
   if (result.re != result.re && result.im != result.im && (is_infinite(a) || is_infinite(b))) {
-    // The infinite parts become +-1, other parts of an infinite factor 0, NaN of the other factor too.
-    const auto box = [&](T part, bool infinite) {
-      if (infinite) return std::copysign(T(std::fabs(part) == infinity ? 1 : 0), part);
-      return part != part ? std::copysign(T(0), part) : part;
-    };
-    const bool infinite_a = is_infinite(a), infinite_b = is_infinite(b);
-    result = formula({box(a.re, infinite_a), box(a.im, infinite_a)}, {box(b.re, infinite_b), box(b.im, infinite_b)});
+    result = formula(boxed(a), boxed(b));
     result = {infinity * result.re, infinity * result.im};
   }
-  return {result.re != result.re ? nan : result.re, result.im != result.im ? nan : result.im};
+  return with_plain_nan(result);
 }
 
 template <class T, bool conjugate, bool accurate>
@@ -143,10 +100,9 @@ struct ComplexMul : TwoToOne<ComplexOf<T>> {
   }
   // A result that is not finite.
   static Outcome<Z> special(Z a, Z b) {
-    constexpr T largest = std::numeric_limits<T>::max();
     if constexpr (conjugate) b.im = -b.im;
     for (const T part : {a.re, a.im, b.re, b.im})
-      if (part != part || std::fabs(part) > largest) return {{product_of_specials<T>(a, b)}, KOR_STATUS_OK};
+      if (!is_finite(part)) return {{product_of_specials<T>(a, b)}, KOR_STATUS_OK};
     const auto product = [](Z x, Z y) {
       return first_element<Z>(accurate_product(Complex<V>{x.re, x.im}, Complex<V>{y.re, y.im}));
     };
@@ -155,12 +111,27 @@ struct ComplexMul : TwoToOne<ComplexOf<T>> {
       // Products may overflow where their difference does not. The parts concerned are large: the scale loses nothing.
       constexpr T up = 0x1p520, down = 0x1p-520;
       const Z scaled = product({a.re * down, a.im * down}, {b.re * down, b.im * down});
-      const auto finite = [](T x) { return x == x && std::fabs(x) <= largest; };
-      if (!finite(result.re)) result.re = scaled.re * up * up;
-      if (!finite(result.im)) result.im = scaled.im * up * up;
+      if (!is_finite(result.re)) result.re = scaled.re * up * up;
+      if (!is_finite(result.im)) result.im = scaled.im * up * up;
     }
     return {{result}, KOR_STATUS_OK};
   }
+};
+
+// --- Modulus ---------------------------------------------------------------------------------------------------------
+
+template <class T, bool accurate>
+struct ComplexAbs : OneToOther<ComplexOf<T>, T> {
+  using Z = ComplexOf<T>;
+  using V = typename RegisterOf<T>::type;
+  using Core = Length<T, accurate>;
+  static constexpr const char* name = is_double<T> ? "vzAbs" : "vcAbs";
+  static constexpr Z ordinary{1, 0};
+  static constexpr int groups_per_step = 1;
+
+  static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> w) { return Core::special_lanes(w.re, w.im); }
+  static ORIN_INLINE V fast(Complex<V> z) { return Core::fast(z.re, z.im); }
+  static Outcome<T> special(Z z) { return {{Core::special(z.re, z.im).value[0]}, KOR_STATUS_OK}; }
 };
 
 }  // namespace
@@ -184,6 +155,15 @@ ORIN_COMPLEX_BINARY(mul_by_conj_c_ha, KorComplex8, ComplexMul<float, true, true>
 ORIN_COMPLEX_BINARY(mul_by_conj_z_la, KorComplex16, ComplexMul<double, true, false>)
 ORIN_COMPLEX_BINARY(mul_by_conj_z_ha, KorComplex16, ComplexMul<double, true, true>)
 #undef ORIN_COMPLEX_UNARY
+#define ORIN_COMPLEX_ABS(name, T, accurate)                          \
+  void ORIN_CALL name(std::int32_t n, const ComplexOf<T>* a, T* r) { \
+    elementwise<ComplexAbs<T, accurate>>({}, n, {a}, {r});           \
+  }
+ORIN_COMPLEX_ABS(abs_c_la, float, false)
+ORIN_COMPLEX_ABS(abs_c_ha, float, true)
+ORIN_COMPLEX_ABS(abs_z_la, double, false)
+ORIN_COMPLEX_ABS(abs_z_ha, double, true)
+#undef ORIN_COMPLEX_ABS
 #undef ORIN_COMPLEX_BINARY
 
 }  // namespace orin::vector_math

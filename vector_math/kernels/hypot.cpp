@@ -1,92 +1,18 @@
 // hypot: elementwise sqrt(a^2 + b^2), both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    LA, EP in their own precision, HA single in double
-//           HA double  a >= b >= 0, cut to 26 bits a' and b' with exact squares, a^2 - a'^2 = (a - a')(a + a'). The sum
-//           as a pair s + t; the root as r = sqrt s and (s - r^2 + t) y/2, y the seed of s^(-1/2)
-// Bounds    HA 0.52 ulp double, 0.51 single; LA and EP relative 2^-50, 2^-21
-// Budget    HA double in ulp: seed 3.5 % of the root's low part 0.02, last rounding 1/2
-// Special   an infinity -> +inf, also beside NaN; NaN -> NaN; overflow -> +inf, status 3; arguments whose squares would
-//           leave the range are scaled
-#include <cmath>
-#include <limits>
-
+// Method, bounds, special arguments: hypot_core.h
 #include "vector_math/kernels.h"
-#include "vector_math/kernels/double_double.h"
-#include "vector_math/kernels/root_seeds.h"
-#include "vector_math/simd/elementwise.h"
+#include "vector_math/kernels/hypot_core.h"
 
 namespace orin::vector_math {
 namespace {
 
-using namespace simd;
-
-template <class V>
-ORIN_INLINE V plain(V a, V b) {
-  return sqrt(a * a + b * b);
-}
-
-ORIN_INLINE Vec2d high_accuracy(Vec2d a, Vec2d b) {
-  static constexpr Constant<double> half = 0.5;
-  const Vec2d larger = max(abs(a), abs(b)), smaller = min(abs(a), abs(b));
-  const Vec2d a_high = split(larger).high, b_high = split(smaller).high;
-  const DoubleDouble squares = fast_two_sum(a_high * a_high, b_high * b_high);
-  const Vec2d rest = (larger - a_high) * (larger + a_high) + (smaller - b_high) * (smaller + b_high);
-  const DoubleDouble sum = fast_two_sum(squares.high, squares.low + rest);
-  const Vec2d root = sqrt(sum.high);
-  const DoubleDouble parts = split(root);
-  const Vec2d remainder = ((sum.high - parts.high * parts.high) - parts.low * (root + parts.high)) + sum.low;
-  return root + remainder * (root_seeds::inverse_square_root(sum.high) * in_memory(half));
-}
-
 template <class T, bool accurate>
-struct Hypot : TwoToOne<T> {
-  using V = typename RegisterOf<T>::type;
+struct Hypot : TwoToOne<T>, Length<T, accurate> {
   static constexpr const char* name = sizeof(T) == 8 ? "vdHypot" : "vsHypot";
   static constexpr T ordinary = 1;
   static constexpr int groups_per_step = 1;
-
-  // Where a square overflows; and where both are so small that digits of them are lost.
-  static ORIN_INLINE Vec4i special_lanes(Vec4i a, Vec4i b) {
-    static constexpr struct {
-      Constant<std::int32_t> largest = sizeof(T) == 8 ? 0x5fdfffff : accurate ? 0x7effffff : 0x5effffff;
-      Constant<std::int32_t> least = sizeof(T) == 8 ? 0x23d00000 : 0x26800000;  // 2^-450, 2^-50
-    } range{};
-    const auto& k = in_memory(range);
-    const Vec4i x = magnitude(a), y = magnitude(b);
-    const Vec4i large = (x > k.largest) | (y > k.largest);
-    if constexpr (sizeof(T) == 4 && accurate) return large;
-    return large | ((x < k.least) & (y < k.least));
-  }
-  static ORIN_INLINE V fast(V a, V b) {
-    if constexpr (!accurate) {
-      return plain(a, b);
-    } else if constexpr (sizeof(T) == 8) {
-      return high_accuracy(a, b);
-    } else {
-      const TwoVec2d x = widen(a), y = widen(b);
-      return narrow({plain(x.low, y.low), plain(x.high, y.high)});
-    }
-  }
-  static Outcome<T> special(T a, T b) {
-    constexpr T infinity = std::numeric_limits<T>::infinity();
-    const T x = std::fabs(a), y = std::fabs(b);
-    if (x == infinity || y == infinity) return {{infinity}, KOR_STATUS_OK};
-    if (a != a) return {{a + a}, KOR_STATUS_OK};
-    if (b != b) return {{b + b}, KOR_STATUS_OK};
-    constexpr Outcome<T> overflow{{infinity}, KOR_STATUS_OVERFLOW};
-    if constexpr (sizeof(T) == 4) {
-      const double result = first_lane(plain(Vec2d(static_cast<double>(x)), Vec2d(static_cast<double>(y))));
-      if (result >= 0x1.ffffffp+127) return overflow;  // what rounds to an infinity
-      return {{static_cast<T>(result)}, KOR_STATUS_OK};
-    } else {
-      const bool small = x < 1 && y < 1;
-      const double up = small ? 0x1p700 : 0x1p-700;
-      const double result = first_lane(fast(V(x * up), V(y * up)));
-      if (!small && result > std::numeric_limits<T>::max() * 0x1p-700) return overflow;
-      return {{result / up}, KOR_STATUS_OK};
-    }
-  }
 };
 
 }  // namespace

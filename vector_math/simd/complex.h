@@ -56,81 +56,82 @@ ORIN_INLINE Complex<Vec4i> high_words(Complex<Vec2d> low, Complex<Vec2d> high) {
   return {high_words(low.re, high.re), high_words(low.im, high.im)};
 }
 
-// Loads and stores of four complex elements, of which `count` are there. What is less than four goes by way of a copy.
-template <class G, class T>
-struct ComplexGroup {
-  static ORIN_INLINE G load(const T* from, std::int32_t count, T padding) {
-    if (count >= 4) [[likely]]
-      return G::load_four(from);
-    T copy[4];
-    for (int k = 0; k < 4; ++k) copy[k] = k < count ? load_element(from + k) : padding;
-    return G::load_four(copy);
-  }
-  ORIN_INLINE void store(T* to, std::int32_t count) const {
-    if (count >= 4) [[likely]]
-      return static_cast<const G*>(this)->store_four(to);
-    T copy[4];
-    static_cast<const G*>(this)->store_four(copy);
-    for (int k = 0; k < count; ++k) store_element(to + k, copy[k]);
-  }
-};
-
+// The first `count` of four elements at `from`, more than three of them meaning four, then paddings.
 template <>
-struct Together<KorComplex16> : ComplexGroup<Together<KorComplex16>, KorComplex16> {
+struct Together<KorComplex16> {
   static constexpr int registers = 2;
   Stored<Vec2d> low, high;
 
-  ORIN_INLINE Together(Stored<Vec2d> low_, Stored<Vec2d> high_) : low(low_), high(high_) {}
-  static ORIN_INLINE Together load_four(const KorComplex16* from) {
-    return {{Vec2d::load(&from[0].re), Vec2d::load(&from[1].re)}, {Vec2d::load(&from[2].re), Vec2d::load(&from[3].re)}};
+  static ORIN_INLINE Together load(const KorComplex16* from, std::int32_t count, KorComplex16 padding) {
+    if (count >= 4) [[likely]]
+      return {{Vec2d::load(&from[0].re), Vec2d::load(&from[1].re)},
+              {Vec2d::load(&from[2].re), Vec2d::load(&from[3].re)}};
+    const Vec2d paddings = _mm_set_pd(padding.im, padding.re);
+    const Vec2d first = Vec2d::load(&from[0].re);
+    if (count == 1) return {{first, paddings}, {paddings, paddings}};
+    const Vec2d second = Vec2d::load(&from[1].re);
+    if (count == 2) return {{first, second}, {paddings, paddings}};
+    return {{first, second}, {Vec2d::load(&from[2].re), paddings}};
   }
-  ORIN_INLINE void store_four(KorComplex16* to) const {
+  ORIN_INLINE void store(KorComplex16* to, std::int32_t count) const {
     low.first.store(&to[0].re);
-    low.second.store(&to[1].re);
-    high.first.store(&to[2].re);
-    high.second.store(&to[3].re);
+    if (count > 1) low.second.store(&to[1].re);
+    if (count > 2) high.first.store(&to[2].re);
+    if (count > 3) high.second.store(&to[3].re);
   }
 };
 template <>
-struct Together<KorComplex8> : ComplexGroup<Together<KorComplex8>, KorComplex8> {
+struct Together<KorComplex8> {
   static constexpr int registers = 1;
   Stored<Vec4f> low;
 
-  ORIN_INLINE Together(Stored<Vec4f> low_) : low(low_) {}
-  static ORIN_INLINE Together load_four(const KorComplex8* from) {
-    return Stored<Vec4f>{Vec4f::load(&from[0].re), Vec4f::load(&from[2].re)};
+  static ORIN_INLINE Together load(const KorComplex8* from, std::int32_t count, KorComplex8 padding) {
+    if (count >= 4) [[likely]]
+      return {{Vec4f::load(&from[0].re), Vec4f::load(&from[2].re)}};
+    const auto* at = reinterpret_cast<const __m64*>(from);
+    const __m128 paddings = _mm_set_ps(padding.im, padding.re, padding.im, padding.re);
+    const __m128 first = _mm_loadl_pi(paddings, at);
+    if (count == 1) return {{first, paddings}};
+    const __m128 two = _mm_loadh_pi(first, at + 1);
+    if (count == 2) return {{two, paddings}};
+    return {{two, _mm_loadl_pi(paddings, at + 2)}};
   }
-  ORIN_INLINE void store_four(KorComplex8* to) const {
+  ORIN_INLINE void store(KorComplex8* to, std::int32_t count) const {
+    auto* at = reinterpret_cast<__m64*>(to);
+    if (count == 1) return _mm_storel_pi(at, low.first.raw);
     low.first.store(&to[0].re);
-    low.second.store(&to[2].re);
+    if (count > 3) [[likely]]
+      low.second.store(&to[2].re);
+    else if (count == 3)
+      _mm_storel_pi(at + 2, low.second.raw);
   }
 };
 
 template <>
-struct Group<KorComplex16> : ComplexGroup<Group<KorComplex16>, KorComplex16> {
+struct Group<KorComplex16> {
   static constexpr int registers = 2;
   Complex<Vec2d> low, high;
 
-  ORIN_INLINE Group(Complex<Vec2d> low_, Complex<Vec2d> high_) : low(low_), high(high_) {}
-  static ORIN_INLINE Group load_four(const KorComplex16* from) {
-    const auto z = Together<KorComplex16>::load_four(from);
+  static ORIN_INLINE Group load(const KorComplex16* from, std::int32_t count, KorComplex16 padding) {
+    const auto z = Together<KorComplex16>::load(from, count, padding);
     return {apart(z.low), apart(z.high)};
   }
-  ORIN_INLINE void store_four(KorComplex16* to) const {
-    Together<KorComplex16>(together(low), together(high)).store_four(to);
+  ORIN_INLINE void store(KorComplex16* to, std::int32_t count) const {
+    Together<KorComplex16>{together(low), together(high)}.store(to, count);
   }
   ORIN_INLINE Complex<Vec4i> words() const { return high_words(low, high); }
 };
 template <>
-struct Group<KorComplex8> : ComplexGroup<Group<KorComplex8>, KorComplex8> {
+struct Group<KorComplex8> {
   static constexpr int registers = 1;
   Complex<Vec4f> low;
 
-  ORIN_INLINE Group(Complex<Vec4f> low_) : low(low_) {}
-  static ORIN_INLINE Group load_four(const KorComplex8* from) {
-    return apart(Together<KorComplex8>::load_four(from).low);
+  static ORIN_INLINE Group load(const KorComplex8* from, std::int32_t count, KorComplex8 padding) {
+    return {apart(Together<KorComplex8>::load(from, count, padding).low)};
   }
-  ORIN_INLINE void store_four(KorComplex8* to) const { Together<KorComplex8>(together(low)).store_four(to); }
+  ORIN_INLINE void store(KorComplex8* to, std::int32_t count) const {
+    Together<KorComplex8>{together(low)}.store(to, count);
+  }
   ORIN_INLINE Complex<Vec4i> words() const { return {bits(low.re), bits(low.im)}; }
 };
 

@@ -320,11 +320,14 @@ class Elementwise {
     R y[F::outputs][4];
     for (int k = 0; k < F::outputs; ++k) values[k].store(y[k], 4);
 
-    for (int lane = 0; lane < count; ++lane) {
+    // Reports read the arguments again, so these are not to be overwritten before their time.
+    const bool descending = sizeof(R) > sizeof(T) && same(a[0], r[0]);
+    for (int k = 0; k < count; ++k) {
+      const int lane = descending ? count - 1 - k : k;
       if ((special >> lane & 1) != 0) {
         special_element(f, i + lane, std::make_index_sequence<F::inputs>{}, x, lane, a, r);
       } else {
-        for (int k = 0; k < F::outputs; ++k) store_element(r[k] + i + lane, y[k][lane]);
+        for (int out = 0; out < F::outputs; ++out) store_element(r[out] + i + lane, y[out][lane]);
       }
     }
   }

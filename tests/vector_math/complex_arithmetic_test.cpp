@@ -1,0 +1,161 @@
+// complex_arithmetic_test: special arguments of complex arithmetic by eye: C Annex G, and the statuses.
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include "tests/vector_math/reference_cases.h"
+#include "vector_math/complex_catalog.h"
+
+namespace {
+
+using namespace orin::vector_math;
+
+template <class T>
+struct Value {
+  using Limits = std::numeric_limits<T>;
+  static constexpr T infinity = Limits::infinity(), nan = Limits::quiet_NaN(), largest = Limits::max(),
+                     least = Limits::denorm_min();
+  static constexpr T any = T(0.1234375);  // stands for a part that Annex G leaves open
+};
+
+template <class T>
+class ComplexArithmetic : public testing::Test {
+ protected:
+  using Z = typename ComplexFunction<T>::Z;
+  struct Line {
+    Z a, b, result;
+    int status;
+  };
+  static void expect_part(T got, T expected, const char* which, const Line& line, const std::string& name) {
+    if (expected == Value<T>::any) return;
+    EXPECT_TRUE(std::isnan(expected) ? std::isnan(got) : bits_of(got) == bits_of(expected))
+        << name << " (" << line.a.re << ", " << line.a.im << ") (" << line.b.re << ", " << line.b.im << "): " << which
+        << " part " << got << ", expected " << expected;
+  }
+  template <std::size_t count>
+  static void expect(const char* function_name, const Line (&lines)[count]) {
+    _korSetMode(KOR_ERRMODE_IGNORE | KOR_FTZDAZ_OFF);
+    bool found = false;
+    for (const auto& function : complex_functions<T>()) {
+      if (std::strcmp(function.function, function_name) != 0) continue;
+      found = true;
+      for (int grade = 0; grade < grades; ++grade) {
+        for (const Line& line : lines) {
+          _korClearErrStatus();
+          const Z got = function.call(grade, line.a, line.b);
+          const std::string name = function.label() + " " + grade_names[grade];
+          EXPECT_EQ(_korGetErrStatus(), line.status)
+              << name << " (" << line.a.re << ", " << line.a.im << ") (" << line.b.re << ", " << line.b.im << ")";
+          expect_part(got.re, line.result.re, "real", line, name);
+          expect_part(got.im, line.result.im, "imaginary", line, name);
+        }
+      }
+    }
+    EXPECT_TRUE(found) << function_name;
+    _korSetMode(KOR_MODE_DEFAULT);
+  }
+};
+using Parts = testing::Types<float, double>;
+TYPED_TEST_SUITE(ComplexArithmetic, Parts);
+
+TYPED_TEST(ComplexArithmetic, Product) {
+  using T = TypeParam;
+  constexpr T I = Value<T>::infinity, N = Value<T>::nan, M = Value<T>::largest, any = Value<T>::any;
+  TestFixture::expect("Mul", {
+                                 {{1, 2}, {3, 4}, {-5, 10}, 0},
+                                 {{0, 0}, {5, 7}, {0, 0}, 0},
+                                 {{I, 0}, {1, 0}, {I, any}, 0},
+                                 {{I, I}, {1, 0}, {any, I}, 0},
+                                 {{I, N}, {2, 3}, {I, any}, 0},
+                                 {{2, 3}, {N, -I}, {I, any}, 0},
+                                 {{I, 0}, {0, 0}, {N, N}, 0},
+                                 {{N, 1}, {1, 1}, {N, N}, 0},
+                                 {{M, 0}, {2, 0}, {I, 0}, 0},
+                                 {{M, M}, {M, -M}, {I, 0}, 0},
+                                 {{M, M}, {2, 2}, {0, I}, 0},
+                                 {{M, M}, {T(0.5), -T(0.5)}, {M, 0}, 0},
+                             });
+}
+
+TYPED_TEST(ComplexArithmetic, ProductByConjugate) {
+  using T = TypeParam;
+  constexpr T I = Value<T>::infinity, N = Value<T>::nan, M = Value<T>::largest, any = Value<T>::any;
+  TestFixture::expect("MulByConj", {
+                                       {{1, 2}, {3, 4}, {11, 2}, 0},
+                                       {{I, N}, {2, 3}, {I, any}, 0},
+                                       {{M, M}, {2, -2}, {0, I}, 0},
+                                       {{I, 0}, {0, 0}, {N, N}, 0},
+                                   });
+}
+
+TYPED_TEST(ComplexArithmetic, Quotient) {
+  using T = TypeParam;
+  constexpr T I = Value<T>::infinity, N = Value<T>::nan, M = Value<T>::largest, L = Value<T>::least,
+              any = Value<T>::any;
+  TestFixture::expect(
+      "Div", {
+                 {{-5, 10}, {3, 4}, {1, 2}, 0},    {{1, 0}, {0, 0}, {I, N}, 2},     {{-1, 2}, {-T(0), 0}, {I, -I}, 2},
+                 {{0, 0}, {0, 0}, {N, N}, 1},      {{I, 1}, {0, 0}, {I, I}, 0},     {{N, 1}, {0, 0}, {N, I}, 0},
+                 {{I, 0}, {1, 1}, {I, -I}, 0},     {{I, N}, {2, 0}, {I, any}, 0},   {{-I, 2}, {M, M}, {-I, I}, 0},
+                 {{1, 1}, {I, 0}, {0, 0}, 0},      {{1, 1}, {I, N}, {any, any}, 0}, {{1, -1}, {-I, 0}, {-T(0), 0}, 0},
+                 {{I, 1}, {I, 1}, {N, N}, 1},      {{I, 1}, {N, 1}, {N, N}, 0},     {{1, N}, {2, 2}, {N, N}, 0},
+                 {{M, 0}, {T(0.5), 0}, {I, 0}, 3}, {{M, M}, {M, M}, {1, 0}, 0},     {{L, L}, {L, L}, {1, 0}, 0},
+                 {{1, 1}, {L, L}, {I, 0}, 3},      {{M, L}, {L, L}, {I, -I}, 3},    {{0, 0}, {2, 2}, {0, 0}, 0},
+                 {{L, 0}, {M, 0}, {0, 0}, 0},      {{M, 0}, {1, 0}, {M, 0}, 0},     {{M, -M}, {1, 0}, {M, -M}, 0},
+             });
+}
+
+TYPED_TEST(ComplexArithmetic, SquareRoot) {
+  using T = TypeParam;
+  constexpr T I = Value<T>::infinity, N = Value<T>::nan, M = Value<T>::largest, L = Value<T>::least,
+              any = Value<T>::any;
+  TestFixture::expect("Sqrt", {
+                                  {{4, 0}, {}, {2, 0}, 0},
+                                  {{-4, 0}, {}, {0, 2}, 0},
+                                  {{-4, -T(0)}, {}, {0, -2}, 0},
+                                  {{0, 0}, {}, {0, 0}, 0},
+                                  {{-T(0), -T(0)}, {}, {0, -T(0)}, 0},
+                                  {{3, -4}, {}, {2, -1}, 0},
+                                  {{-3, 4}, {}, {1, 2}, 0},
+                                  {{-T(0), 8}, {}, {2, 2}, 0},
+                                  {{M, 0}, {}, {std::sqrt(M), 0}, 0},
+                                  {{-4 * L, 0}, {}, {0, 2 * std::sqrt(L)}, 0},
+                                  {{1, I}, {}, {I, I}, 0},
+                                  {{N, -I}, {}, {I, -I}, 0},
+                                  {{-I, 3}, {}, {0, I}, 0},
+                                  {{-I, -3}, {}, {0, -I}, 0},
+                                  {{I, -3}, {}, {I, -T(0)}, 0},
+                                  {{I, N}, {}, {I, N}, 0},
+                                  {{-I, N}, {}, {N, any}, 0},
+                                  {{N, 1}, {}, {N, N}, 0},
+                                  {{1, N}, {}, {N, N}, 0},
+                              });
+}
+
+TYPED_TEST(ComplexArithmetic, Modulus) {
+  using T = TypeParam;
+  constexpr T I = Value<T>::infinity, N = Value<T>::nan, M = Value<T>::largest, L = Value<T>::least;
+  TestFixture::expect("Abs", {
+                                 {{3, -4}, {}, {5, 0}, 0},
+                                 {{I, N}, {}, {I, 0}, 0},
+                                 {{N, -I}, {}, {I, 0}, 0},
+                                 {{N, 1}, {}, {N, 0}, 0},
+                                 {{1, N}, {}, {N, 0}, 0},
+                                 {{0, -T(0)}, {}, {0, 0}, 0},
+                                 {{M, M}, {}, {I, 0}, 0},
+                                 {{3 * L, 4 * L}, {}, {5 * L, 0}, 0},
+                                 {{M / 2, 0}, {}, {M / 2, 0}, 0},
+                             });
+}
+
+TYPED_TEST(ComplexArithmetic, Conjugate) {
+  using T = TypeParam;
+  constexpr T I = Value<T>::infinity, N = Value<T>::nan;
+  TestFixture::expect("Conj", {
+                                  {{1, 2}, {}, {1, -2}, 0},
+                                  {{0, 0}, {}, {0, -T(0)}, 0},
+                                  {{-I, -T(0)}, {}, {-I, 0}, 0},
+                                  {{N, 1}, {}, {N, -1}, 0},
+                              });
+}
+
+}  // namespace
