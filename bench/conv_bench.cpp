@@ -26,8 +26,6 @@
 #include <string>
 #include <vector>
 
-#include <emmintrin.h>
-
 #include "orin/conv.h"
 
 #if !defined(_WIN32)
@@ -94,41 +92,31 @@ struct Case {
 
 // --- The module ------------------------------------------------------------------------------------------------------
 
-std::int32_t kernel(Case<double>& c, bool fft) {
-  return (fft ? _junConvDDFft1D_dec : _junConvDDDirect1D_dec)(
-      c.x.data(), 1, c.y.data(), 1, c.z.data(), 1, static_cast<std::int32_t>(c.x.size()),
-      static_cast<std::int32_t>(c.y.size()), 0, static_cast<std::int32_t>(c.z.size()), 1);
-}
-std::int32_t kernel(Case<float>& c, bool fft) {
-  return (fft ? _junConvSSFft1D_dec : _junConvSSDirect1D_dec)(
-      c.x.data(), 1, c.y.data(), 1, c.z.data(), 1, static_cast<std::int32_t>(c.x.size()),
-      static_cast<std::int32_t>(c.y.size()), 0, static_cast<std::int32_t>(c.z.size()), 1);
+template <class T>
+std::int32_t kernel(Case<T>& c, bool fft) {
+  constexpr bool in_double = sizeof(T) == 8;
+  const auto run = fft ? (in_double ? _junConvDDFft1D_dec : _junConvSSFft1D_dec)
+                       : (in_double ? _junConvDDDirect1D_dec : _junConvSSDirect1D_dec);
+  return run(c.x.data(), 1, c.y.data(), 1, c.z.data(), 1, static_cast<std::int32_t>(c.x.size()),
+             static_cast<std::int32_t>(c.y.size()), 0, static_cast<std::int32_t>(c.z.size()), 1);
 }
 
 // --- The loop --------------------------------------------------------------------------------------------------------
 
-struct Vec2d {
-  __m128d v;
-  static constexpr std::size_t lanes = 2;
-  static Vec2d load(const double* p) { return {_mm_loadu_pd(p)}; }
-  void store(double* p) const { _mm_storeu_pd(p, v); }
-  friend Vec2d operator*(Vec2d a, Vec2d b) { return {_mm_mul_pd(a.v, b.v)}; }
-  friend Vec2d operator+(Vec2d a, Vec2d b) { return {_mm_add_pd(a.v, b.v)}; }
+// 16 bytes of numbers: in a register, and anywhere in memory.
+template <class T>
+struct Vector {
+  typedef T Register __attribute__((vector_size(16)));
+  typedef T Memory __attribute__((vector_size(16), aligned(alignof(T)), may_alias));
+  static constexpr std::size_t lanes = 16 / sizeof(T);
+
+  static Register load(const T* p) { return *reinterpret_cast<const Memory*>(p); }
+  static void store(T* p, Register v) { *reinterpret_cast<Memory*>(p) = v; }
 };
-struct Vec4f {
-  __m128 v;
-  static constexpr std::size_t lanes = 4;
-  static Vec4f load(const float* p) { return {_mm_loadu_ps(p)}; }
-  void store(float* p) const { _mm_storeu_ps(p, v); }
-  friend Vec4f operator*(Vec4f a, Vec4f b) { return {_mm_mul_ps(a.v, b.v)}; }
-  friend Vec4f operator+(Vec4f a, Vec4f b) { return {_mm_add_ps(a.v, b.v)}; }
-};
-[[maybe_unused]] Vec2d vector_of(const double* p) { return Vec2d::load(p); }
-[[maybe_unused]] Vec4f vector_of(const float* p) { return Vec4f::load(p); }
 
 template <class T>
 class Loop {
-  using Vec = decltype(vector_of(static_cast<const T*>(nullptr)));
+  using Vec = Vector<T>;
   static constexpr std::size_t tile = 8 * Vec::lanes;
 
  public:
@@ -141,13 +129,13 @@ class Loop {
       std::fill_n(taps_.begin() + static_cast<std::ptrdiff_t>(k * Vec::lanes), Vec::lanes, c.y[c.y.size() - 1 - k]);
     for (std::size_t j = 0; j < c.z.size(); j += tile) {
       const T *p = padded_.data() + j, *h = taps_.data();
-      Vec a0{}, a1{}, a2{}, a3{}, a4{}, a5{}, a6{}, a7{};
+      typename Vec::Register a0{}, a1{}, a2{}, a3{}, a4{}, a5{}, a6{}, a7{};
       for (std::size_t k = 0; k < c.y.size(); ++k, ++p, h += Vec::lanes) {
         const T* q = p;
         asm("" : "+r"(q));
-        const Vec tap = Vec::load(h);
-        a0 = a0 + tap * Vec::load(q);
-        a1 = a1 + tap * Vec::load(q + Vec::lanes);
+        const auto tap = Vec::load(h);
+        a0 = a0 + tap * Vec::load(q + 0 * Vec::lanes);
+        a1 = a1 + tap * Vec::load(q + 1 * Vec::lanes);
         a2 = a2 + tap * Vec::load(q + 2 * Vec::lanes);
         a3 = a3 + tap * Vec::load(q + 3 * Vec::lanes);
         a4 = a4 + tap * Vec::load(q + 4 * Vec::lanes);
@@ -156,7 +144,7 @@ class Loop {
         a7 = a7 + tap * Vec::load(q + 7 * Vec::lanes);
       }
       T* out = full_.data() + j;
-      for (const Vec& a : {a0, a1, a2, a3, a4, a5, a6, a7}) a.store(out), out += Vec::lanes;
+      for (const auto& a : {a0, a1, a2, a3, a4, a5, a6, a7}) Vec::store(out, a), out += Vec::lanes;
     }
     std::copy_n(full_.begin(), c.z.size(), c.z.begin());
   }
@@ -172,30 +160,32 @@ class Loop {
 template <class T>
 struct Fftw;
 
-template <>
-struct Fftw<double> {
-  using Complex = fftw_complex;
-  using Plan = fftw_plan;
-  static constexpr auto allocate = fftw_malloc;
-  static constexpr auto release = fftw_free;
-  static constexpr auto forward = fftw_plan_dft_r2c_1d;
-  static constexpr auto backward = fftw_plan_dft_c2r_1d;
-  static constexpr auto execute = fftw_execute;
-  static constexpr auto destroy = fftw_destroy_plan;
-  static constexpr auto text = fftw_sprint_plan;
-};
-template <>
-struct Fftw<float> {
-  using Complex = fftwf_complex;
-  using Plan = fftwf_plan;
-  static constexpr auto allocate = fftwf_malloc;
-  static constexpr auto release = fftwf_free;
-  static constexpr auto forward = fftwf_plan_dft_r2c_1d;
-  static constexpr auto backward = fftwf_plan_dft_c2r_1d;
-  static constexpr auto execute = fftwf_execute;
-  static constexpr auto destroy = fftwf_destroy_plan;
-  static constexpr auto text = fftwf_sprint_plan;
-};
+#define ORIN_BENCH_FFTW_NAMES(T, prefix)                       \
+  template <>                                                  \
+  struct Fftw<T> {                                             \
+    using Complex = prefix##_complex;                          \
+    using Plan = prefix##_plan;                                \
+    static constexpr auto allocate = prefix##_malloc;          \
+    static constexpr auto release = prefix##_free;             \
+    static constexpr auto forward = prefix##_plan_dft_r2c_1d;  \
+    static constexpr auto backward = prefix##_plan_dft_c2r_1d; \
+    static constexpr auto execute = prefix##_execute;          \
+    static constexpr auto destroy = prefix##_destroy_plan;     \
+    static constexpr auto text = prefix##_sprint_plan;         \
+  };
+ORIN_BENCH_FFTW_NAMES(double, fftw)
+ORIN_BENCH_FFTW_NAMES(float, fftwf)
+#undef ORIN_BENCH_FFTW_NAMES
+
+// fa := fa fb scale
+template <class Complex, class T>
+void multiply(Complex* fa, const Complex* fb, std::size_t bins, T scale) {
+  for (std::size_t i = 0; i < bins; ++i) {
+    const T re = fa[i][0] * fb[i][0] - fa[i][1] * fb[i][1], im = fa[i][0] * fb[i][1] + fa[i][1] * fb[i][0];
+    fa[i][0] = re * scale;
+    fa[i][1] = im * scale;
+  }
+}
 
 // A convolution with transforms of one length: at once, or overlap-add when the result is longer.
 template <class T>
@@ -229,7 +219,7 @@ class Planned {
       const std::size_t count = std::min(block, longer.size() - at);
       pad(longer.data() + at, count, a_);
       F::execute(forward_a_);
-      multiply();
+      multiply(fa_, fb_, bins_, T(1) / static_cast<T>(length_));
       F::execute(backward_);
       const std::size_t overlap = at == 0 ? 0 : shorter.size() - 1, total = count + shorter.size() - 1;
       T* out = c.z.data() + at;
@@ -249,16 +239,6 @@ class Planned {
   void pad(const T* data, std::size_t count, T* to) {
     std::copy_n(data, count, to);
     std::fill(to + count, to + length_, T(0));
-  }
-
-  // fa := fa fb / length
-  void multiply() {
-    const T scale = T(1) / static_cast<T>(length_);
-    for (std::size_t i = 0; i < bins_; ++i) {
-      const T re = fa_[i][0] * fb_[i][0] - fa_[i][1] * fb_[i][1], im = fa_[i][0] * fb_[i][1] + fa_[i][1] * fb_[i][0];
-      fa_[i][0] = re * scale;
-      fa_[i][1] = im * scale;
-    }
   }
 
   std::size_t length_, bins_;
@@ -391,11 +371,7 @@ void planes() {
       for (int i = 0; i < n[0]; ++i) std::copy_n(x.data() + i * n[0], n[0], a + i * p);
       for (int i = 0; i < m[0]; ++i) std::copy_n(y.data() + i * m[0], m[0], b + i * p);
       fftw_execute(pa), fftw_execute(pb);
-      const double scale = 1.0 / (static_cast<double>(p) * p);
-      for (std::size_t i = 0; i < total_bins; ++i) {
-        const double re = fa[i][0] * fb[i][0] - fa[i][1] * fb[i][1], im = fa[i][0] * fb[i][1] + fa[i][1] * fb[i][0];
-        fa[i][0] = re * scale, fa[i][1] = im * scale;
-      }
+      multiply(fa, fb, total_bins, 1.0 / (static_cast<double>(p) * p));
       fftw_execute(back);
       for (int i = 0; i < l[0]; ++i) std::copy_n(a + i * p, l[0], z.data() + i * l[0]);
     };

@@ -298,7 +298,8 @@ void print_list(const Function& function, const Options& options, double unit) {
     for (const Time& time : times) std::printf(" %8.2f", time.best / unit);
     std::printf("\n");
   } else {
-    for (std::size_t g = 0; g < grades; ++g) std::printf("%s %s %.4f\n", function.name, grade_names[g], times[g].best);
+    for (std::size_t g = 0; g < grades; ++g)
+      std::printf("%s %s %.4f\n", function.label().c_str(), grade_names[g], times[g].best);
   }
 }
 

@@ -61,6 +61,36 @@ void quads(std::int32_t n, const float* a, const float* b, float* r) {
       _mm_storeu_ps(r + i, f(_mm_loadu_ps(a + i), _mm_loadu_ps(b + i)));
   }
 }
+// Functions with two results; the second goes to a vector of its own.
+template <class T>
+T* second_result(std::int32_t n) {
+  static std::vector<T> other;
+  other.resize(static_cast<std::size_t>(n));
+  return other.data();
+}
+template <class T, auto f>
+void loop_of_two(std::int32_t n, const T* a, const T*, T* r) {
+  T* const other = second_result<T>(n);
+  for (std::int32_t i = 0; i < n; ++i) f(a[i], r + i, other + i);
+}
+template <auto f>
+void pairs_of_two(std::int32_t n, const double* a, const double*, double* r) {
+  double* const other = second_result<double>(n);
+  for (std::int32_t i = 0; i < n; i += 2) {
+    const auto both = f(_mm_loadu_pd(a + i));
+    _mm_storeu_pd(r + i, both.x);
+    _mm_storeu_pd(other + i, both.y);
+  }
+}
+template <auto f>
+void quads_of_two(std::int32_t n, const float* a, const float*, float* r) {
+  float* const other = second_result<float>(n);
+  for (std::int32_t i = 0; i < n; i += 4) {
+    const auto both = f(_mm_loadu_ps(a + i));
+    _mm_storeu_ps(r + i, both.x);
+    _mm_storeu_ps(other + i, both.y);
+  }
+}
 template <class T, class Expression>
 void arrays(std::int32_t n, const T* a, [[maybe_unused]] const T* b, T* r) {
   using Array = Eigen::Array<T, Eigen::Dynamic, 1>;
@@ -116,6 +146,9 @@ constexpr int u05 = 1, u10 = 1, u15 = 1, u35 = 4;
 template <>
 std::vector<Peer<double>> peers() {
   return {
+      {"SinCos", "glibc", 1, true, loop_of_two<double, sincos>},
+      {"SinCos", "SLEEF u10", u10, false, pairs_of_two<Sleef_sincosd2_u10sse2>},
+      {"SinCos", "SLEEF u35", u35, false, pairs_of_two<Sleef_sincosd2_u35sse2>},
 #include "bench/vector_math_peers.def"
   };
 }
@@ -137,6 +170,9 @@ std::vector<Peer<double>> peers() {
 template <>
 std::vector<Peer<float>> peers() {
   return {
+      {"SinCos", "glibc", 1, true, loop_of_two<float, sincosf>},
+      {"SinCos", "SLEEF u10", u10, false, quads_of_two<Sleef_sincosf4_u10sse2>},
+      {"SinCos", "SLEEF u35", u35, false, quads_of_two<Sleef_sincosf4_u35sse2>},
 #include "bench/vector_math_peers.def"
   };
 }

@@ -21,9 +21,9 @@ bool any_below_one(std::int32_t dims, const std::int32_t* shape) {
 
 std::int32_t check(const Arguments& a, Kind kind) {
   if (a.dims < 1 || a.dims > max_dims) return ORIN_CONV_NOT_IMPLEMENTED;
-  for (const std::int32_t* list :
-       {a.xshape, a.xstride, a.yshape, a.ystride, a.zshape, a.zstride, a.start, a.decimation})
-    if (list == nullptr) return ORIN_CONV_NOT_IMPLEMENTED;
+  if (a.xshape == nullptr || a.xstride == nullptr || a.yshape == nullptr || a.ystride == nullptr ||
+      a.zshape == nullptr || a.zstride == nullptr || a.start == nullptr || a.decimation == nullptr)
+    return ORIN_CONV_NOT_IMPLEMENTED;
 
   if (a.x == nullptr) return ORIN_CONV_NULL_X;
   if (any_below_one(a.dims, a.xshape)) return ORIN_CONV_BAD_XSHAPE;

@@ -28,15 +28,17 @@ std::int32_t check(const Arguments& arguments, Kind kind);
 
 // The caller's arrays after a successful check.
 template <class P>
-struct Operands {
-  View<const typename P::Data> x, y;
-  View<typename P::Data> z;
-
-  explicit Operands(const Arguments& a)
-      : x(caller_view<P::parts>(static_cast<const typename P::Data*>(a.x), a.dims, a.xshape, a.xstride)),
-        y(caller_view<P::parts>(static_cast<const typename P::Data*>(a.y), a.dims, a.yshape, a.ystride)),
-        z(caller_view<P::parts>(static_cast<typename P::Data*>(a.z), a.dims, a.zshape, a.zstride)) {}
-};
+View<const typename P::Data> x_view(const Arguments& a) {
+  return caller_view<P::parts>(static_cast<const typename P::Data*>(a.x), a.dims, a.xshape, a.xstride);
+}
+template <class P>
+View<const typename P::Data> y_view(const Arguments& a) {
+  return caller_view<P::parts>(static_cast<const typename P::Data*>(a.y), a.dims, a.yshape, a.ystride);
+}
+template <class P>
+View<typename P::Data> z_view(const Arguments& a) {
+  return caller_view<P::parts>(static_cast<typename P::Data*>(a.z), a.dims, a.zshape, a.zstride);
+}
 
 }  // namespace orin::conv
 

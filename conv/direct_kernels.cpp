@@ -16,11 +16,8 @@ namespace {
 
 // The sums of a convolution, or of a correlation with x or y as taps, before any packing.
 template <class P>
-Sliding<P> sums_of(const Arguments& a, Kind kind, const Operands<P>& operands, bool x_slides) {
-  Sliding<P> sums;
-  sums.taps = x_slides ? operands.x : operands.y;
-  sums.source = x_slides ? operands.y : operands.x;
-  sums.out = operands.z;
+Sliding<P> sums_of(const Arguments& a, Kind kind, bool x_slides) {
+  Sliding<P> sums{x_slides ? x_view<P>(a) : y_view<P>(a), x_slides ? y_view<P>(a) : x_view<P>(a), z_view<P>(a)};
   for (int d = 0; d < a.dims; ++d) {
     sums.first[d] = a.start[d];
     sums.step[d] = a.decimation[d];
@@ -54,9 +51,7 @@ bool few_or_equal_outputs(std::int32_t outputs, std::int32_t length, std::int32_
 
 template <class P>
 std::int32_t sum_directly(const Arguments& a, Kind kind) {
-  const Operands<P> operands(a);
-  const bool x_slides = volume(operands.x) <= volume(operands.y);
-  Sliding<P> sums = sums_of(a, kind, operands, x_slides);
+  Sliding<P> sums = sums_of<P>(a, kind, volume(a.dims, a.xshape) <= volume(a.dims, a.yshape));
 
   bool pack_taps = true;
   bool pack_source = !dense_rows<P>(sums.source);

@@ -25,16 +25,14 @@ struct Sequence {
 template <class T, std::size_t Parts>
 void add_direct(Sequence<T, Parts> source, Sequence<T, Parts> taps, T* out) {
   const auto row = []<class Scalar>(Scalar* data, std::size_t length) {
-    View<Scalar> view{data, 1, {}, {}};
+    View<Scalar> view(data, 1);
     view.shape[0] = static_cast<std::ptrdiff_t>(length);
     view.stride[0] = static_cast<std::ptrdiff_t>(Parts);
     return view;
   };
-  Sliding<Pair<T, T, Parts>> sums;
-  sums.taps = row(taps.data, taps.length);
+  Sliding<Pair<T, T, Parts>> sums{row(taps.data, taps.length), row(source.data, source.length),
+                                  row(out, source.length + taps.length - 1)};
   sums.taps.reverse(0);
-  sums.source = row(source.data, source.length);
-  sums.out = row(out, source.length + taps.length - 1);
   sums.first[0] = 1 - sums.taps.shape[0];
   sums.step[0] = 1;
   sums.add = true;

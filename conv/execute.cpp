@@ -56,9 +56,12 @@ struct Strides {
     if (given != nullptr || shape == nullptr) return;
     std::int64_t stride = 1;
     for (std::int32_t d = 0; d < dims; ++d) {
-      if (stride > INT32_MAX) representable = false;
-      dense[d] = representable ? static_cast<std::int32_t>(stride) : 1;
-      if (representable) stride *= shape[d];
+      if (stride < INT32_MIN || stride > INT32_MAX) {
+        representable = false;
+        stride = 1;
+      }
+      dense[d] = static_cast<std::int32_t>(stride);
+      stride *= shape[d];
     }
     list = dense;
   }

@@ -67,21 +67,22 @@ template <class P>
 std::int32_t fft(const Arguments& a, Kind kind) {
   using Sum = typename P::Sum;
   if (const std::int32_t status = check(a, kind); status != ORIN_CONV_OK) return status;
-  Operands<P> operands(a);
-  const Full full(operands.x, operands.y);
-  if (a.dims > 1 && too_small_for_transforms(full.volume, std::min(volume(operands.x), volume(operands.y))))
+  View<const typename P::Data> x_elements = x_view<P>(a), y_elements = y_view<P>(a);
+  const View<typename P::Data> z = z_view<P>(a);
+  const Full full(x_elements, y_elements);
+  if (a.dims > 1 && too_small_for_transforms(full.volume, std::min(volume(x_elements), volume(y_elements))))
     return sum_directly<P>(a, kind);
   if (full.volume > PTRDIFF_MAX / (P::parts * sizeof(Sum))) return ORIN_CONV_NO_MEMORY;
 
-  if (kind == Kind::correlation) operands.x.reverse();
+  if (kind == Kind::correlation) x_elements.reverse();
   Flat<P> x, y;
-  if (!x.make(operands.x, full) || !y.make(operands.y, full)) return ORIN_CONV_NO_MEMORY;
+  if (!x.make(x_elements, full) || !y.make(y_elements, full)) return ORIN_CONV_NO_MEMORY;
 
   // The part of the full result that is asked for; all of it, in its own order, goes straight into z.
-  View<Sum> wanted = dense_view<P::parts>(static_cast<Sum*>(nullptr), operands.z, full.shape);
+  View<Sum> wanted = dense_view<P::parts>(static_cast<Sum*>(nullptr), z, full.shape);
   if constexpr (std::is_same_v<typename P::Data, Sum>) {
-    if (volume(operands.z) == full.volume && std::equal(wanted.stride, wanted.stride + a.dims, operands.z.stride))
-      return full_convolution<Sum, P::parts>(x.data, x.length, y.data, y.length, operands.z.origin) == 0
+    if (volume(z) == full.volume && std::equal(wanted.stride, wanted.stride + a.dims, z.stride))
+      return full_convolution<Sum, P::parts>(x.data, x.length, y.data, y.length, z.origin) == 0
                  ? ORIN_CONV_OK
                  : ORIN_CONV_TRANSFORM_FAILED;
   }
@@ -92,11 +93,11 @@ std::int32_t fft(const Arguments& a, Kind kind) {
 
   wanted.origin = result.data();
   for (int d = 0; d < a.dims; ++d) {
-    const std::ptrdiff_t first = kind == Kind::convolution ? a.start[d] : a.start[d] + (operands.x.shape[d] - 1);
+    const std::ptrdiff_t first = kind == Kind::convolution ? a.start[d] : a.start[d] + (x_elements.shape[d] - 1);
     wanted.origin += first * wanted.stride[d];
-    wanted.stride[d] *= a.decimation[d];
+    if (a.zshape[d] > 1) wanted.stride[d] *= a.decimation[d];
   }
-  copy_elements<P::parts>(wanted, operands.z);
+  copy_elements<P::parts>(wanted, z);
   return ORIN_CONV_OK;
 }
 

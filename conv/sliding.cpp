@@ -13,10 +13,13 @@ namespace orin::conv {
 namespace {
 
 // Registers that a tile accumulates in. Six independent sums hide the latency of the adder and, with a tap and a
-// product, fill the eight registers of the 32-bit build; eight amortise a tile's fixed cost better.
-constexpr std::size_t tile_registers = sizeof(void*) == 8 ? 8 : 6;
+// product, fill the eight registers of the 32-bit build; twelve of sixteen amortise a tile's fixed cost better.
+constexpr std::size_t tile_registers = sizeof(void*) == 8 ? 12 : 6;
 constexpr std::size_t group_tiles = 32;
 constexpr std::size_t chunk_taps = 128;
+
+// A place within a group and its window: as wide as a register. Positions in the source are 64-bit, clamped to such places.
+using Place = std::ptrdiff_t;
 
 // What the loops of one type pair count.
 template <class P>
@@ -28,29 +31,31 @@ struct Tiling {
   static constexpr std::size_t group_outputs = group_tiles * tile_outputs;
   static constexpr std::size_t tile_sums = tile_registers * Lanes::lanes;  // scalars that a tile accumulates
   static constexpr std::size_t tap_scalars = P::parts * Lanes::lanes;      // of a tap spread over vectors
+  static constexpr std::size_t half_vectors = (vectors + 1) / 2;  // of outputs in a tile half of which is asked
+  static constexpr std::size_t half_outputs = half_vectors * Lanes::lanes / P::parts;
 };
 
 // sums += tap x for `count` taps; fresh sums start from zero. Real: sums[r] belongs to output vector r. Complex: sums[2
 // r] takes the real parts of the taps, sums[2 r + 1] the imaginary ones.
-template <class P, bool Fresh>
+template <class P, std::size_t Registers, bool Fresh>
 void accumulate_tile(typename P::Sum* sums, const typename P::Sum* taps, const typename P::Sum* x, std::size_t count) {
   using Sum = typename P::Sum;
   using Lanes = Simd<Sum>;
-  typename Lanes::Vector sum[tile_registers];
-  unrolled<tile_registers>([&](auto r) __attribute__((always_inline)) {
-    sum[r] = Fresh ? Lanes::zero() : Lanes::load(sums + r * Lanes::lanes);
+  typename Lanes::Vector sum[Registers];
+  unrolled<Registers>([&](auto r) __attribute__((always_inline)) {
+    sum[r] = Fresh ? Lanes::zero() : Lanes::load_any(sums + r * Lanes::lanes);
   });
   const auto take = [&](const Sum* tap, const Sum* at) __attribute__((always_inline)) {
     // Opaque to the compiler, which else keeps vectors of one tap for later ones in registers that it does not have.
     asm("" : "+r"(at));
     if constexpr (P::parts == 1) {
       const auto h = Lanes::load(tap);
-      unrolled<tile_registers>([&](auto r) __attribute__((always_inline)) {
+      unrolled<Registers>([&](auto r) __attribute__((always_inline)) {
         sum[r] = sum[r] + h * Lanes::load_any(at + r * Lanes::lanes);
       });
     } else {
       const auto re = Lanes::load(tap), im = Lanes::load(tap + Lanes::lanes);
-      unrolled<tile_registers / 2>([&](auto r) __attribute__((always_inline)) {
+      unrolled<Registers / 2>([&](auto r) __attribute__((always_inline)) {
         const auto v = Lanes::load_any(at + r * Lanes::lanes);
         sum[2 * r] = sum[2 * r] + re * v;
         sum[2 * r + 1] = sum[2 * r + 1] + im * v;
@@ -63,19 +68,37 @@ void accumulate_tile(typename P::Sum* sums, const typename P::Sum* taps, const t
     take(taps + tap_scalars, x + P::parts);
   }
   if (count > 0) take(taps, x);
-  unrolled<tile_registers>([&](auto r)
-                               __attribute__((always_inline)) { Lanes::store(sums + r * Lanes::lanes, sum[r]); });
+  unrolled<Registers>([&](auto r)
+                          __attribute__((always_inline)) { Lanes::store_any(sums + r * Lanes::lanes, sum[r]); });
 }
 
-// The outputs of a tile, in order, one vector after the other: f(place among the scalars, vector).
-template <class P, class F>
-[[gnu::always_inline]] inline void finish_tile(const typename P::Sum* sums, F&& f) {
+// The same for taps that are infinite or NaN, in a tile where not every tap meets the source at every output: output i
+// takes the taps for which begin <= k + i < end, so that nothing multiplies the zeros beyond the ends of the source.
+template <class P>
+[[gnu::cold, gnu::noinline]] void accumulate_strictly(typename P::Sum* sums, const typename P::Sum* taps,
+                                                      const typename P::Sum* x, Place count, Place outputs, Place begin,
+                                                      Place end) {
+  using T = Tiling<P>;
+  constexpr std::size_t lanes = T::Lanes::lanes;
+  for (Place k = 0; k < count; ++k, taps += T::tap_scalars, x += P::parts) {
+    for (Place i = std::max<Place>(0, begin - k); i < std::min(outputs, end - k); ++i)
+      for (std::size_t p = 0; p < P::parts; ++p) {
+        const std::size_t scalar = P::parts * static_cast<std::size_t>(i) + p;
+        typename P::Sum* sum = sums + scalar / lanes * P::parts * lanes + scalar % lanes;
+        for (std::size_t q = 0; q < P::parts; ++q) sum[q * lanes] += taps[q * lanes] * x[scalar];
+      }
+  }
+}
+
+// Vector r of the outputs of a tile.
+template <class P>
+[[gnu::always_inline]] inline auto finished(const typename P::Sum* sums, std::size_t r) {
   using Lanes = Simd<typename P::Sum>;
-  unrolled<Tiling<P>::vectors>([&](auto r) __attribute__((always_inline)) {
-    auto v = Lanes::load(sums + P::parts * r * Lanes::lanes);
-    if constexpr (P::parts == 2) v = v + Lanes::times_i(Lanes::load(sums + (2 * r + 1) * Lanes::lanes));
-    f(r * Lanes::lanes, v);
-  });
+  const auto v = Lanes::load(sums + P::parts * r * Lanes::lanes);
+  if constexpr (P::parts == 1)
+    return v;
+  else
+    return v + Lanes::times_i(Lanes::load(sums + (2 * r + 1) * Lanes::lanes));
 }
 
 // A row of a view: elements 0 .. count - 1, `stride` scalars apart.
@@ -88,7 +111,15 @@ struct Row {
   const Data* at(std::int64_t k) const { return origin + static_cast<std::ptrdiff_t>(k) * stride; }
 };
 
-std::int64_t divide_up(std::int64_t a, std::int64_t b) { return a >= 0 ? (a + b - 1) / b : -(-a / b); }
+// Scalars between elements `step` apart; a single element has no neighbour, and the product may not exist.
+std::ptrdiff_t spacing(std::int64_t step, std::ptrdiff_t stride, std::int64_t elements) {
+  return elements > 1 ? static_cast<std::ptrdiff_t>(step) * stride : 0;
+}
+
+std::int64_t divide_up(std::int64_t a, std::int64_t b) {
+  if (b == 1) return a;  // the common step, and divisions are slow
+  return a >= 0 ? (a + b - 1) / b : -(-a / b);
+}
 
 // The sums of up to group_tiles tiles of neighbouring outputs of a row.
 template <class P>
@@ -96,107 +127,197 @@ class Group {
   using Data = typename P::Data;
   using Sum = typename P::Sum;
   using T = Tiling<P>;
+  using Lanes = typename T::Lanes;
 
  public:
-  explicit Group(std::size_t outputs) : tiles_((outputs + T::tile_outputs - 1) / T::tile_outputs) {}
+  Group(Data* out, std::ptrdiff_t stride, std::size_t outputs, bool add)
+      : out_(out),
+        stride_(stride),
+        add_(add),
+        dense_(std::is_same_v<Data, Sum> && stride == parts),
+        tiles_((outputs + T::tile_outputs - 1) / T::tile_outputs),
+        outputs_at_the_end_(outputs - (tiles_ - 1) * T::tile_outputs) {}
 
   // Adds the sums of one row of taps over one row of the source; `position` meets tap 0 at output 0.
   void accumulate(const Row<Data>& taps, const Row<Data>& source, std::int64_t position, std::int64_t step) {
     if (step == 1) return accumulate_set(taps, source, position, 1);
     for (std::int64_t set = 0; set < std::min(step, taps.count); ++set) {
-      const Row<Data> every{taps.at(set), static_cast<std::ptrdiff_t>(step) * taps.stride,
-                            divide_up(taps.count - set, step)};
-      accumulate_set(every, source, position + set, step);
+      const std::int64_t count = divide_up(taps.count - set, step);
+      accumulate_set({taps.at(set), spacing(step, taps.stride, count), count}, source, position + set, step);
     }
   }
 
-  // Stores the first `count` outputs, or adds them to what stands there.
-  void store(Data* out, std::ptrdiff_t stride, std::size_t count, bool add) {
-    using Lanes = Simd<Sum>;
-    if (fresh_) std::memset(sums_, 0, tiles_ * T::tile_sums * sizeof(Sum));
-    const bool dense = std::is_same_v<Data, Sum> && stride == static_cast<std::ptrdiff_t>(P::parts);
-    for (const Sum* sums = sums_; count > 0; sums += T::tile_sums) {
-      const std::size_t here = std::min(count, T::tile_outputs);
-      if (dense && here == T::tile_outputs) {
-        if constexpr (std::is_same_v<Data, Sum>)
-          finish_tile<P>(
-              sums, [&](std::size_t at, auto v) __attribute__((always_inline)) {
-                Lanes::store_any(out + at, add ? Lanes::load_any(out + at) + v : v);
-              });
-      } else {
-        alignas(16) Sum outputs[T::tile_scalars];
-        finish_tile<P>(
-            sums, [&](std::size_t at, auto v) __attribute__((always_inline)) { Lanes::store(outputs + at, v); });
-        Data* to = out;
-        for (const Sum *from = outputs, *end = from + here * P::parts; from != end; to += stride)
-          for (std::size_t p = 0; p < P::parts; ++p, ++from)
-            to[p] = static_cast<Data>(add ? static_cast<Sum>(to[p]) + *from : *from);
+  // Stores the outputs, or adds them to what stands there.
+  void store() {
+    for (std::size_t tile = 0; tile < tiles_; ++tile) {
+      if (in_output(tile)) continue;
+      Data* out = out_ + static_cast<std::ptrdiff_t>(tile * T::tile_outputs) * stride_;
+      const Sum* const sums = sums_ + tile * T::tile_sums;
+      const std::size_t scalars = outputs(tile) * P::parts;
+      std::size_t r = 0;
+      if constexpr (std::is_same_v<Data, Sum>) {
+        const auto full_vectors = [&](auto order) __attribute__((always_inline)) {
+          for (; (r + 1) * Lanes::lanes <= scalars; ++r, out += per_vector * stride_) {
+            Sum* const to = stride_ > 0 ? out : out + (per_vector - 1) * stride_;
+            const auto v = order(finished<P>(sums, r));
+            Lanes::store_any(to, add_ ? Lanes::load_any(to) + v : v);
+          }
+        };
+        if (dense_) full_vectors([](auto v) { return v; });
+        if (stride_ == -parts) full_vectors([](auto v) { return Lanes::template reversed<P::parts>(v); });
       }
-      out += static_cast<std::ptrdiff_t>(here) * stride;
-      count -= here;
+      for (; r * Lanes::lanes < scalars; ++r) {
+        alignas(16) Sum elements[Lanes::lanes];
+        Lanes::store(elements, finished<P>(sums, r));
+        for (std::size_t i = 0; i < std::min(Lanes::lanes, scalars - r * Lanes::lanes); i += P::parts, out += stride_)
+          for (std::size_t p = 0; p < P::parts; ++p)
+            out[p] = static_cast<Data>(add_ ? static_cast<Sum>(out[p]) + elements[i + p] : elements[i + p]);
+      }
     }
   }
 
  private:
+  static constexpr auto parts = static_cast<std::ptrdiff_t>(P::parts);
+  static constexpr auto per_vector = static_cast<std::ptrdiff_t>(Lanes::lanes / P::parts);
   static constexpr std::size_t window_elements = chunk_taps + T::group_outputs;
+  static constexpr Place taps_worth_a_split = 8;  // that half a tile need not take
+  static constexpr std::size_t half_registers = P::parts * T::half_vectors;
+  // Two halves make a tile, and a half hides the latency of its additions.
+  static constexpr bool halves_are_fast = T::vectors == 2 * T::half_vectors && half_registers >= 4;
+  static constexpr decltype(&accumulate_tile<P, tile_registers, true>) accumulators[2][2] = {  // [fresh][half]
+      {accumulate_tile<P, tile_registers, false>, accumulate_tile<P, half_registers, false>},
+      {accumulate_tile<P, tile_registers, true>, accumulate_tile<P, half_registers, true>}};
+
+  bool whole(std::size_t tile) const { return tile + 1 < tiles_ || outputs_at_the_end_ == T::tile_outputs; }
+  std::size_t outputs(std::size_t tile) const { return tile + 1 < tiles_ ? T::tile_outputs : outputs_at_the_end_; }
+  // Whether the sums of a tile grow where its outputs belong: real sums stand in their order.
+  bool in_output(std::size_t tile) const { return P::parts == 1 && dense_ && !add_ && whole(tile); }
+  Sum* sums(std::size_t tile) {
+    if constexpr (std::is_same_v<Data, Sum>)
+      if (in_output(tile)) return out_ + tile * T::tile_outputs;
+    return sums_ + tile * T::tile_sums;
+  }
 
   // Element n of the set's source is source[position + step n].
   void accumulate_set(const Row<Data>& taps, const Row<Data>& source, std::int64_t position, std::int64_t step) {
-    const auto outputs = static_cast<std::int64_t>(tiles_ * T::tile_outputs);
+    constexpr auto width = static_cast<Place>(T::tile_outputs);
+    const auto tiles = static_cast<Place>(tiles_);
     const std::int64_t valid_begin = divide_up(-position, step);
     const std::int64_t valid_end = divide_up(source.count - position, step);
     // Taps outside this range meet the source at no output of the group.
-    const std::int64_t begin = std::max<std::int64_t>(0, valid_begin - outputs + 1);
+    const std::int64_t begin = std::max<std::int64_t>(0, valid_begin - tiles * width + 1);
     const std::int64_t end = std::min(taps.count, valid_end);
-    const bool in_place =
-        std::is_same_v<Data, Sum> && step == 1 && source.stride == static_cast<std::ptrdiff_t>(P::parts);
+    const bool in_place = std::is_same_v<Data, Sum> && step == 1 && source.stride == parts;
     for (std::int64_t k = begin; k < end; k += chunk_taps) {
-      const std::int64_t count = std::min<std::int64_t>(chunk_taps, end - k);
+      const auto count = static_cast<Place>(std::min<std::int64_t>(chunk_taps, end - k));
+      const std::int64_t at = position + step * k;
       spread(taps, k, count);
-      const std::int64_t needed = count + outputs - 1;
-      const Sum* x = window_;
-      if (in_place && k >= valid_begin && k + needed <= valid_end) {
-        if constexpr (std::is_same_v<Data, Sum>) x = source.at(position + k);
-      } else {
-        gather(source, position + step * k, step, valid_begin - k, std::min(valid_end - k, needed), needed);
-      }
-      const auto accumulate = fresh_ ? accumulate_tile<P, true> : accumulate_tile<P, false>;
-      for (std::size_t tile = 0; tile < tiles_; ++tile) {
-        const auto offset = static_cast<std::int64_t>(tile * T::tile_outputs);
-        const std::int64_t from = std::clamp<std::int64_t>(
-            valid_begin - k - offset - static_cast<std::int64_t>(T::tile_outputs) + 1, 0, count);
-        const std::int64_t to = std::clamp<std::int64_t>(valid_end - k - offset, from, count);
-        accumulate(sums_ + tile * T::tile_sums, spread_ + static_cast<std::size_t>(from) * T::tap_scalars,
-                   x + P::parts * static_cast<std::size_t>(offset + from), static_cast<std::size_t>(to - from));
+      const auto clamped = [](std::int64_t place) {
+        constexpr auto beyond = static_cast<std::int64_t>(window_elements);
+        return static_cast<Place>(std::clamp(place, -beyond, beyond));
+      };
+      const Chunk chunk{count, clamped(valid_begin - k), clamped(valid_end - k),
+                        all_finite({taps.at(k), taps.stride, count})};
+      // Tiles that meet the source with every tap at every output, first .. last - 1, can read it in place.
+      Place first = (std::max<Place>(0, chunk.begin) + width - 1) / width;
+      Place last = std::min(std::max<Place>(0, chunk.end - count + 1) / width, tiles);
+      if (!in_place || first >= last) first = last = tiles;
+      if (first > 0) gather(source, at, step, chunk, 0, first * width + count - 1);
+      if (last < tiles) gather(source, at, step, chunk, last * width, tiles * width + count - 1);
+      for (Place tile = 0; tile < tiles; ++tile) {
+        const Sum* x = window_;
+        if constexpr (std::is_same_v<Data, Sum>)
+          if (tile >= first && tile < last) x = source.at(at);
+        const Place offset = tile * width;
+        add_tile(static_cast<std::size_t>(tile), x + parts * offset,
+                 {count, chunk.begin - offset, chunk.end - offset, chunk.finite});
       }
       fresh_ = false;
     }
   }
 
+  // Taps that are taken together. At output i the source is there for the taps k with begin <= k + i < end.
+  struct Chunk {
+    Place count, begin, end;
+    bool finite;
+  };
+
+  void add_tile(std::size_t tile, const Sum* x, const Chunk& taps) {
+    constexpr auto width = static_cast<Place>(T::tile_outputs), half = static_cast<Place>(T::half_outputs);
+    // Taps from .. to - 1 meet the source at some output.
+    const Place from = std::clamp<Place>(taps.begin - (width - 1), 0, taps.count);
+    const Place to = std::clamp<Place>(taps.end, from, taps.count);
+    Sum* const lower = sums(tile);
+    const auto add = [&](auto accumulate_taps, Place first, Place last, Place output = 0) {
+      accumulate_taps(lower + static_cast<std::size_t>(output) * P::parts * P::parts,
+                      spread_ + static_cast<std::size_t>(first) * T::tap_scalars,
+                      x + P::parts * static_cast<std::size_t>(first + output), static_cast<std::size_t>(last - first));
+    };
+    if (!taps.finite && (from < taps.begin || to + width - 1 > taps.end)) {
+      add(accumulators[fresh_][0], from, from);
+      accumulate_strictly<P>(lower, spread_ + static_cast<std::size_t>(from) * T::tap_scalars,
+                             x + P::parts * static_cast<std::size_t>(from), to - from,
+                             static_cast<Place>(outputs(tile)), taps.begin - from, taps.end - from);
+      return;
+    }
+    if (outputs(tile) <= T::half_outputs) return add(accumulators[fresh_][1], from, to);
+    // At the ends of the source the first taps meet it in the upper half only, the last ones in the lower half.
+    const Place early = std::clamp(taps.begin - (half - 1), from, to);
+    const Place late = std::clamp(taps.end - half, early, to);
+    if (!halves_are_fast || to - from - (late - early) < taps_worth_a_split)
+      return add(accumulators[fresh_][0], from, to);
+    add(accumulators[fresh_][1], from, early, half);
+    add(accumulators[fresh_][1], from, from);
+    add(accumulators[0][0], early, late);
+    add(accumulators[0][1], late, to);
+  }
+
   // Taps k .. k + count - 1, each part repeated over a vector.
-  void spread(const Row<Data>& taps, std::int64_t k, std::int64_t count) {
-    using Lanes = Simd<Sum>;
+  void spread(const Row<Data>& taps, std::int64_t k, Place count) {
     const Data* tap = taps.at(k);
-    for (Sum *to = spread_, *end = to + static_cast<std::size_t>(count) * T::tap_scalars; to != end; tap += taps.stride)
+    Sum *to = spread_, *const end = to + static_cast<std::size_t>(count) * T::tap_scalars;
+    if constexpr (std::is_same_v<Data, Sum> && parts == 1)
+      if (taps.stride == 1)
+        for (; end - to >= static_cast<Place>(Lanes::lanes * Lanes::lanes); tap += Lanes::lanes) {
+          const auto v = Lanes::load_any(tap);
+          unrolled<Lanes::lanes>([&](auto lane) __attribute__((always_inline)) {
+            Lanes::store(to, Lanes::template splat_lane<lane>(v));
+            to += Lanes::lanes;
+          });
+        }
+    for (; to != end; tap += taps.stride)
       for (std::size_t p = 0; p < P::parts; ++p, to += Lanes::lanes)
         Lanes::store(to, Lanes::splat(static_cast<Sum>(tap[p])));
   }
 
-  // window_[n] = source[position + step n] for n in begin .. end - 1, zeros elsewhere up to `count`.
-  void gather(const Row<Data>& source, std::int64_t position, std::int64_t step, std::int64_t begin, std::int64_t end,
-              std::int64_t count) {
-    begin = std::clamp<std::int64_t>(begin, 0, count);
-    end = std::clamp<std::int64_t>(end, begin, count);
-    const auto scalars = [](std::int64_t n) { return P::parts * static_cast<std::size_t>(n); };
-    std::memset(window_, 0, scalars(begin) * sizeof(Sum));
-    if (begin < end)
-      copy_row<P::parts>(source.at(position + step * begin), static_cast<std::ptrdiff_t>(step) * source.stride,
-                         window_ + scalars(begin), static_cast<std::ptrdiff_t>(P::parts),
-                         static_cast<std::ptrdiff_t>(end - begin));
-    std::memset(window_ + scalars(end), 0, scalars(count - end) * sizeof(Sum));
+  static bool all_finite(const Row<Data>& taps) {
+    using In = Simd<Data>;
+    auto odd = In::zero();
+    std::int64_t k = 0;
+    constexpr auto together = static_cast<Place>(In::lanes / P::parts);
+    if (taps.stride == parts)
+      for (; k + together <= taps.count; k += together) odd = In::either(odd, In::not_finite(In::load_any(taps.at(k))));
+    for (; k < taps.count; ++k)
+      for (std::size_t p = 0; p < P::parts; ++p) odd = In::either(odd, In::not_finite(In::splat(taps.at(k)[p])));
+    return !In::any(odd);
   }
 
-  std::size_t tiles_;
+  // window_[n] = source[position + step n] for n in from .. to - 1, zeros where that is beyond its ends.
+  void gather(const Row<Data>& source, std::int64_t position, std::int64_t step, const Chunk& taps, Place from,
+              Place to) {
+    const Place begin = std::clamp(taps.begin, from, to), end = std::clamp(taps.end, begin, to);
+    const auto window = [this](Place n) { return window_ + P::parts * static_cast<std::size_t>(n); };
+    std::fill(window(from), window(begin), Sum(0));
+    if (begin < end)
+      copy_row<P::parts>(source.at(position + step * begin), spacing(step, source.stride, end - begin), window(begin),
+                         static_cast<std::ptrdiff_t>(P::parts), static_cast<std::ptrdiff_t>(end - begin));
+    std::fill(window(end), window(to), Sum(0));
+  }
+
+  Data* out_;
+  std::ptrdiff_t stride_;
+  bool add_, dense_;
+  std::size_t tiles_, outputs_at_the_end_;
   bool fresh_ = true;  // nothing in the sums yet
   alignas(16) Sum sums_[group_tiles * T::tile_sums];
   alignas(16) Sum spread_[chunk_taps * T::tap_scalars];
@@ -230,11 +351,11 @@ void slide(const Sliding<P>& sums) {
                   [&](const std::ptrdiff_t* offset, const std::ptrdiff_t* index) {
                     for (std::int64_t i = 0; i < length; i += group_outputs) {
                       const auto count = static_cast<std::size_t>(std::min(group_outputs, length - i));
-                      Group<P> group(count);
+                      Group<P> group(sums.out.origin + offset[0] + static_cast<std::ptrdiff_t>(i) * sums.out.stride[0],
+                                     sums.out.stride[0], count, sums.add);
                       accumulate_rows(sums, group, sums.out.dims - 1, index, sums.taps.origin, sums.source.origin,
                                       sums.first[0] + sums.step[0] * i);
-                      group.store(sums.out.origin + offset[0] + static_cast<std::ptrdiff_t>(i) * sums.out.stride[0],
-                                  sums.out.stride[0], count, sums.add);
+                      group.store();
                     }
                   });
 }

@@ -5,12 +5,14 @@
 //
 // A correlation is this as it stands, a convolution with one operand reversed.
 //
-// Method    Outputs of a row go through registers in tiles of six or eight vectors: each tap, spread over a vector,
+// Method    Outputs of a row go through registers in tiles of six or twelve vectors: each tap, spread over a vector,
 //           meets that many vectors of the source, and the sums never wait for one another. Tiles form groups. For a
 //           group and 128 taps at a time, taps are spread over vectors on the stack, and the piece of the source that
 //           they meet is read in place or, where it is strided, crosses an end, needs conversion or is decimated,
 //           gathered there with zeros beyond the ends. Both cost little beside the sums. A decimation D splits the
 //           taps into D interleaved sets, each an undecimated sum over every D-th element of the source.
+// Odd taps  A tap that is infinite or NaN would make NaN of the zeros beyond the ends: tiles at the ends take such taps one
+//           product at a time, so that an output sees the products of its sum alone.
 // Complex   The parts of a tap meet interleaved elements whole: sums of re(h) v and of im(h) v apart, joined at the
 //           end as first + i second; no shuffle in the loop.
 // Bounds    The inner loop is bound by the adder and multiplier ports: one load, multiplication and addition for each
@@ -25,13 +27,21 @@
 
 namespace orin::conv {
 
+// A number per dimension; those of no dimension are left alone.
+struct Positions {
+  Positions() {}
+  std::int64_t& operator[](int d) { return value[d]; }
+  std::int64_t operator[](int d) const { return value[d]; }
+
+  std::int64_t value[max_dims];
+};
+
 template <class P>
 struct Sliding {
   View<const typename P::Data> taps, source;
   View<typename P::Data> out;
-  std::int64_t first[max_dims] = {};
-  std::int64_t step[max_dims] = {};  // positive
-  bool add = false;                  // to what `out` holds
+  Positions first = {}, step = {};  // steps are positive
+  bool add = false;                 // to what `out` holds
 };
 
 template <class P>

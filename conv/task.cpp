@@ -135,9 +135,9 @@ ORIN_API std::int32_t ORIN_CALL __junDeleteTask(ConvTask** task) {
   ConvTask* record = *task;
   if (record == nullptr) return ORIN_CONV_OK;
   bool released = true;
-  if (record->attached != nullptr) {
-    released = record->release_hook != nullptr && record->release_hook(record, record->attached) == 0;
-    orin::service::deallocate(record->attached);
+  if (void* const attached = record->attached; attached != nullptr) {
+    released = record->release_hook != nullptr && record->release_hook(record, attached) == 0;
+    orin::service::deallocate(attached);  // also when the hook has changed the record
   }
   orin::service::deallocate(record);
   *task = nullptr;

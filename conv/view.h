@@ -29,38 +29,61 @@ using CC = Pair<float, float, 2>;
 using CZ = Pair<float, double, 2>;
 using ZZ = Pair<double, double, 2>;
 
-// Element k stands at origin + sum of k[d] stride[d]; strides count scalars.
+// The product where it exists. A stride of a single element may be any number; what it wraps to is never used.
+inline std::ptrdiff_t wrapped_product(std::ptrdiff_t a, std::ptrdiff_t b) {
+  return static_cast<std::ptrdiff_t>(static_cast<std::size_t>(a) * static_cast<std::size_t>(b));
+}
+
+// Element k stands at origin + sum of k[d] stride[d]; strides count scalars. Only the first `dims` entries of the lists
+// are made and copied: a short call is over sooner than whole lists are through memory.
 template <class Scalar>
 struct View {
   Scalar* origin = nullptr;
   int dims = 0;
-  std::ptrdiff_t shape[max_dims] = {};
-  std::ptrdiff_t stride[max_dims] = {};
+  std::ptrdiff_t shape[max_dims];
+  std::ptrdiff_t stride[max_dims];
 
-  operator View<const Scalar>() const requires(!std::is_const_v<Scalar>) {
-    View<const Scalar> view{origin, dims, {}, {}};
-    std::copy_n(shape, max_dims, view.shape);
-    std::copy_n(stride, max_dims, view.stride);
-    return view;
+  View() = default;
+  View(Scalar* elements, int dimensions) : origin(elements), dims(dimensions) {}
+  View(const View& other) : View(other.origin, other.dims) { copy_lists(other); }
+  View(const View<std::remove_const_t<Scalar>>& other) requires(std::is_const_v<Scalar>)
+      : View(other.origin, other.dims) {
+    copy_lists(other);
+  }
+  View& operator=(const View& other) {
+    origin = other.origin;
+    dims = other.dims;
+    copy_lists(other);
+    return *this;
   }
 
   // The same elements in opposite order along dimension d.
   void reverse(int d) {
     origin += (shape[d] - 1) * stride[d];
-    stride[d] = -stride[d];
+    stride[d] = wrapped_product(stride[d], -1);
   }
   void reverse() {
     for (int d = 0; d < dims; ++d) reverse(d);
+  }
+
+ private:
+  template <class Other>
+  void copy_lists(const View<Other>& other) {
+    int d = 0;
+    do {  // there is a first dimension
+      shape[d] = other.shape[d];
+      stride[d] = other.stride[d];
+    } while (++d < dims);
   }
 };
 
 // The caller's array: a negative stride means that `address` is that of the last element.
 template <std::size_t Parts, class Scalar>
 View<Scalar> caller_view(Scalar* address, int dims, const std::int32_t* shape, const std::int32_t* stride) {
-  View<Scalar> view{address, dims, {}, {}};
+  View<Scalar> view(address, dims);
   for (int d = 0; d < dims; ++d) {
     view.shape[d] = shape[d];
-    view.stride[d] = static_cast<std::ptrdiff_t>(stride[d]) * static_cast<std::ptrdiff_t>(Parts);
+    view.stride[d] = wrapped_product(stride[d], static_cast<std::ptrdiff_t>(Parts));
     if (stride[d] < 0) view.origin -= (view.shape[d] - 1) * view.stride[d];
   }
   return view;
@@ -71,11 +94,15 @@ inline std::size_t saturated_product(std::size_t a, std::size_t b) {
   return b != 0 && a > SIZE_MAX / b ? SIZE_MAX : a * b;
 }
 
+template <class Length>
+std::size_t volume(int dims, const Length* shape) {
+  std::size_t product = 1;
+  for (int d = 0; d < dims; ++d) product = saturated_product(product, static_cast<std::size_t>(shape[d]));
+  return product;
+}
 template <class Scalar>
 std::size_t volume(const View<Scalar>& view) {
-  std::size_t product = 1;
-  for (int d = 0; d < view.dims; ++d) product = saturated_product(product, static_cast<std::size_t>(view.shape[d]));
-  return product;
+  return volume(view.dims, view.shape);
 }
 
 // Calls f(offset) for every index vector over dimensions 1 and up, offset[v] being the sum of index times
@@ -122,10 +149,12 @@ void copy_elements(const View<From>& from, const View<To>& to) {
 // A dense array of the same shape at `origin`, its rows `pitch[0]` elements apart in dimension 1 and so on.
 template <std::size_t Parts, class To, class Scalar, class Length>
 View<To> dense_view(To* origin, const View<Scalar>& like, const Length* pitch) {
-  View<To> dense{origin, like.dims, {}, {}};
-  std::copy_n(like.shape, max_dims, dense.shape);
+  View<To> dense(origin, like.dims);
   std::ptrdiff_t stride = Parts;
-  for (int d = 0; d < like.dims; stride *= static_cast<std::ptrdiff_t>(pitch[d++])) dense.stride[d] = stride;
+  for (int d = 0; d < like.dims; stride *= static_cast<std::ptrdiff_t>(pitch[d++])) {
+    dense.shape[d] = like.shape[d];
+    dense.stride[d] = stride;
+  }
   return dense;
 }
 

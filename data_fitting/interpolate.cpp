@@ -2,9 +2,12 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    blocks of sites: pieces and coordinates once, then each function and derivative over the block
-// Bounds    per value the rounding of Horner's rule in the coordinate; at the left end of a piece c0 to the bit
+// Bounds    per value the rounding of Horner's rule in the coordinate; at the left end of a piece c0 to the bit, at the
+//           last point the function's own value (LastPoint)
 // Special   sites beyond the partition continue the outer pieces
 #include <emmintrin.h>
+
+#include <limits>
 
 #include "data_fitting/pieces.h"
 
@@ -74,6 +77,70 @@ constexpr Evaluate<T> kernels[5] = {evaluate<T, order, 0>, evaluate<T, order, 1>
 template <class T>
 constexpr const Evaluate<T>* kernels_of[] = {kernels<T, 2>, kernels<T, 3>, kernels<T, 4>};
 
+bool any_equal(const double* s, Index n, double value) {
+  const __m128d wanted = _mm_set1_pd(value);
+  __m128d found = _mm_setzero_pd();
+  Index i = 0;
+  for (; i + 4 <= n; i += 4)
+    found = _mm_or_pd(
+        found, _mm_or_pd(_mm_cmpeq_pd(_mm_loadu_pd(s + i), wanted), _mm_cmpeq_pd(_mm_loadu_pd(s + i + 2), wanted)));
+  bool rest = false;
+  for (; i < n; ++i) rest |= s[i] == value;
+  return rest || _mm_movemask_pd(found) != 0;
+}
+
+bool any_equal(const float* s, Index n, float value) {
+  const __m128 wanted = _mm_set1_ps(value);
+  __m128 found = _mm_setzero_ps();
+  Index i = 0;
+  for (; i + 4 <= n; i += 4) found = _mm_or_ps(found, _mm_cmpeq_ps(_mm_loadu_ps(s + i), wanted));
+  bool rest = false;
+  for (; i < n; ++i) rest |= s[i] == value;
+  return rest || _mm_movemask_ps(found) != 0;
+}
+
+// The last point begins no piece, and the end of its polynomial is rounded. Its value is the function's own, provided that
+// the polynomial leads there as the coefficients' rounding allows; those of another curve stand for themselves.
+template <class T>
+class LastPoint {
+ public:
+  LastPoint(const DfTask1D& task, Index pieces)
+      : task_(task),
+        piece_(pieces - 1),
+        x_(static_cast<const T*>(task.x) + (task.nx - 1)),
+        present_(task.y != nullptr && !has_knots(task)) {}
+
+  // Whether some site is there: mostly none is.
+  bool among(Index n, const T* site) const { return present_ && any_equal(site, n, *x_); }
+
+  void settle(Index f, Index n, const T* site, const Index* piece, T* r, Index stride) const {
+    const T y = by_point(task_.yhint) ? static_cast<const T*>(task_.y[0])[(task_.nx - 1) * task_.ny + f]
+                                      : static_cast<const T*>(task_.y[f])[task_.nx - 1];
+    for (Index i = 0; i < n; ++i)
+      if (site[i] == *x_ && piece[i] == piece_ && leads_to(f, y, r[i * stride])) r[i * stride] = y;
+  }
+
+ private:
+  bool leads_to(Index f, T y, T value) const {
+    constexpr T tolerance = 32 * std::numeric_limits<T>::epsilon();
+    const T* c = static_cast<const T*>(task_.scoeff[f]) + task_.s_order * piece_;
+    const T u = *x_ - x_[-1];
+    T scale = magnitude(c[0]) + magnitude(y), slope = 0, power = 1;
+    for (Index j = 1; j < task_.s_order; ++j) {
+      slope += static_cast<T>(j) * magnitude(c[j]) * power;
+      power *= u;
+      scale += magnitude(c[j]) * power;
+    }
+    return magnitude(value - y) <= tolerance * (scale + slope * magnitude(*x_));
+  }
+  static T magnitude(T v) { return v < 0 ? -v : v; }
+
+  const DfTask1D& task_;
+  Index piece_;
+  const T* x_;
+  bool present_;
+};
+
 template <class T>
 struct Request {
   Index nsite;
@@ -90,17 +157,22 @@ void run(const DfTask1D& task, const Request<T>& q, Index asked, Pieces<T>& piec
   const Evaluate<T>* const kernel = kernels_of<T>[task.s_order - 2];
   const Index functions = static_cast<Index>(task.ny);
   const Index stride = q.by_site ? functions * asked : asked;
+  const LastPoint<T> last_point(task, piece_count(task));
+  const bool values = q.dorder[0] != 0;
   Index piece[block_sites];
   T local[block_sites];
   for (Index begin = 0; begin < q.nsite; begin += block_sites) {
     const Index n = q.nsite - begin < block_sites ? q.nsite - begin : block_sites;
     pieces.find(n, q.site + begin, q.cell == nullptr ? nullptr : q.cell + begin, piece, local);
+    const bool last_point_asked = values && last_point.among(n, q.site + begin);
     for (Index f = 0; f < functions; ++f) {
       const T* coefficients = static_cast<const T*>(task.scoeff[f]);
-      T* r = q.r + (q.by_site ? begin * functions + f : f * q.nsite + begin) * asked;
+      T* const results = q.r + (q.by_site ? begin * functions + f : f * q.nsite + begin) * asked;
+      T* r = results;
       for (Index k = 0; k < q.ndorder; ++k) {
         if (q.dorder[k] != 0) kernel[k < 4 ? k : 4](n, piece, local, coefficients, r++, stride);
       }
+      if (last_point_asked) last_point.settle(f, n, q.site + begin, piece, results, stride);
     }
   }
 }

@@ -48,6 +48,7 @@ class Pieces {
   Knots<T> knots_;
   Method method_;
   T multiplier_;
+  T certain_;  // a coordinate from 0 up to this one leaves no doubt about the computed piece of a uniform partition
   Index hint_;
   SortedSearch<T> sorted_;
   GeneralSearch<T> general_;

@@ -89,6 +89,7 @@ template <class T>
 int64_t uniform_cell(int64_t nx, T x0, T r, T s) {
   if (!(s >= x0)) return 0;
   const T offset = (s - x0) * r;
+  if (offset <= -1) return 0;  // a negative multiplier; the conversion holds from here on
   if (!(offset < static_cast<T>(nx))) return nx;
   const int64_t cell = static_cast<int64_t>(offset) + 1;
   return cell < nx ? cell : nx;
@@ -176,11 +177,10 @@ template <class T, class Cell>
 void find_uniform(int64_t nx, const T* x, Index nsite, const T* site, T r, Cell* cell) {
   const T x0 = x[0];
   Index i = 0;
-  if (nx <= max_vector_nx<T>) {
+  if (nx <= max_vector_nx<T> && r > 0) {  // else a site and its place may differ in sign
     const UniformVector<T> vector(x0, r, static_cast<T>(nx - 1));
-    const __m128i never = _mm_set1_epi32(r > 0 ? 0 : -1);  // the signs of site and place agree for r > 0 alone
     for (; i + 16 <= nsite; i += 16) {
-      __m128i doubtful = never;
+      __m128i doubtful = _mm_setzero_si128();
       for (Index k = i; k < i + 16; k += 4) store_cells(vector.likely_cells(site + k, doubtful), cell + k);
       if (_mm_movemask_ps(_mm_castsi128_ps(doubtful)) != 0) {
         for (Index k = i; k < i + 16; k += 4) store_cells(vector.cells(site + k), cell + k);
@@ -368,8 +368,7 @@ void find_quasi_uniform(Index nx, const T* x, Index nsite, const T* site, T r, C
     find_uniform(nx, x, end - begin, site + begin, r, cell + begin);
     for (Index i = begin; i < end; ++i) {
       const T s = site[i];
-      const Index guess = static_cast<Index>(cell[i]);
-      Index c = guess < 0 ? 0 : guess;
+      Index c = static_cast<Index>(cell[i]);
       if (c < nx && s > x[c]) {
         while (c < nx && x[c] <= s) ++c;
       } else {

@@ -18,7 +18,7 @@ T cells_per_length(const T* x, int64_t nx) {
   return static_cast<T>(nx - 1) / (x[static_cast<Index>(nx) - 1] - x[0]);
 }
 
-// 0 unless s >= x[0], else trunc((s - x[0]) r) + 1, at most nx. Needs x[0] alone.
+// 0 unless s >= x[0], else trunc((s - x[0]) r) + 1, limited to 0..nx. Needs x[0] alone.
 template <class T, class Cell>
 void find_uniform(int64_t nx, const T* x, Index nsite, const T* site, T r, Cell* cell);
 

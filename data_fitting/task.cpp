@@ -42,9 +42,12 @@ Pointer* allocate_table(int64_t entries) {
   return static_cast<Pointer*>(service::allocate(static_cast<std::size_t>(entries) * sizeof(Pointer), alignment));
 }
 
+// Addresses as integers: those of an absurd stride wrap, and are never read.
 template <class T>
 void fill_by_stride(const void** table, int64_t ny, const T* base, int64_t stride) {
-  for (int64_t i = 0; i < ny; ++i) table[i] = base + static_cast<Index>(i * stride);
+  const std::uintptr_t step = static_cast<std::uintptr_t>(stride) * sizeof(T);
+  std::uintptr_t address = reinterpret_cast<std::uintptr_t>(base);
+  for (int64_t i = 0; i < ny; ++i, address += step) table[i] = reinterpret_cast<const void*>(address);
 }
 
 template <class T>

@@ -23,8 +23,10 @@ constexpr bool uniform(const DfTask1D& task) { return (task.xhint & ORIN_DF_UNIF
 constexpr bool two_sided(int64_t bc_type) { return bc_type == 12 || bc_type == 36 || bc_type == 24 || bc_type == 48; }
 
 // Coefficients from one function's block to the next: the type 1 quadratic has a group more than the partition cells.
+// Any order is accepted: the product wraps for those that no array can have.
 constexpr int64_t coefficient_stride(int64_t order, int64_t type, int64_t nx) {
-  return type == ORIN_DF_SUBBOTIN ? order * nx : order * (nx - 1);
+  const auto groups = static_cast<std::uint64_t>(type == ORIN_DF_SUBBOTIN ? nx : nx - 1);
+  return static_cast<int64_t>(static_cast<std::uint64_t>(order) * groups);
 }
 
 }  // namespace orin::data_fitting

@@ -18,6 +18,18 @@ namespace {
 static_assert(sizeof(void*) != 4 || (sizeof(JunStreamChunk) == 32 && offsetof(JunStreamChunk, next) == 12 &&
                                      offsetof(JunStreamChunk, key) == 16));
 
+// A private chunk that is in no list; null if there is no memory.
+JunStreamChunk* new_chunk(int32_t id, void* data, int32_t size) noexcept {
+  auto* chunk = static_cast<JunStreamChunk*>(service::allocate(sizeof(JunStreamChunk), block_alignment));
+  if (chunk != nullptr) *chunk = {id, size, data, nullptr, {0, 0}};
+  return chunk;
+}
+
+void push(void* stream, JunStreamChunk* chunk) noexcept {
+  chunk->next = first_chunk(stream);
+  header_of(stream).chunks = reinterpret_cast<uintptr_t>(chunk);
+}
+
 void release(JunStreamChunk* chunk) noexcept {
   if (!leave_shared(chunk->key)) service::deallocate(chunk->data);
   service::deallocate(chunk);
@@ -55,18 +67,29 @@ void* allocate_data(int32_t size) noexcept {
   return service::allocate(static_cast<std::size_t>(std::max(size, 1)), block_alignment);
 }
 
-int32_t attach(void* stream, int32_t id, const uint64_t* key, void* data, int32_t size, Block& block) noexcept {
+int32_t attach(void* stream, int32_t id, const uint64_t* key, void* data, int32_t size, Block& block,
+               int32_t least) noexcept {
   block = Block::left;
-  auto* chunk = static_cast<JunStreamChunk*>(service::allocate(sizeof(JunStreamChunk), block_alignment));
+  JunStreamChunk* chunk = new_chunk(id, data, size);
   if (chunk == nullptr) return JUN_RNG_NO_MEMORY;
-  *chunk = {id, size, data, first_chunk(stream), {0, 0}};
   block = Block::taken;
   if (!is_zero_key(key)) {
     std::copy_n(key, 2, chunk->key);
-    if (!join_shared(*chunk)) block = Block::left;
+    if (!join_shared(*chunk, least)) block = Block::left;
   }
-  header_of(stream).chunks = reinterpret_cast<uintptr_t>(chunk);
+  push(stream, chunk);
   return JUN_RNG_OK;
+}
+
+// Two threads may be given the same key within one tick of the time stamp: the second to enter takes another one.
+const JunStreamChunk* attach_new(void* stream, int32_t id, void* data, int32_t size) noexcept {
+  JunStreamChunk* chunk = new_chunk(id, data, size);
+  if (chunk == nullptr) return nullptr;
+  do {
+    __junGenerateNewGlobalRODataTableEntryId(chunk->key, id);
+  } while (!enter_shared(*chunk));
+  push(stream, chunk);
+  return chunk;
 }
 
 }  // namespace orin::rng

@@ -27,7 +27,13 @@ void* allocate_data(int32_t size) noexcept;
 enum class Block { taken, left };  // in use by the chunk or the shared table; still the caller's
 
 // Attaches a chunk at the head of the stream's list. A failure leaves everything as it was, the block to the caller.
-int32_t attach(void* stream, int32_t id, const uint64_t* key, void* data, int32_t size, Block& block) noexcept;
+// Shared data of less than `least` bytes is not used: the chunk owns its block then.
+int32_t attach(void* stream, int32_t id, const uint64_t* key, void* data, int32_t size, Block& block,
+               int32_t least = 0) noexcept;
+
+// Attaches data under a key of its own, which copies of the stream will share. Null, and the block still the caller's, if
+// there is no memory.
+const JunStreamChunk* attach_new(void* stream, int32_t id, void* data, int32_t size) noexcept;
 
 }  // namespace orin::rng
 

@@ -42,8 +42,8 @@ static_assert(sizeof(ImageHeader) == 20 && offsetof(ImageHeader, marker) == 4 &&
 
 constexpr int32_t chunk_head_bytes = 4 + 16 + 4;  // identifier, key, size
 
-// Bytes of a chunk's data as they stand in an image.
-int32_t data_bytes(const JunStreamChunk& chunk) noexcept { return chunk.data != nullptr ? std::max(chunk.size, 0) : 0; }
+// Bytes of a chunk's data as they stand in an image; zeros if the chunk has a size and no data.
+int32_t data_bytes(const JunStreamChunk& chunk) noexcept { return std::max(chunk.size, 0); }
 
 // True if the 16-bit fields of the header can describe the stream.
 bool fits_image(const JunBrngProperties& row, const void* stream) noexcept {
@@ -130,6 +130,14 @@ class File {
 
 // ---- Writing --------------------------------------------------------------------------------------------------------
 
+template <class Sink>
+bool put_zeros(Sink& sink, std::size_t bytes) noexcept {
+  static constexpr unsigned char zeros[4096] = {};
+  bool written = true;
+  for (; written && bytes > sizeof zeros; bytes -= sizeof zeros) written = sink.put(zeros, sizeof zeros);
+  return written && sink.put(zeros, bytes);
+}
+
 // The status is that of the last data written: header, state, or the last chunk's data.
 template <class Sink>
 int32_t write_image(const void* stream, const JunBrngProperties& row, Sink& sink) noexcept {
@@ -149,7 +157,9 @@ int32_t write_image(const void* stream, const JunBrngProperties& row, Sink& sink
     sink.put(&chunk->id, sizeof chunk->id);
     sink.put(chunk->key, sizeof chunk->key);
     sink.put(&size, sizeof size);
-    status = sink.put(chunk->data, static_cast<std::size_t>(size)) ? JUN_RNG_OK : JUN_RNG_FILE_WRITE;
+    const bool written = chunk->data != nullptr ? sink.put(chunk->data, static_cast<std::size_t>(size))
+                                                : put_zeros(sink, static_cast<std::size_t>(size));
+    status = written ? JUN_RNG_OK : JUN_RNG_FILE_WRITE;
   }
   return status;
 }
@@ -176,14 +186,12 @@ int32_t read_chunk(void* stream, bool with_key, Source& source) noexcept {
   if (with_key && !source.get(key, sizeof key)) return JUN_RNG_FILE_READ;
   if (!source.get(&size, sizeof size)) return JUN_RNG_FILE_READ;
   if (!source.can_hold(size)) return Source::bad_size;
-  // Only a damaged image claims more data than the process holds under the key: it gets a block of its own.
-  if (is_smaller_shared(key, size)) key[0] = key[1] = 0;
-
   void* data = allocate_data(size);
   if (data == nullptr) return JUN_RNG_NO_MEMORY;
   Block block = Block::left;
   int32_t status = JUN_RNG_FILE_READ;
-  if (source.get(data, static_cast<std::size_t>(size))) status = attach(stream, id, key, data, size, block);
+  // Only a damaged image claims more data than the process holds under the key: its chunk keeps a block of its own.
+  if (source.get(data, static_cast<std::size_t>(size))) status = attach(stream, id, key, data, size, block, size);
   if (block == Block::left) service::deallocate(data);
   return status;
 }

@@ -46,6 +46,15 @@ JunGlobRODataEntry* append(const uint64_t* key, void* data, int32_t size) noexce
   return &table[used_entries++];
 }
 
+// The chunk's data to the table, if it may and there is room; else the chunk's own.
+void own_or_append(JunStreamChunk& chunk, bool may_append) noexcept {
+  if (may_append && used_entries < chunk_entries) {
+    append(chunk.key, chunk.data, chunk.size);
+  } else {
+    chunk.key[0] = chunk.key[1] = 0;
+  }
+}
+
 void drop_reference(JunGlobRODataEntry& entry) noexcept {
   if (--entry.references != 0) return;
   service::deallocate(entry.data);
@@ -61,26 +70,23 @@ bool is_shared(const uint64_t* key) noexcept {
   return find(key) != nullptr;
 }
 
-bool is_smaller_shared(const uint64_t* key, int32_t size) noexcept {
-  if (is_zero_key(key)) return false;
+bool join_shared(JunStreamChunk& chunk, int32_t least) noexcept {
   service::SpinGuard guard(lock);
-  const JunGlobRODataEntry* entry = find(key);
-  return entry != nullptr && sizes[entry - table] < size;
+  JunGlobRODataEntry* entry = find(chunk.key);
+  if (entry == nullptr || sizes[entry - table] < least) {
+    own_or_append(chunk, entry == nullptr);
+    return true;
+  }
+  ++entry->references;
+  const bool same_block = chunk.data == entry->data;
+  chunk.data = entry->data;
+  return same_block;
 }
 
-bool join_shared(JunStreamChunk& chunk) noexcept {
+bool enter_shared(JunStreamChunk& chunk) noexcept {
   service::SpinGuard guard(lock);
-  if (JunGlobRODataEntry* entry = find(chunk.key)) {
-    ++entry->references;
-    const bool same_block = chunk.data == entry->data;
-    chunk.data = entry->data;
-    return same_block;
-  }
-  if (used_entries < chunk_entries) {
-    append(chunk.key, chunk.data, chunk.size);
-  } else {
-    chunk.key[0] = chunk.key[1] = 0;
-  }
+  if (find(chunk.key) != nullptr) return false;
+  own_or_append(chunk, true);
   return true;
 }
 

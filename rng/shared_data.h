@@ -15,13 +15,14 @@ inline bool is_zero_key(const uint64_t* key) noexcept { return key == nullptr ||
 // True if the table has an entry with this key.
 bool is_shared(const uint64_t* key) noexcept;
 
-// True if the table's data under this key is known to have less than size bytes.
-bool is_smaller_shared(const uint64_t* key, int32_t size) noexcept;
+// Makes a chunk with a nonzero key a user of the table. Its key has an entry with at least `least` bytes: one more
+// reference, and the chunk points at the entry's data. It has none: the table takes the chunk's data over. The entry is
+// too small or the table has no room: the key is cleared, and the chunk owns its data. Returns whether the chunk's own
+// data block is still in use.
+bool join_shared(JunStreamChunk& chunk, int32_t least) noexcept;
 
-// Makes a chunk with a nonzero key a user of the table. Its key has an entry: one more reference, and the chunk points
-// at the entry's data. It has none: the table takes the chunk's data over, or, having no room, clears the key, so that
-// the chunk owns its data. Returns whether the chunk's own data block is still in use.
-bool join_shared(JunStreamChunk& chunk) noexcept;
+// The same for a key that must be new. False, with nothing changed, if it has an entry.
+bool enter_shared(JunStreamChunk& chunk) noexcept;
 
 // Drops one reference, and with the last one the entry and its data. False if the key has no entry.
 bool leave_shared(const uint64_t* key) noexcept;

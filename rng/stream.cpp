@@ -65,7 +65,10 @@ ORIN_API int32_t ORIN_CALL __junNewStreamEx(void** stream, int32_t brng, int32_t
   if (is_abstract(brng)) return JUN_RNG_BAD_IDENTIFIER;
   int32_t row = 0, sub_stream = 0;
   const JunBrngProperties* table = __junGetBrngBaseOffset(brng, &row, &sub_stream);
-  const int32_t status = __junAllocateStream(stream, brng, table, row, sub_stream);
+  int32_t status = __junIsBrngValid(table, row, sub_stream);
+  if (status != JUN_RNG_OK) return status;
+  if (n > 0 && seeds == nullptr) return JUN_RNG_NULL_POINTER;
+  status = __junAllocateStream(stream, brng, table, row, sub_stream);
   return status == JUN_RNG_OK ? table[row].InitStream(JUN_RNG_SEED, *stream, n, seeds) : status;
 }
 

@@ -67,7 +67,7 @@ std::int32_t check_storages(const SSTask& task, std::uint64_t wanted) noexcept {
 // The vector results of one variable from its power sums, in table order. Raw moments follow from the central ones with
 // v = M2/W: E x^2 = v + m^2, E x^3 = m3 + 3 m v + m^3, E x^4 = m4 + 4 m m3 + 6 m^2 v + m^4.
 void results(const Moments& moments, double (&r)[vector_results]) noexcept {
-  const double W = moments.weight(), m = moments.mean();
+  const double W = moments.weight(), m = W != 0 ? moments.mean() : std::numeric_limits<double>::quiet_NaN();
   const double v = moments.m2() / W, m2 = moments.m2() / moments.divisor();
   const double m3 = moments.m3() / W, m4 = moments.m4() / W;
   const double deviation = std::sqrt(m2);

@@ -10,7 +10,7 @@
 //             M3 = M3a + M3b + e^3 AB(A-B)/W^2 + 3e (A M2b - B M2a)/W
 //             M4 = M4a + M4b + e^4 AB(A^2-AB+B^2)/W^3 + 6e^2 (A^2 M2b + B^2 M2a)/W^2 + 4e (A M3b - B M3a)/W
 // Bounds    A block's sums about the running mean are at most a small multiple of the central ones of all data, so that
-//           nothing is lost to cancellation; 128 additions in a row within a block, two-word sums between blocks.
+//           nothing is lost to cancellation; at most 128 additions in a row within a block, two-word sums between blocks.
 // Special   observations of weight zero take no part, whatever they are; NaN and infinities make the sums NaN.
 // Source    Chan, Golub, LeVeque, Algorithms for computing the sample variance, The American Statistician 37 (1983);
 //           Pebay, Formulas for robust, one-pass parallel computation of covariances and arbitrary-order statistical
@@ -70,17 +70,26 @@ class Moments {
 
 // Two observations as doubles.
 inline __m128d load_two(const double* x) noexcept { return _mm_loadu_pd(x); }
+// The conversion straight from memory: one operation, where a load of its own would add a shuffle.
 inline __m128d load_two(const float* x) noexcept {
-  return _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i_u*>(x))));
+  __m128d two;
+  asm("cvtps2pd %1, %0" : "=x"(two) : "m"(*reinterpret_cast<const char(*)[8]>(x)));
+  return two;
 }
 
 // The sums of one block about c.
 template <int order, bool weighted, class T>
 PowerSums power_sums(const T* x, const T* w, std::ptrdiff_t count, double c) noexcept {
+  // Chains of additions, enough to hide the latency of one another; a mean alone takes all four.
   struct Partial {
     __m128d weight = _mm_setzero_pd(), weight2 = weight, s1 = weight, s2 = weight, s3 = weight, s4 = weight;
-  } even, odd;  // two chains of additions of two lanes each
-  const __m128d shift = _mm_set1_pd(c);
+  } first, second, third, fourth;
+  constexpr bool four_chains = order == 1 && !weighted;
+  constexpr std::ptrdiff_t step = four_chains ? 8 : 4;
+  // A double holds the sum of a block of floats as it is, nearly always exactly: for a mean alone c can wait for the end.
+  constexpr bool shift_at_the_end = order == 1 && !weighted && sizeof(T) == sizeof(float);
+  const __m128d shift = shift_at_the_end ? _mm_setzero_pd() : _mm_set1_pd(c);
+  const auto deviation = [shift](__m128d v) { return shift_at_the_end ? v : v - shift; };
 
   const auto add = [](Partial& p, __m128d d, __m128d wt) {
     if constexpr (weighted) {
@@ -96,22 +105,31 @@ PowerSums power_sums(const T* x, const T* w, std::ptrdiff_t count, double c) noe
     if constexpr (order >= 4) p.s4 = p.s4 + wd2 * (d * d);
   };
   std::ptrdiff_t i = 0;
-  for (; i + 4 <= count; i += 4) {
-    add(even, load_two(x + i) - shift, weighted ? load_two(w + i) : shift);
-    add(odd, load_two(x + i + 2) - shift, weighted ? load_two(w + i + 2) : shift);
+  const auto add_two = [&](Partial& p, std::ptrdiff_t at) {
+    add(p, deviation(load_two(x + at)), weighted ? load_two(w + at) : shift);
+  };
+  for (; i + step <= count; i += step) {
+    add_two(first, i);
+    add_two(second, i + 2);
+    if constexpr (four_chains) {
+      add_two(third, i + 4);
+      add_two(fourth, i + 6);
+    }
   }
   for (; i < count; ++i) {
-    add(even, _mm_set_sd(static_cast<double>(read(x + i)) - c), weighted ? _mm_set_sd(read(w + i)) : shift);
+    add(first, _mm_sub_sd(_mm_set_sd(static_cast<double>(read(x + i))), shift),
+        weighted ? _mm_set_sd(read(w + i)) : shift);
   }
 
   const auto total = [&](__m128d Partial::*sum) {
-    const __m128d both = even.*sum + odd.*sum;
-    return _mm_cvtsd_f64(both) + _mm_cvtsd_f64(_mm_unpackhi_pd(both, both));
+    __m128d all = first.*sum + second.*sum;
+    if constexpr (four_chains) all = all + (third.*sum + fourth.*sum);
+    return _mm_cvtsd_f64(all) + _mm_cvtsd_f64(_mm_unpackhi_pd(all, all));
   };
   const double n = static_cast<double>(count);
   return {weighted ? total(&Partial::weight) : n,
           weighted ? total(&Partial::weight2) : n,
-          total(&Partial::s1),
+          shift_at_the_end ? total(&Partial::s1) - n * c : total(&Partial::s1),
           total(&Partial::s2),
           total(&Partial::s3),
           total(&Partial::s4)};

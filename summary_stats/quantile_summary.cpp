@@ -72,17 +72,17 @@ bool QuantileSummary::reserve(std::size_t count) noexcept {
   return true;
 }
 
-// Counts x in its right neighbour or, since the place of x among equal numbers is free, in one of the tuples of its
-// value taken in turn. Place 0 is at or below the smallest value, count_ above the largest, where nothing is absorbed.
+// Counts x with the tuple of its value or else in its right neighbour. Place 0 is at or below the smallest value, count_
+// above the largest: no neighbour takes a number there.
 bool QuantileSummary::absorb(double x, std::size_t place, std::uint32_t room_below) noexcept {
-  if (place == 0 || place == count_) return false;
-  if (weights_[place].sum() >= room_below && values_[place] == x) {
-    double* const first = values_.data() + place;
-    const auto equal = static_cast<std::size_t>(std::upper_bound(first, values_.data() + count_, x) - first);
-    place += static_cast<std::size_t>(turn_++) % equal;
+  if (place == count_) return false;
+  if (values_[place] == x) {
+    ++weights_[place].equals;
+    return true;
   }
-  if (weights_[place].sum() >= room_below) return false;
+  if (place == 0 || weights_[place].sum() >= room_below) return false;
   ++weights_[place].g;
+  complete_ = false;
   return true;
 }
 
@@ -94,7 +94,7 @@ bool QuantileSummary::take(const T* x, std::ptrdiff_t count) noexcept {
     double numbers[group] = {};
     for (std::ptrdiff_t e = 0; e < used; ++e) numbers[e] = read(x + i + e);
     std::size_t places[group] = {};
-    if (count_ > 1) find_places(values_.data(), count_, numbers, places);
+    if (count_ > 0) find_places(values_.data(), count_, numbers, places);
     for (std::ptrdiff_t e = 0; e < used; ++e) {
       if (absorb(numbers[e], places[e], room_below)) {
         ++n_;
@@ -126,28 +126,35 @@ bool QuantileSummary::flush() noexcept {
 }
 
 // Merges the sorted numbers into the tuples, from the far end of the memory so that no tuple is overwritten before it
-// is read. A number's rank is uncertain by what its right neighbour's was before, less one.
+// is read. A number's rank is uncertain by what its right neighbour's was before, less one. None equals an old tuple, or
+// it would have been counted there.
 void QuantileSummary::insert_pending() noexcept {
   double* const values = values_.data();
   Weight* const weights = weights_.data();
-  const std::size_t before = count_;
+  const std::size_t before = count_, end = count_ + pending_count_;
   const std::uint32_t newest = std::max<std::uint32_t>(cap(), 1) - 1;
-  std::size_t out = count_ + pending_count_, left = count_;
+  std::size_t out = end, left = count_;
   std::uint32_t uncertain = 1;  // g + delta of the old tuple on the right; nothing is uncertain beyond the last
-  count_ = out;
   while (pending_count_ > 0) {
-    --out;
-    if (left > 0 && values[left - 1] > pending_[pending_count_ - 1]) {
-      --left;
-      values[out] = values[left];
+    const double x = pending_[pending_count_ - 1];
+    if (left > 0 && values[left - 1] > x) {
+      values[--out] = values[--left];
       weights[out] = weights[left];
       uncertain = weights[left].sum();
-    } else {
-      const bool extreme = left == 0 || left == before;
-      values[out] = pending_[--pending_count_];
-      weights[out] = {1, uncertain - 1, extreme ? 0 : newest};
+      continue;
     }
+    --pending_count_;
+    if (out < end && values[out] == x) {
+      ++weights[out].equals;
+      continue;
+    }
+    const bool extreme = left == 0 || left == before;
+    values[--out] = x;
+    weights[out] = {1, uncertain - 1, extreme ? 0 : newest, 0};
   }
+  std::copy(values + out, values + end, values + left);
+  std::copy(weights + out, weights + end, weights + left);
+  count_ = left + (end - out);
 }
 
 // Lets tuples leave, from the right, each with its descendants; the first and the last one stay.
@@ -162,11 +169,13 @@ void QuantileSummary::compress() noexcept {
     const int band = band_of(weights[i].born, c);
     if (band <= kept_band && weights[kept].sum() < c) {
       const std::uint32_t room = c - weights[kept].sum();
-      std::uint64_t g = weights[i].g;
+      std::uint64_t g = weights[i].g + weights[i].equals;
       std::size_t before = i - 1;
-      for (; before > 0 && g <= room && band_of(weights[before].born, c) < band; --before) g += weights[before].g;
+      for (; before > 0 && g <= room && band_of(weights[before].born, c) < band; --before)
+        g += weights[before].g + weights[before].equals;
       if (g <= room) {
         weights[kept].g += static_cast<std::uint32_t>(g);
+        complete_ = false;
         i = before;
         continue;
       }
@@ -184,18 +193,24 @@ void QuantileSummary::compress() noexcept {
 double QuantileSummary::quantile(double order) const noexcept {
   constexpr double nan = std::numeric_limits<double>::quiet_NaN();
   const QuantilePlace place(order, n_ + nan_count_);
-  if (count_ == static_cast<std::size_t>(n_)) {
-    const auto value = [&](std::int64_t rank) { return rank < n_ ? values_.data()[rank] : nan; };
+  if (complete_) {
+    const auto value = [&](std::int64_t rank) {
+      for (std::size_t i = 0; i < count_; ++i)
+        if ((rank -= 1 + static_cast<std::int64_t>(weights_[i].equals)) < 0) return values_[i];
+      return nan;
+    };
     return place.blend(value(place.lower), value(place.upper));
   }
   if (place.h > static_cast<double>(n_ - 1)) return nan;
-  // The tuple whose possible ranks, counted from 0, stray least from h.
+  // The tuple whose possible ranks, counted from 0 and with its equals, stray least from h.
   double best = std::numeric_limits<double>::infinity(), result = nan;
   std::int64_t rank = -1;
   for (std::size_t i = 0; i < count_; ++i) {
-    rank += weights_[i].g;
-    const double low = static_cast<double>(rank), high = low + weights_[i].delta;
-    const double stray = std::max(place.h - low, high - place.h);
+    const Weight& w = weights_[i];
+    rank += w.g;
+    const double high = static_cast<double>(rank) + w.delta;
+    rank += static_cast<std::int64_t>(w.equals);
+    const double stray = std::max({place.h - static_cast<double>(rank), high - place.h, 0.0});
     if (stray < best) {
       best = stray;
       result = values_[i];

@@ -2,13 +2,15 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    tuples (v, g, delta) in ascending order of v: the smallest possible rank of v is the sum of g up to it, the
-//           largest is delta more. With the cap c = floor(2 eps n), every g + delta <= c (or 1). A number enters with
+//           largest is delta more. A tuple also counts the further numbers that equal its v: they follow it, certain to
+//           stand there, so that the values of the tuples differ and few values take few of them. With the cap c = floor(2 eps n), every g + delta <= c (or 1). A number enters with
 //           g = 1 and delta one less than its right neighbour's g + delta, an extreme one with delta 0. A tuple leaves,
 //           g added to its right neighbour's, when the neighbour's g + delta stays within c; its band must not exceed
 //           the neighbour's, and the tuples of lower bands on its left, its descendants, leave with it. The band is the
 //           logarithm of the age in terms of c.
-//           Most numbers find room in their right neighbour at once and never become tuples: a search without branches
-//           and one increment. The others are collected, sorted and enter together, before a compression.
+//           A tuple that leaves takes its equals with it.
+//           Most numbers equal a tuple or find room in their right neighbour at once and never become tuples: a search
+//           without branches and one increment. The others are collected, sorted and enter together, before a compression.
 // Bounds    For every rank r in 1..n some tuple has r - eps n <= smallest rank and largest rank <= r + eps n. At most
 //           11/(2 eps) log2(2 eps n) tuples stay after a compression: the theorem takes delta = c - 1 for new tuples,
 //           the smaller one here lets more of them leave.
@@ -38,13 +40,14 @@ class QuantileSummary {
   [[nodiscard]] bool flush() noexcept;
 
   // The quantile of an order in [0, 1], after flush; NaN count as larger than every number. Exact while every number is
-  // a tuple.
+  // a tuple or equal to one.
   double quantile(double order) const noexcept;
 
  private:
   struct Weight {
     std::uint32_t g, delta;
     std::uint32_t born;  // the cap less one when it entered, 0 for one that entered as the smallest or largest
+    std::uint64_t equals;
     std::uint32_t sum() const noexcept { return g + delta; }
   };
 
@@ -57,8 +60,8 @@ class QuantileSummary {
   double eps_ = 0;
   std::int64_t n_ = 0;  // numbers that the tuples stand for
   std::int64_t nan_count_ = 0;
-  std::uint32_t turn_ = 0;  // among tuples of one value
-  Work<double> pending_;    // numbers that found no room
+  bool complete_ = true;  // every number is a tuple or equal to one
+  Work<double> pending_;  // numbers that found no room
   std::size_t pending_count_ = 0;
   Work<double> values_;  // the tuples, in two arrays
   Work<Weight> weights_;

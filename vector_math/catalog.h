@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -39,6 +40,7 @@ using std::exp;
 using std::fabs;
 using std::floor;
 using std::hypot;
+using std::lgamma;
 using std::log;
 using std::log10;
 using std::log1p;
@@ -59,6 +61,38 @@ inline long double normal_distribution(long double x) {
 inline double normal_distribution(double x) {
   return static_cast<double>(normal_distribution(static_cast<long double>(x)));
 }
+
+// x with erf(x) = 1 - v, |v - 1| <= 1; u = 1 - v is given too, exactly. Halley's method, through erf next to 0 and
+// through erfc, whose relative error is small in the tail, from 1/2 on.
+inline long double inverse_of_complement(long double v, long double u) {
+  if (u < 0) return -inverse_of_complement(2 - v, -u);
+  if (!(v > 0)) return v == 0 ? HUGE_VALL : std::numeric_limits<long double>::quiet_NaN();
+  if (u < 0x1p-40L) return u * 0.886226925452758013649L;
+  const bool small = u < 0.5L;
+  const long double logarithm = -std::log(v);
+  long double x = small      ? u * (0.886L + 0.232L * u * u)
+                  : v > 0.1L ? u * (0.875L + 0.33L * u * u)
+                             : std::sqrt(logarithm - std::log(3.14L * logarithm) / 2);
+  for (int round = 0; round < 6; ++round) {
+    const long double excess = small ? std::erf(x) - u : v - std::erfc(x);
+    long double step = excess / (1.128379167095512573896L * std::exp(-x * x));
+    step /= 1 + x * step;
+    x -= step;
+    if (std::fabs(step) < 0x1p-25L * x) break;  // the next step would be its cube
+  }
+  return x;
+}
+inline long double inverse_erf(long double x) {
+  return std::signbit(x) ? -inverse_of_complement(1 + x, -x) : inverse_of_complement(1 - x, x);
+}
+inline long double inverse_erfc(long double x) { return inverse_of_complement(x, 1 - x); }
+inline long double normal_quantile(long double x) {
+  return -1.414213562373095048802L *
+         (x < 0.5L ? inverse_of_complement(2 * x, 1 - 2 * x) : -inverse_of_complement(2 - 2 * x, 2 * x - 1));
+}
+inline double inverse_erf(double x) { return static_cast<double>(inverse_erf(static_cast<long double>(x))); }
+inline double inverse_erfc(double x) { return static_cast<double>(inverse_erfc(static_cast<long double>(x))); }
+inline double normal_quantile(double x) { return static_cast<double>(normal_quantile(static_cast<long double>(x))); }
 using std::tgamma;
 using std::round;
 using std::sqrt;

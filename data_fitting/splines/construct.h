@@ -45,10 +45,10 @@ constexpr Variant variant_of(int64_t bc_type) {
 
 constexpr bool two_sided(Variant variant) { return variant >= first_first && variant <= second_second; }
 
-// The shape that a kernel is made for.
+// The shape that a kernel is made for. Uniform partitions have places of their own in the tables and the kernels of the
+// others in them: the points are rounded, so that every cell has its own width.
 struct Shape {
   bool by_point;  // the ny values of a point contiguous
-  bool uniform;
   Variant variant;
 };
 
@@ -68,9 +68,7 @@ constexpr std::size_t cubic_kernel_index(const DfTask1D& task) {
   return 14u * !by_point(task.yhint) + 7u * uniform(task) + static_cast<std::size_t>(variant_of(task.bc_type));
 }
 
-constexpr Shape cubic_shape(std::size_t index) {
-  return {index < 14, index / 7 % 2 == 1, static_cast<Variant>(index % 7)};
-}
+constexpr Shape cubic_shape(std::size_t index) { return {index < 14, static_cast<Variant>(index % 7)}; }
 
 constexpr std::size_t plain_kernel_index(const DfTask1D& task) { return 2u * !by_point(task.yhint) + uniform(task); }
 
@@ -83,7 +81,7 @@ constexpr auto cubic_kernels = []<std::size_t... I>(std::index_sequence<I...>) {
 
 template <class Family>
 constexpr auto plain_kernels = []<std::size_t... I>(std::index_sequence<I...>) {
-  return std::array<Kernel, sizeof...(I)>{Family::template kernel<Shape{I < 2, I % 2 == 1, free_ends}>...};
+  return std::array<Kernel, sizeof...(I)>{Family::template kernel<Shape{I < 2, free_ends}>...};
 }
 (std::make_index_sequence<4>{});
 
@@ -101,6 +99,11 @@ inline int32_t check_ends(const DfTask1D& task, bool periodic_needs_values) {
   const Variant variant = variant_of(task.bc_type);
   const bool needed = two_sided(variant) || (variant == periodic_ends && periodic_needs_values);
   return needed && task.bc == nullptr ? ORIN_DF_BAD_BC : ORIN_DF_OK;
+}
+
+inline int32_t check_arrays(const DfTask1D& task) {
+  if (task.y == nullptr) return ORIN_DF_BAD_Y;
+  return task.scoeff == nullptr ? ORIN_DF_BAD_SCOEFF : ORIN_DF_OK;
 }
 
 // Every constructor of a cubic: its least number of points, its ends, then the kernel.
@@ -126,8 +129,7 @@ class Inputs {
     conditions_ = conditions;
     by_point_ = by_point;
     if (functions_ <= 0) return ORIN_DF_OK;
-    if (task.y == nullptr) return ORIN_DF_BAD_Y;
-    if (task.scoeff == nullptr) return ORIN_DF_BAD_SCOEFF;
+    if (const int32_t status = check_arrays(task)) return status;
     x_ = static_cast<const T*>(task.x);
     table_ = task.y;
     ic_ = static_cast<const T*>(task.ic);

@@ -92,17 +92,13 @@ void close_ends(const Cells<T>& c) {
   }
 }
 
+// Of the cells as they are, in a uniform partition too: its points are rounded, and the ends of a piece must not be.
 template <class T>
-void reciprocal_widths(bool uniform, const T* x, Index cells, double* g) {
-  if (uniform) {
-    const double reciprocal = static_cast<double>(cells) / (static_cast<double>(x[cells]) - static_cast<double>(x[0]));
-    for_lanes(0, cells, [=](auto lanes, Index i) { decltype(lanes)::both(reciprocal).store(g + i); });
-  } else {
-    for_lanes(0, cells, [=](auto lanes, Index i) {
-      using V = decltype(lanes);
-      (V::both(1.0) / (V::load(x + i + 1) - V::load(x + i))).store(g + i);
-    });
-  }
+void reciprocal_widths(const T* x, Index cells, double* g) {
+  for_lanes(0, cells, [=](auto lanes, Index i) {
+    using V = decltype(lanes);
+    (V::both(1.0) / (V::load(x + i + 1) - V::load(x + i))).store(g + i);
+  });
 }
 
 template <class T>
@@ -151,7 +147,7 @@ int32_t build_cubic(const DfTask1D& task, Shape shape) {
              work.data() + 2 * points,
              shape.variant,
              end_values<T>(task, shape.variant)};
-  reciprocal_widths(shape.uniform, inputs.x(), cells, c.g);
+  reciprocal_widths(inputs.x(), cells, c.g);
   Rule rule;
   rule.prepare(c, scratch);
   for (Index f = 0; f < inputs.functions(); ++f) {

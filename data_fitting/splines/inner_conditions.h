@@ -78,6 +78,7 @@ template <class T>
 int32_t build_with_conditions(const DfTask1D& task, Shape shape) {
   if (task.ny <= 0) return ORIN_DF_OK;
   if (task.ic_type == ORIN_DF_NO_IC) return build_cubic<T, SmoothRule<T>>(task, shape);
+  if (const int32_t status = check_arrays(task)) return status;
   if (task.ic_type != ORIN_DF_IC_FIRST_DERIVATIVE && task.ic_type != ORIN_DF_IC_SECOND_DERIVATIVE) {
     return ORIN_DF_BAD_IC_TYPE;
   }

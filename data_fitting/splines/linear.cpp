@@ -12,15 +12,6 @@ namespace {
 constexpr Index block_cells = 2048;
 
 template <class T>
-void slopes(bool uniform, const T* x, const T* y, T uniform_width, Index cells, T* slope) {
-  if (uniform) {
-    for (Index i = 0; i < cells; ++i) slope[i] = (y[i + 1] - y[i]) / uniform_width;
-  } else {
-    for (Index i = 0; i < cells; ++i) slope[i] = (y[i + 1] - y[i]) / (x[i + 1] - x[i]);
-  }
-}
-
-template <class T>
 int32_t build_linear(const DfTask1D& task, Shape shape) {
   const Index points = static_cast<Index>(task.nx), cells = points - 1;
   Inputs<T> inputs;
@@ -29,17 +20,16 @@ int32_t build_linear(const DfTask1D& task, Shape shape) {
   if (inputs.functions() <= 0) return ORIN_DF_OK;
   if (shape.by_point && !allocate(gathered, points)) return ORIN_DF_NO_MEMORY;
   const T* const x = inputs.x();
-  const T uniform_width = (x[cells] - x[0]) / static_cast<T>(cells);
   for (Index f = 0; f < inputs.functions(); ++f) {
     const T* const y = inputs.values(f, gathered.data());
     T* const out = static_cast<T*>(task.scoeff[f]);
     for (Index begin = 0; begin < cells; begin += block_cells) {
       alignas(16) T slope[block_cells];
       const Index count = cells - begin < block_cells ? cells - begin : block_cells;
-      slopes(shape.uniform, x + begin, y + begin, uniform_width, count, slope);
-      for (Index i = 0; i < count; ++i) {
-        out[2 * (begin + i)] = y[begin + i];
-        out[2 * (begin + i) + 1] = slope[i];
+      for (Index i = begin; i < begin + count; ++i) slope[i - begin] = (y[i + 1] - y[i]) / (x[i + 1] - x[i]);
+      for (Index i = begin; i < begin + count; ++i) {
+        out[2 * i] = y[i];
+        out[2 * i + 1] = slope[i - begin];
       }
     }
   }

@@ -28,7 +28,7 @@ int32_t build_default_quadratic(const DfTask1D& task, Shape shape) {
     return ORIN_DF_NO_MEMORY;
   }
   Cells<T> c{points, nullptr, work.data(), work.data() + points, work.data() + 2 * points, free_ends, {}};
-  reciprocal_widths(shape.uniform, inputs.x(), cells, c.g);
+  reciprocal_widths(inputs.x(), cells, c.g);
   for (Index f = 0; f < inputs.functions(); ++f) {
     c.y = inputs.values(f, gathered.data());
     difference_quotients(c);

@@ -103,17 +103,14 @@ double apply(const Condition& c, const double* inner, Index n) {
 }
 
 template <class T>
-void place_knots(const DfTask1D& task, bool uniform, bool own_knots, const Layout& p) {
+void place_knots(const DfTask1D& task, bool own_knots, const Layout& p) {
   const Knots<T> knots(task, own_knots);
   const T* x = static_cast<const T*>(task.x);
-  const double first = static_cast<double>(x[0]);
-  const double step = (static_cast<double>(x[p.points - 1]) - first) / static_cast<double>(p.points - 1);
   double knot = knots[0];
   for (Index k = 0; k < p.points; ++k) {
     const double next = knots[k + 1];
-    const double point = uniform ? first + static_cast<double>(k) * step : static_cast<double>(x[k]);
     p.width[k] = next - knot;
-    p.offset[k] = point - knot;
+    p.offset[k] = static_cast<double>(x[k]) - knot;
     p.inside[k] = p.offset[k] / p.width[k];
     knot = next;
   }
@@ -188,7 +185,7 @@ int32_t build_subbotin(const DfTask1D& task, Shape shape, bool own_knots) {
   for (Index k = 0; k < arrays; ++k) array[k] = work.data() + k * (n + 1);
   const Layout p{
       n, array[0], array[1], array[2], array[3], {array[4], array[5]}, {n - 1, array[6], array[7], array[8], array[9]}};
-  place_knots<T>(task, shape.uniform, own_knots, p);
+  place_knots<T>(task, own_knots, p);
   set_rows(p, array[6], array[7], array[8]);
   p.system.factor();
   solve_columns(p);

@@ -238,7 +238,7 @@ ORIN_API int32_t ORIN_CALL orin_df_kernel_sDFSearch1D(const DfTask1D* task, int6
                                                       int64_t sitehint, const float* data_hint, void* cell,
                                                       int64_t flags, OrinDfSearchS search, void* parameters);
 
-/* Uniform partition: cell 0 below x[0], else trunc((s - x[0]) * multiplier) + 1, at most nx. Reads x[0] alone.
+/* Uniform partition: cell 0 below x[0], else trunc((s - x[0]) * multiplier) + 1, limited to 0..nx. Reads x[0] alone.
  * multiplier: (nx - 1) / (x[nx-1] - x[0]). */
 ORIN_API int32_t ORIN_CALL orin_df_kernel_dDFUniformSearch1D(int64_t nx, const double* x, int64_t nsite,
                                                              const double* site, double multiplier, void* cell,
@@ -293,8 +293,9 @@ ORIN_API int32_t ORIN_CALL orin_df_kernel_sDFUniUserDefSearch1D(int64_t nx, cons
 
 /* --- Use ------------------------------------------------------------------------------------------------------------
  * Both read the coefficients that a constructor wrote, with the task's order and type, and extend the outer cells'
- * polynomials beyond the partition. A NaN site gives a value of NaN, a NaN limit an integral of NaN. Derivatives from
- * the order on are 0.
+ * polynomials beyond the partition. At the partition points the values are the functions' own to the bit, type 1
+ * quadratics excepted; at the last point too, where its polynomial leads to the task's value. A NaN site gives a value of
+ * NaN, a NaN limit an integral of NaN. Derivatives from the order on are 0.
  */
 
 /* Derivatives of every function at nsite sites: dorder[k] != 0, k < ndorder, asks for the k-th (0: the value). Results:
@@ -315,7 +316,8 @@ ORIN_API int32_t ORIN_CALL orin_df_kernel_sInterpolate1D(const DfTask1D* task, i
 /* Integrals of every function from left[k] to right[k], k < nlim; reversed limits give the negative. Results: function
  * by function (rhint 0 or 16) or the functions of a pair of limits contiguous (rhint 32). Hints 64: limits ascending.
  * Whole cells between two limits come from prefix sums in twice the working precision.
- * Statuses as for interpolation, -1011 for an order and type that do not go together, -1001. */
+ * -1000; -1011 for an order and type that no constructor makes; -1016; -1005 null limits; -1008 null results; -1009
+ * another rhint; -1013 for a type 1 quadratic whose own knots are missing; -1001. nlim < 1, or no functions: 0. */
 ORIN_API int32_t ORIN_CALL orin_df_kernel_dIntegrate1D(const DfTask1D* task, int64_t nlim, const double* left,
                                                        int64_t lefthint, const double* right, int64_t righthint,
                                                        double* r, int64_t rhint);

@@ -95,8 +95,9 @@ ORIN_BEGIN_DECLS
  * InitStream   method JUN_RNG_SEED: params are n seed words; any n is defined. JUN_RNG_LEAPFROG: n streams, params[0] the
  *              index of the one to keep. JUN_RNG_SKIP_AHEAD: n = 2, params the count of outputs to skip, low word first.
  *              Others: JUN_RNG_BAD_METHOD.
- * sBRng dBRng  n uniforms on [a, b). A value that would round to b becomes the one below it, except in MCG31M1 doubles,
- *              which are a + (b - a)/(2^31 - 1) x to the bit.
+ * sBRng dBRng  n uniforms a + (b - a) u on [a, b), u rounded once to the type; floats of MRG32K3A and WH are rounded from
+ *              a double, which in WH is off by less than 2^-49. A value that would round to b becomes the one below it,
+ *              except in MCG31M1 doubles, which are a + (b - a)/(2^31 - 1) x to the bit.
  * iBRng        n raw outputs of WordBytes bytes each, as 32-bit words, low word first.
  * n <= 0 writes nothing and returns 0. */
 #define JUN_RNG_SEED 0
@@ -154,7 +155,8 @@ ORIN_API int32_t ORIN_CALL __junCPUisRDRAND(void);
 /* Creates a stream and seeds it with n words. Seeding is complete for any n, 0 included: missing and unusable words are
  * replaced by rules of the family (1 for the congruential ones). Sobol and Niederr take their dimension from seeds[0].
  * Refused: identifiers that name nothing, abstract families, families with StateBytes below 16 (JUN_RNG_BAD_IDENTIFIER);
- * JUN_RNG_NO_MEMORY. On these *stream is null. A status of the family's InitStream is passed on with the stream kept. */
+ * null seeds with n > 0 (JUN_RNG_NULL_POINTER); JUN_RNG_NO_MEMORY. On these *stream is null. A status of the family's
+ * InitStream is passed on with the stream kept. */
 ORIN_API int32_t ORIN_CALL __junNewStreamEx(void** stream, int32_t brng, int32_t n, const uint32_t* seeds);
 
 /* Creates a stream for an identifier already split by __junGetBrngBaseOffset; its state is all zero, not seeded. */
@@ -263,8 +265,9 @@ ORIN_API int32_t ORIN_CALL __junGenerateNewGlobalRODataTableEntryId(uint64_t* ke
  * A loaded stream continues the saved one exactly; its chunk list is in reverse order. The image of an abstract stream holds
  * addresses of the process that saved it and must be loaded in that process only. */
 
-/* Bytes of the image. Not a status. 0 for a stream whose image the format cannot hold: a state above 65535 bytes, more than
- * 65535 chunks, 2^31 bytes or more in all. */
+/* Bytes of the image: 20, the state, and size + 24 for each chunk; a chunk without data is saved as zeros. Not a status. 0
+ * for a stream whose image the format cannot hold: a state above 65535 bytes, more than 65535 chunks, 2^31 bytes or more in
+ * all. */
 ORIN_API int32_t ORIN_CALL __junGetStreamSize(const void* stream);
 
 /* Writes the image to a file. name_length < 0: name ends with a zero byte; else it is name_length bytes long.
@@ -273,7 +276,8 @@ ORIN_API int32_t ORIN_CALL __junSaveStreamF(const void* stream, const char* name
 
 /* Creates a stream from a file. JUN_RNG_FILE_OPEN, JUN_RNG_FILE_READ (file too short for what it announces), JUN_RNG_FILE_FORMAT,
  * JUN_RNG_FILE_VERSION, JUN_RNG_FILE_CLOSE, JUN_RNG_NO_MEMORY, JUN_RNG_NO_TRUE_RANDOM (TRNG where the processor has no RDRAND);
- * on each *stream is null and nothing stays allocated. */
+ * on each *stream is null and nothing stays allocated. A chunk whose key the table holds uses the table's data; one that
+ * claims more bytes than are known to be there keeps its own, under a zero key. */
 ORIN_API int32_t ORIN_CALL __junLoadStreamF(void** stream, const char* name, int32_t name_length);
 
 /* Writes the image to memory, __junGetStreamSize bytes; nothing if that is 0. */
@@ -286,17 +290,18 @@ ORIN_API int32_t ORIN_CALL __junLoadStreamM(void** stream, const void* image);
 /* ---- Abstract streams: numbers that the caller supplies ---------------------------------------------------------- */
 
 /* Refills the circular buffer of n values: writes at least nmin and at most nmax values to buffer[idx], buffer[idx + 1], ...
- * (indices modulo n) and returns how many. Less than nmin ends the generating call with JUN_RNG_SHORT_REFILL. */
+ * (indices modulo n) and returns how many. Less than nmin ends the generating call with JUN_RNG_SHORT_REFILL; the values
+ * brought are the next call's. It is called when no value is left, with idx the place after the last one. */
 typedef int32_t(ORIN_CALL* JunRefillI)(void* stream, int32_t n, uint32_t* buffer, int32_t nmin, int32_t nmax,
                                        int32_t idx);
 typedef int32_t(ORIN_CALL* JunRefillD)(void* stream, int32_t n, double* buffer, int32_t nmin, int32_t nmax,
                                        int32_t idx);
 typedef int32_t(ORIN_CALL* JunRefillS)(void* stream, int32_t n, float* buffer, int32_t nmin, int32_t nmax, int32_t idx);
 
-/* Create a stream over the caller's buffer, which counts as full and must outlive the stream; the stream may move values
- * within it. The values of the floating-point ones are uniform on [a, b) and are mapped to the interval that a generating
- * call asks for. n <= 0 and null pointers: JUN_RNG_NULL_POINTER; JUN_RNG_NO_MEMORY; on each *stream is null. A copy of the
- * stream shares its buffer. */
+/* Create a stream over the caller's buffer, which counts as full and must outlive the stream; the stream only reads it. The
+ * values of the floating-point ones are uniform on [a, b) and are mapped to the interval that a generating call asks for.
+ * n <= 0 and null pointers: JUN_RNG_NULL_POINTER; JUN_RNG_NO_MEMORY; on each *stream is null. A copy of the stream shares
+ * its buffer. */
 ORIN_API int32_t ORIN_CALL __juniNewAbstractStream(void** stream, int32_t n, uint32_t* buffer, JunRefillI refill);
 ORIN_API int32_t ORIN_CALL __jundNewAbstractStream(void** stream, int32_t n, double* buffer, double a, double b,
                                                    JunRefillD refill);

@@ -207,13 +207,6 @@ ORIN_KOR_REAL_UNARY(Cosh)
 ORIN_KOR_REAL_UNARY(Tanh)
 ORIN_KOR_REAL_UNARY(Expm1)
 
-/* Trigonometric functions. */
-
-/* r = arctangent of a, and in Atan2 the angle from -pi to pi of the point with ordinate a and abscissa b; no status. */
-ORIN_KOR_REAL_UNARY(Atan)
-ORIN_KOR_REAL_BINARY(Atan2)
-/* r = sin a, r = cos a; SinCos gives both: r1 = sin a, r2 = cos a. Accurate for every finite a, however large. Status 1
- * (NaN) for infinite a. Either result array of SinCos may be the argument array. */
 /* r = sin a, cos a, tan a; SinCos: r1 = sin a, r2 = cos a. Accurate for every finite a, however large. Status 1 (NaN)
  * for infinite a. Either result array of SinCos may be the argument array. */
 ORIN_KOR_REAL_UNARY(Sin)
@@ -221,11 +214,13 @@ ORIN_KOR_REAL_UNARY(Cos)
 ORIN_KOR_REAL_TWO_RESULTS(SinCos)
 ORIN_KOR_REAL_UNARY(Tan)
 
+/* r = arctangent of a, and in Atan2 the angle from -pi to pi of the point with ordinate a and abscissa b; no status. */
+ORIN_KOR_REAL_UNARY(Atan)
+ORIN_KOR_REAL_BINARY(Atan2)
+
 /* r = arcsine, arccosine of a. Status 1 (NaN) for |a| > 1. */
 ORIN_KOR_REAL_UNARY(Asin)
 ORIN_KOR_REAL_UNARY(Acos)
-
-/* Error functions and the normal distribution. */
 
 /* r = erf a = 2/sqrt(pi) integral of e^(-t^2) from 0 to a. No status. */
 ORIN_KOR_REAL_UNARY(Erf)
@@ -235,10 +230,19 @@ ORIN_KOR_REAL_UNARY(Erf)
 ORIN_KOR_REAL_UNARY(Erfc)
 ORIN_KOR_REAL_UNARY(CdfNorm)
 
-/* Gamma functions. */
+/* Inverses. ErfInv: erf r = a; status 1 (NaN) for |a| > 1, 2 (an infinity) for a = +-1. ErfcInv: erfc r = a; status 1
+ * outside 0..2, 2 for a = 0 and 2. CdfNormInv: the normal quantile; status 1 outside 0..1, 2 for a = 0 and 1. Accurate
+ * down to the least positive argument and around their zeros. */
+ORIN_KOR_REAL_UNARY(ErfInv)
+ORIN_KOR_REAL_UNARY(ErfcInv)
+ORIN_KOR_REAL_UNARY(CdfNormInv)
+
 /* Gamma functions.
+ * LGamma: r = log |Gamma(a)|, accurate next to its zeros too. Status 2 (+inf) for a = +-0 and negative integers, 3 where
+ * a finite argument overflows.
  * TGamma: r = Gamma(a). Status 1 (NaN) for a negative integer and -inf, 2 (an infinity) for a = +-0, 3 where a finite
  * argument overflows, 4 where the result is subnormal or underflows to zero. */
+ORIN_KOR_REAL_UNARY(LGamma)
 ORIN_KOR_REAL_UNARY(TGamma)
 
 /* Arithmetic, correctly rounded in every grade. The first five report nothing: infinities and NaN come as IEEE 754 has
@@ -324,6 +328,21 @@ ORIN_KOR_COMPLEX_BINARY(Div)
 /* The square root with a real part >= 0, cut along the negative real axis: the sign of a zero imaginary part chooses the
  * side. Nothing is reported. */
 ORIN_KOR_COMPLEX_UNARY(Sqrt)
+/* r = e^a. Status 3 where a part of a finite argument's result overflows, 4 where the modulus is subnormal or underflows,
+ * 1 (NaN) for an infinite imaginary part, unless the real one is -inf. HA within 2 ulp in each part. */
+ORIN_KOR_COMPLEX_UNARY(Exp)
+/* r = cos a + i sin a of a real a. Status 1 (both parts NaN) for infinite a. HA within 0.55 ulp in each part.
+ */
+ORIN_KOR_COMPLEX_FROM_REAL(CIS)
+/* Trigonometric and hyperbolic functions, for every finite argument: the reduction of the angle is exact. Status 3 where a
+ * part of a finite argument's result overflows; 1 (NaN) for an infinite angle, the real part of the first three and the
+ * imaginary part of the others, but not in Tan and Tanh where the other part is infinite, too. */
+ORIN_KOR_COMPLEX_UNARY(Sin)
+ORIN_KOR_COMPLEX_UNARY(Cos)
+ORIN_KOR_COMPLEX_UNARY(Tan)
+ORIN_KOR_COMPLEX_UNARY(Sinh)
+ORIN_KOR_COMPLEX_UNARY(Cosh)
+ORIN_KOR_COMPLEX_UNARY(Tanh)
 
 /* --- Pack and unpack ------------------------------------------------------------------------------------------------
  * Copies between a contiguous and a strided, indexed or masked vector; exact, nothing is checked or reported. Counts

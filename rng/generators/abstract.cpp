@@ -1,16 +1,16 @@
 // abstract: streams over a buffer that a callback of the caller refills with words, doubles or floats.
 // SPDX-License-Identifier: MIT
 //
-// State     n, the position of the next unread value, the addresses of buffer and callback in 64-bit fields, and for
-//           the floating-point ones the interval of the values
-// Buffer    the unread values always reach to its end. A refill is asked for when none is left, from index 0 on; when
-//           it brings less than n values they are moved to the end, which keeps one position enough.
+// State     n, the place of the next unread value, the addresses of buffer and callback, how many values are unread,
+//           and for the floating-point ones the interval of the values. Addresses have 48 bits on both systems; the
+//           other bits of their fields hold the count.
+// Buffer    circular: the unread values stand from the next one on. When none is left a refill is asked for from there
+//           on, at least what the call still needs, as far as the buffer can hold it, at most a full buffer.
 // Mapping   from [a0, b0) to [a, b): a + (v - a0) (b - a) / (b0 - a0); values stay as they are on their own interval
 // Modes     the callback runs under the caller's floating-point modes, the mapping under the default ones
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "rng/generators/generators.h"
 #include "rng/generators/sinks.h"
@@ -27,48 +27,59 @@ template <>
 struct Range<uint32_t> {};
 
 template <class T>
+using Refill = int32_t(ORIN_CALL*)(void*, int32_t, T*, int32_t, int32_t, int32_t);
+
+// An address in the low 48 bits, half a count above it.
+class AddressAndHalf {
+ public:
+  static bool can_hold(uintptr_t address) { return uint64_t{address} >> address_bits == 0; }
+  void set_address(uintptr_t address) { bits_ = bits_ >> address_bits << address_bits | address; }
+  void set_half(uint32_t half) { bits_ = uint64_t{half} << address_bits | address(); }
+  uintptr_t address() const { return static_cast<uintptr_t>(bits_ & ((uint64_t{1} << address_bits) - 1)); }
+  uint32_t half() const { return static_cast<uint32_t>(bits_ >> address_bits); }
+
+ private:
+  static constexpr int address_bits = 48;
+  uint64_t bits_;
+};
+
+template <class T>
 struct AbstractState {
   int32_t n;
   int32_t next;
-  uint64_t buffer;
-  uint64_t refill;
+  AddressAndHalf buffer_and_low, refill_and_high;
   [[no_unique_address]] Range<T> interval;
+
+  T* buffer() const { return reinterpret_cast<T*>(buffer_and_low.address()); }
+  Refill<T> refill() const { return reinterpret_cast<Refill<T>>(refill_and_high.address()); }
+  int32_t unread() const { return static_cast<int32_t>(buffer_and_low.half() | refill_and_high.half() << 16); }
+  void set_unread(int32_t count) {
+    buffer_and_low.set_half(static_cast<uint32_t>(count) & 0xffff);
+    refill_and_high.set_half(static_cast<uint32_t>(count) >> 16);
+  }
 };
 static_assert(sizeof(AbstractState<uint32_t>) == 24);
 static_assert(sizeof(AbstractState<double>) == 40);
 static_assert(sizeof(AbstractState<float>) == 32);
 
-template <class T>
-using Refill = int32_t(ORIN_CALL*)(void*, int32_t, T*, int32_t, int32_t, int32_t);
-
-// Asks for as much of `wanted` values as the buffer can hold, at most for a full buffer.
-template <class T>
-int32_t refill(void* stream, int32_t wanted) {
-  auto& state = state_of<AbstractState<T>>(stream);
-  const int32_t n = state.n;
-  T* buffer = reinterpret_cast<T*>(static_cast<uintptr_t>(state.buffer));
-  const int32_t least = std::min(wanted, n);
-  const auto callback = reinterpret_cast<Refill<T>>(static_cast<uintptr_t>(state.refill));
-  const int32_t count = std::clamp(callback(stream, n, buffer, least, n, 0), 0, n);
-  if (count < n) std::memmove(buffer + (n - count), buffer, static_cast<std::size_t>(count) * sizeof(T));
-  state.next = n - count;
-  return count >= least ? JUN_RNG_OK : JUN_RNG_SHORT_REFILL;
-}
-
-// Hands the next n values to `take` (values, count) in runs as they lie in the buffer.
+// Hands the next n values to `take` (values, count) in runs as they lie in the buffer. What a refill that falls short
+// has brought is delivered by the next call.
 template <class T, class Take>
 int32_t deliver(void* stream, int32_t n, const T* r, Take take) {
   if (n <= 0) return JUN_RNG_OK;
   if (stream == nullptr || r == nullptr) return JUN_RNG_NULL_POINTER;
   auto& state = state_of<AbstractState<T>>(stream);
   while (n > 0) {
-    if (state.next < 0 || state.next >= state.n) {
-      const int32_t status = refill<T>(stream, n);
-      if (status != JUN_RNG_OK) return status;
+    if (state.unread() == 0) {
+      const int32_t least = std::min(n, state.n);
+      const int32_t count = state.refill()(stream, state.n, state.buffer(), least, state.n, state.next);
+      state.set_unread(std::clamp(count, 0, state.n));
+      if (count < least) return JUN_RNG_SHORT_REFILL;
     }
-    const int32_t run = std::min(n, state.n - state.next);
-    take(reinterpret_cast<const T*>(static_cast<uintptr_t>(state.buffer)) + state.next, run);
-    state.next += run;
+    const int32_t run = std::min({n, state.unread(), state.n - state.next});
+    take(state.buffer() + state.next, run);
+    state.next = (state.next + run) % state.n;
+    state.set_unread(state.unread() - run);
     n -= run;
   }
   return JUN_RNG_OK;
@@ -101,17 +112,26 @@ int32_t create(void** stream, int32_t brng, int32_t n, T* buffer, Range<T> inter
   if (stream == nullptr) return JUN_RNG_NULL_POINTER;
   *stream = nullptr;
   if (n <= 0 || buffer == nullptr || callback == nullptr) return JUN_RNG_NULL_POINTER;
+  const auto buffer_address = reinterpret_cast<uintptr_t>(buffer),
+             refill_address = reinterpret_cast<uintptr_t>(callback);
+  if (!AddressAndHalf::can_hold(buffer_address | refill_address)) return JUN_RNG_NO_MEMORY;
   int32_t row = 0, sub_stream = 0;
   const JunBrngProperties* table = __junGetBrngBaseOffset(brng, &row, &sub_stream);
   const int32_t status = __junAllocateStream(stream, brng, table, row, sub_stream);
   if (status != JUN_RNG_OK) return status;
-  state_of<AbstractState<T>>(*stream) = {n, 0, reinterpret_cast<uintptr_t>(buffer),
-                                         reinterpret_cast<uintptr_t>(callback), interval};
+  auto& state = state_of<AbstractState<T>>(*stream);
+  state.n = n;
+  state.buffer_and_low.set_address(buffer_address);
+  state.refill_and_high.set_address(refill_address);
+  state.set_unread(n);
+  state.interval = interval;
   return JUN_RNG_OK;
 }
 
 // Abstract streams take no seeds: their creation functions have written the state.
-int32_t init(int32_t method) { return method == JUN_RNG_SEED ? JUN_RNG_OK : refuse_partition(method); }
+struct Abstract {
+  static int32_t seed(void*, int32_t, const uint32_t*) { return JUN_RNG_OK; }
+};
 
 }  // namespace
 }  // namespace orin::rng
@@ -132,14 +152,17 @@ ORIN_API int32_t ORIN_CALL __junsNewAbstractStream(void** stream, int32_t n, flo
   return create<float>(stream, JUN_BRNG_SABSTRACT, n, buffer, {a, b}, callback);
 }
 
-ORIN_API int32_t ORIN_CALL __junBRngiAbstractInitStream(int32_t method, void*, int32_t, const uint32_t*) {
-  return init(method);
+ORIN_API int32_t ORIN_CALL __junBRngiAbstractInitStream(int32_t method, void* stream, int32_t n,
+                                                        const uint32_t* params) {
+  return init_stream<Abstract>(method, stream, n, params);
 }
-ORIN_API int32_t ORIN_CALL __junBRngdAbstractInitStream(int32_t method, void*, int32_t, const uint32_t*) {
-  return init(method);
+ORIN_API int32_t ORIN_CALL __junBRngdAbstractInitStream(int32_t method, void* stream, int32_t n,
+                                                        const uint32_t* params) {
+  return init_stream<Abstract>(method, stream, n, params);
 }
-ORIN_API int32_t ORIN_CALL __junBRngsAbstractInitStream(int32_t method, void*, int32_t, const uint32_t*) {
-  return init(method);
+ORIN_API int32_t ORIN_CALL __junBRngsAbstractInitStream(int32_t method, void* stream, int32_t n,
+                                                        const uint32_t* params) {
+  return init_stream<Abstract>(method, stream, n, params);
 }
 
 ORIN_API int32_t ORIN_CALL __juniBRngiAbstract(void* stream, int32_t n, uint32_t* r) { return words(stream, n, r); }

@@ -22,15 +22,25 @@ ORIN_END_DECLS
 
 namespace orin::rng {
 
-// Answer of a family that can only be seeded to a method other than 0.
-inline int32_t refuse_partition(int32_t method) {
-  return method == JUN_RNG_LEAPFROG     ? JUN_RNG_NO_LEAPFROG
-         : method == JUN_RNG_SKIP_AHEAD ? JUN_RNG_NO_SKIP_AHEAD
-                                        : JUN_RNG_BAD_METHOD;
+// The InitStream of a family. Family::seed (stream, n, seeds) is defined for every n; leapfrog (stream, count, k) and skip
+// (stream, n) are there if the family can. All return a status.
+template <class Family>
+int32_t init_stream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
+  constexpr bool leapfrogs = requires { &Family::leapfrog; }
+  , skips = requires { &Family::skip; };
+  if (method < JUN_RNG_SEED || method > JUN_RNG_SKIP_AHEAD) return JUN_RNG_BAD_METHOD;
+  if (method == JUN_RNG_LEAPFROG && !leapfrogs) return JUN_RNG_NO_LEAPFROG;
+  if (method == JUN_RNG_SKIP_AHEAD && !skips) return JUN_RNG_NO_SKIP_AHEAD;
+  const bool reads_params = method != JUN_RNG_SEED || n > 0;
+  if (stream == nullptr || (params == nullptr && reads_params)) return JUN_RNG_NULL_POINTER;
+  if constexpr (leapfrogs) {
+    if (method == JUN_RNG_LEAPFROG) return Family::leapfrog(stream, n, params[0]);
+  }
+  if constexpr (skips) {
+    if (method == JUN_RNG_SKIP_AHEAD) return Family::skip(stream, params[0] | uint64_t{params[1]} << 32);
+  }
+  return Family::seed(stream, n, params);
 }
-
-// Count of outputs that the params of method 2 hold, low word first.
-inline uint64_t skip_count(const uint32_t* params) { return params[0] | uint64_t{params[1]} << 32; }
 
 }  // namespace orin::rng
 

@@ -4,9 +4,14 @@
 // Source    P. L'Ecuyer, Math. Comp. 68 (1999) 249-260, multiplier 1132489760. State: x, a. Period 2^31 - 2.
 // Method    Eight values in flight, stepped by a^8. 2^31 = 1 (mod m), so the two halves of a product add up to a value
 //           below 2^32, and the halves of that one to the residue: it is not 0 and not m, because neither factor is.
-// Uniforms  double: a + ((b - a) (1/m)) x, each operation rounded, no bound: it may round to b. float: below b.
+// Uniforms  double: a + ((b - a) (1/m)) x, each operation rounded, no bound: it may round to b.
+//           float: x / m = (x + x / m) 2^-31, rounded once. The halves h and l of x are floats without rounding; l takes
+//           3/4 h 2^-31 along, which stays between 0 and 1 where x has more bits than a float and so tells the sum on
+//           which side of x the quotient lies, and is lost where x is a float.
 // Streams   skip n: x a^n. Leapfrog k of s: x a^k, then a <- a^s, since x[k + i s] = x[k] (a^s)^i.
 // Proof     tests/rng/generators/sequence_test.cpp: 64-bit arithmetic, value by value; jumps_test.cpp
+#include <utility>
+
 #include "rng/generators/generators.h"
 #include "rng/generators/sinks.h"
 
@@ -40,6 +45,25 @@ __m128i product(__m128i x, __m128i y) {
 }
 
 struct Mcg31m1 {
+  static int32_t seed(void* stream, int32_t n, const uint32_t* seeds) {
+    const uint32_t x = n > 0 ? seeds[0] % modulus : 1;
+    state_of<State>(stream) = {x != 0 ? x : 1, multiplier};
+    return JUN_RNG_OK;
+  }
+
+  static int32_t leapfrog(void* stream, int32_t count, uint32_t k) {
+    State& state = state_of<State>(stream);
+    skip(stream, k);
+    state.a = __juniPowMod2P31M1(state.a, static_cast<uint64_t>(int64_t{count}));
+    return JUN_RNG_OK;
+  }
+
+  static int32_t skip(void* stream, uint64_t n) {
+    State& state = state_of<State>(stream);
+    state.x = product(state.x, __juniPowMod2P31M1(state.a, n));
+    return JUN_RNG_OK;
+  }
+
   template <class Sink>
   static int32_t generate(void* stream, std::size_t n, Sink& sink) {
     State& state = state_of<State>(stream);
@@ -58,15 +82,8 @@ struct Mcg31m1 {
       }
       state.x = static_cast<uint32_t>(_mm_cvtsi128_si32(x0));
     }
-    while (n != 0) {
-      uint32_t group[4] = {};
-      std::size_t count = 0;
-      for (; count < 4 && n != 0; ++count, --n) {
-        group[count] = state.x;
-        state.x = product(state.x, state.a);
-      }
-      local.some(load_words(group), count);
-    }
+    send_each(
+        n, local, [&] { return std::exchange(state.x, product(state.x, state.a)); }, load_words);
     sink = local;
     return JUN_RNG_OK;
   }
@@ -80,17 +97,14 @@ template <bool Unit>
 class Uniforms<double, Unit> : public Sink<Uniforms<double, Unit>, double> {
  public:
   Uniforms(double* r, const Interval<double>& to)
-      : Sink<Uniforms, double>(r), a_(_mm_set1_pd(to.a)), scale_(_mm_set1_pd(to.width * reciprocal)) {}
+      : Sink<Uniforms, double>(r), a_(splat(to.a)), scale_(splat(to.width * reciprocal)) {}
   void put(double* r, __m128i x) const {
-    const __m128i magnitude = splat_word(0x43300000);  // upper half of 2^52
-    _mm_storeu_pd(r, map(_mm_unpacklo_epi32(x, magnitude)));
-    _mm_storeu_pd(r + 2, map(_mm_unpackhi_epi32(x, magnitude)));
+    _mm_storeu_pd(r, map(WordDoubles<0>::front(x)));
+    _mm_storeu_pd(r + 2, map(WordDoubles<0>::back(x)));
   }
 
  private:
-  __m128d map(__m128i shifted) const {
-    return _mm_add_pd(a_, _mm_mul_pd(scale_, _mm_sub_pd(_mm_castsi128_pd(shifted), _mm_set1_pd(0x1p52))));
-  }
+  __m128d map(__m128d x) const { return _mm_add_pd(a_, _mm_mul_pd(scale_, x)); }
 
   __m128d a_, scale_;
 };
@@ -98,10 +112,17 @@ class Uniforms<double, Unit> : public Sink<Uniforms<double, Unit>, double> {
 template <bool Unit>
 class Uniforms<float, Unit> : public Sink<Uniforms<float, Unit>, float> {
  public:
-  Uniforms(float* r, const Interval<float>& to) : Sink<Uniforms, float>(r), map_(to, static_cast<float>(reciprocal)) {}
-  void put(float* r, __m128i x) const { _mm_storeu_ps(r, map_(x)); }
+  Uniforms(float* r, const Interval<float>& to) : Sink<Uniforms, float>(r), map_(to) {}
+  void put(float* r, __m128i x) const { _mm_storeu_ps(r, map_(quotients(x))); }
 
  private:
+  static __m128 quotients(__m128i x) {
+    const __m128 high = _mm_cvtepi32_ps(_mm_and_si128(x, splat_word(0x7fff0000)));
+    const __m128 low = _mm_cvtepi32_ps(_mm_and_si128(x, splat_word(0xffff)));
+    const __m128 sum = _mm_add_ps(high, _mm_add_ps(low, _mm_mul_ps(high, splat(0.75f * 0x1p-31f))));
+    return _mm_mul_ps(sum, splat(0x1p-31f));
+  }
+
   Map<float, Unit> map_;
 };
 
@@ -113,23 +134,7 @@ using namespace orin::rng;
 ORIN_BEGIN_DECLS
 
 ORIN_API int32_t ORIN_CALL __junBRngMCG31M1InitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  State& state = state_of<State>(stream);
-  switch (method) {
-    case JUN_RNG_SEED:
-      state.x = n > 0 ? params[0] % modulus : 1;
-      if (state.x == 0) state.x = 1;
-      state.a = multiplier;
-      return JUN_RNG_OK;
-    case JUN_RNG_LEAPFROG:
-      state.x = product(state.x, __juniPowMod2P31M1(state.a, params[0]));
-      state.a = __juniPowMod2P31M1(state.a, static_cast<uint64_t>(int64_t{n}));
-      return JUN_RNG_OK;
-    case JUN_RNG_SKIP_AHEAD:
-      state.x = product(state.x, __juniPowMod2P31M1(state.a, skip_count(params)));
-      return JUN_RNG_OK;
-    default:
-      return JUN_RNG_BAD_METHOD;
-  }
+  return init_stream<Mcg31m1>(method, stream, n, params);
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngMCG31M1(void* stream, int32_t n, float* r, float a, float b) {

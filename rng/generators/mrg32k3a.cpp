@@ -105,9 +105,9 @@ class LaneRecurrence {
       : plus_(_mm_set1_pd(r.plus)),
         minus_(_mm_set1_pd(r.minus)),
         modulus_(_mm_set1_pd(r.modulus())),
-        reciprocal_(_mm_set1_pd(1.0 / r.modulus())) {}
+        reciprocal_(splat(1.0 / r.modulus())) {}
   __m128d next(__m128d plus_value, __m128d oldest) const {
-    const __m128d shifter = _mm_set1_pd(0x1.8p52);
+    const __m128d shifter = splat(0x1.8p52);
     const __m128d p = _mm_sub_pd(_mm_mul_pd(plus_, plus_value), _mm_mul_pd(minus_, oldest));
     const __m128d q = _mm_sub_pd(_mm_add_pd(_mm_mul_pd(p, reciprocal_), shifter), shifter);
     return _mm_sub_pd(p, _mm_mul_pd(q, modulus_));
@@ -124,7 +124,7 @@ constexpr std::size_t most_run = 32;  // steps of all lanes between two deliveri
 // without a sign; 2^32 = excess (mod m) makes a wrapped one right.
 __m128i outputs(const __m128d x1[2], const __m128d x2[2]) {
   const auto nonnegative = [](const __m128d x[2], const Recurrence& r) {
-    const __m128d shifter = _mm_set1_pd(0x1.8p52 + 0x1p31);
+    const __m128d shifter = splat(0x1.8p52 + 0x1p31);
     const __m128i biased = low_words(_mm_add_pd(x[0], shifter), _mm_add_pd(x[1], shifter));
     return _mm_sub_epi32(biased, _mm_andnot_si128(_mm_srai_epi32(biased, 31), splat_word(r.excess)));
   };
@@ -141,15 +141,13 @@ class Uniforms<double, Unit> : public Sink<Uniforms<double, Unit>, double> {
  public:
   Uniforms(double* r, const Interval<double>& to) : Sink<Uniforms, double>(r), map_(to) {}
   void put(double* r, __m128i z) const {
-    const __m128i magnitude = splat_word(0x43300000);  // upper half of 2^52
-    const auto u = [](__m128i shifted) {
+    const auto u = [](__m128d value) {
       // z / m = z 2^-32 + z (2^32 / m - 1) 2^-32: the first product is exact, so the quotient comes out rounded once.
-      const __m128d value = _mm_sub_pd(_mm_castsi128_pd(shifted), _mm_set1_pd(0x1p52));
       constexpr double rest = (0x1p32 - recurrence1.modulus()) / recurrence1.modulus() * 0x1p-32;
-      return _mm_add_pd(_mm_mul_pd(value, _mm_set1_pd(0x1p-32)), _mm_mul_pd(value, _mm_set1_pd(rest)));
+      return _mm_add_pd(_mm_mul_pd(value, splat(0x1p-32)), _mm_mul_pd(value, splat(rest)));
     };
-    _mm_storeu_pd(r, map_(u(_mm_unpacklo_epi32(z, magnitude))));
-    _mm_storeu_pd(r + 2, map_(u(_mm_unpackhi_epi32(z, magnitude))));
+    _mm_storeu_pd(r, map_(u(WordDoubles<0>::front(z))));
+    _mm_storeu_pd(r + 2, map_(u(WordDoubles<0>::back(z))));
   }
 
  private:
@@ -159,9 +157,11 @@ class Uniforms<double, Unit> : public Sink<Uniforms<double, Unit>, double> {
 template <bool Unit>
 class Uniforms<float, Unit> : public Sink<Uniforms<float, Unit>, float> {
  public:
-  Uniforms(float* r, const Interval<float>& to)
-      : Sink<Uniforms, float>(r), map_(to, static_cast<float>(2.0 / recurrence1.modulus())) {}
-  void put(float* r, __m128i z) const { _mm_storeu_ps(r, map_(_mm_srli_epi32(z, 1))); }
+  Uniforms(float* r, const Interval<float>& to) : Sink<Uniforms, float>(r), map_(to) {}
+  void put(float* r, __m128i z) const {
+    const auto u = [](__m128d value) { return _mm_cvtpd_ps(_mm_mul_pd(value, splat(1.0 / recurrence1.modulus()))); };
+    _mm_storeu_ps(r, map_(_mm_movelh_ps(u(WordDoubles<0>::front(z)), u(WordDoubles<0>::back(z)))));
+  }
 
  private:
   Map<float, Unit> map_;
@@ -222,27 +222,35 @@ void generate_stretches(State& state, int log2_stretch, Sink& sink) {
   sink = sink.at(lanes * stretch);
 }
 
-struct Mrg32k3a {
-  template <class Sink>
-  static int32_t generate(void* stream, std::size_t n, Sink& sink) {
-    State& state = state_of<State>(stream);
-    for (int log2_stretch = 10; log2_stretch >= 3; --log2_stretch)
-      for (; n >= lanes << log2_stretch; n -= lanes << log2_stretch) generate_stretches(state, log2_stretch, sink);
-    while (n != 0) {
-      uint32_t z[4] = {};
-      std::size_t count = 0;
-      for (; count < 4 && n != 0; ++count, --n) z[count] = advance(state);
-      sink.some(load_words(z), count);
-    }
-    return JUN_RNG_OK;
-  }
-};
-
 // From seeds[first] on.
 void seed_component(uint32_t x[3], int32_t first, int32_t n, const uint32_t* seeds, uint32_t modulus) {
   for (int32_t i = 0; i < 3; ++i) x[i] = first + i < n ? seeds[first + i] % modulus : 1;
   if ((x[0] | x[1] | x[2]) == 0) x[0] = 1;
 }
+
+struct Mrg32k3a {
+  static int32_t seed(void* stream, int32_t n, const uint32_t* seeds) {
+    State& state = state_of<State>(stream);
+    seed_component(state.x1, 0, n, seeds, recurrence1.modulus());
+    seed_component(state.x2, 3, n, seeds, recurrence2.modulus());
+    return JUN_RNG_OK;
+  }
+
+  static int32_t skip(void* stream, uint64_t n) {
+    jump(state_of<State>(stream), n);
+    return JUN_RNG_OK;
+  }
+
+  template <class Sink>
+  static int32_t generate(void* stream, std::size_t n, Sink& sink) {
+    State& state = state_of<State>(stream);
+    for (int log2_stretch = 10; log2_stretch >= 3; --log2_stretch)
+      for (; n >= lanes << log2_stretch; n -= lanes << log2_stretch) generate_stretches(state, log2_stretch, sink);
+    send_each(
+        n, sink, [&] { return advance(state); }, load_words);
+    return JUN_RNG_OK;
+  }
+};
 
 }  // namespace
 }  // namespace orin::rng
@@ -253,18 +261,7 @@ ORIN_BEGIN_DECLS
 
 ORIN_API int32_t ORIN_CALL __junBRngMRG32K3AInitStream(int32_t method, void* stream, int32_t n,
                                                        const uint32_t* params) {
-  State& state = state_of<State>(stream);
-  switch (method) {
-    case JUN_RNG_SEED:
-      seed_component(state.x1, 0, n, params, recurrence1.modulus());
-      seed_component(state.x2, 3, n, params, recurrence2.modulus());
-      return JUN_RNG_OK;
-    case JUN_RNG_SKIP_AHEAD:
-      jump(state, skip_count(params));
-      return JUN_RNG_OK;
-    default:
-      return refuse_partition(method);
-  }
+  return init_stream<Mrg32k3a>(method, stream, n, params);
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngMRG32K3A(void* stream, int32_t n, float* r, float a, float b) {

@@ -20,6 +20,13 @@ struct State {
 static_assert(sizeof(State) == 2520 - sizeof(StreamHeader));
 
 struct Mt19937 {
+  static int32_t seed(void* stream, int32_t n, const uint32_t* seeds) {
+    State& state = state_of<State>(stream);
+    Engine::seed(state.table, n, seeds);
+    state.reserved = 0;
+    return JUN_RNG_OK;
+  }
+
   template <class Sink>
   static int32_t generate(void* stream, std::size_t n, Sink& sink) {
     Engine::generate(state_of<State>(stream).table, n, parameters, sink);
@@ -35,11 +42,7 @@ using namespace orin::rng;
 ORIN_BEGIN_DECLS
 
 ORIN_API int32_t ORIN_CALL __junBRngMT19937InitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  if (method != JUN_RNG_SEED) return refuse_partition(method);
-  State& state = state_of<State>(stream);
-  Engine::seed(state.table, n, params);
-  state.reserved = 0;
-  return JUN_RNG_OK;
+  return init_stream<Mt19937>(method, stream, n, params);
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngMT19937(void* stream, int32_t n, float* r, float a, float b) {

@@ -22,6 +22,13 @@ struct State {
 static_assert(sizeof(State) == 312 - sizeof(StreamHeader));
 
 struct Mt2203 {
+  static int32_t seed(void* stream, int32_t n, const uint32_t* seeds) {
+    State& state = state_of<State>(stream);
+    Engine::seed(state.table, n, seeds);
+    std::memset(state.reserved, 0, sizeof state.reserved);
+    return JUN_RNG_OK;
+  }
+
   template <class Sink>
   static int32_t generate(void* stream, std::size_t n, Sink& sink) {
     const uint32_t* p = mt2203_parameters[sub_stream_of(stream)];
@@ -38,11 +45,7 @@ using namespace orin::rng;
 ORIN_BEGIN_DECLS
 
 ORIN_API int32_t ORIN_CALL __junBRngMT2203InitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  if (method != JUN_RNG_SEED) return refuse_partition(method);
-  State& state = state_of<State>(stream);
-  Engine::seed(state.table, n, params);
-  std::memset(state.reserved, 0, sizeof state.reserved);
-  return JUN_RNG_OK;
+  return init_stream<Mt2203>(method, stream, n, params);
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngMT2203(void* stream, int32_t n, float* r, float a, float b) {

@@ -7,7 +7,7 @@
 //               base(q + 1) = base(q) ^ v[p - 1] ^ v[c],    c = p + number of trailing zeros of q + 1
 //           The outputs of a block are one exclusive or of the flat table of patterns and the base, repeated.
 // State     q, outputs delivered of the block, base. Point 0, all zero, counts as delivered from the start.
-// Select    One coordinate alone: the same with one dimension, whose patterns stand in the state.
+// Leapfrog  selects one coordinate alone: the same with one dimension, whose patterns stand in the state.
 // Tables    The columns (32 rows of d words) and the patterns (P d words) stand in chunks that copies of the stream
 //           share. Whoever finds them missing, or of another size than the dimension asks for, builds them anew.
 #ifndef ORIN_RNG_GENERATORS_QUASI_H
@@ -59,9 +59,9 @@ class Quasi {
     return find_layout(stream, layout) ? JUN_RNG_OK : JUN_RNG_NO_MEMORY;
   }
 
-  static int32_t select(void* stream, int32_t count, uint32_t k) {
+  static int32_t leapfrog(void* stream, int32_t, uint32_t k) {
     State& state = state_of<State>(stream);
-    if (count != JUN_RNG_SELECT_COORDINATE || k >= dimension_of(state)) return JUN_RNG_NO_LEAPFROG;
+    if (k >= dimension_of(state)) return JUN_RNG_NO_LEAPFROG;
     Layout layout;
     if (!find_layout(stream, layout)) return JUN_RNG_NO_MEMORY;
     const Place at = layout.place(state);
@@ -147,9 +147,15 @@ class Quasi {
       return {state.block * points + delivered / dimension, delivered % dimension};
     }
 
+    // A block that is delivered to its end stays until the next output is asked for: what a state looks like does not
+    // depend on the way to it.
     void move_to(State& state, Place at) const {
       state.block = at.point / points;
       state.delivered = at.point % points * dimension + at.coordinate;
+      if (state.delivered == 0) {
+        state.block = (at.point - points) / points;
+        state.delivered = outputs();
+      }
       std::fill_n(state.base, Family::most_dimensions, 0);
       const uint32_t first = state.block * points;
       for (uint32_t gray = first ^ (first >> 1); gray != 0; gray &= gray - 1) toggle(state.base, trailing_zeros(gray));
@@ -233,31 +239,21 @@ class Quasi {
       void* data = allocate_data(bytes);
       if (data == nullptr) return nullptr;
       fill(static_cast<uint32_t*>(data));
-      uint64_t key[2];
-      __junGenerateNewGlobalRODataTableEntryId(key, id);
-      Block block = Block::left;
-      const int32_t status = attach(stream, id, key, data, bytes, block);
-      if (block == Block::left) service::deallocate(data);
-      if (status != JUN_RNG_OK) return nullptr;
-      chunk = find_chunk(stream, id);
+      chunk = attach_new(stream, id, data, bytes);
+      if (chunk == nullptr) {
+        service::deallocate(data);
+        return nullptr;
+      }
     }
     return static_cast<const uint32_t*>(chunk->data);
   }
 };
 
-// The InitStream of a family.
 template <class Engine>
 int32_t init_quasi(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  switch (method) {
-    case JUN_RNG_SEED:
-      return Engine::seed(stream, n, params);
-    case JUN_RNG_LEAPFROG:
-      return Engine::select(stream, n, params[0]);
-    case JUN_RNG_SKIP_AHEAD:
-      return n > 0 ? Engine::skip(stream, skip_count(params)) : JUN_RNG_NO_SKIP_AHEAD;
-    default:
-      return JUN_RNG_BAD_METHOD;
-  }
+  if (method == JUN_RNG_LEAPFROG && n != JUN_RNG_SELECT_COORDINATE) return JUN_RNG_NO_LEAPFROG;
+  if (method == JUN_RNG_SKIP_AHEAD && n <= 0) return JUN_RNG_NO_SKIP_AHEAD;
+  return init_stream<Engine>(method, stream, n, params);
 }
 
 }  // namespace orin::rng

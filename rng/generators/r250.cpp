@@ -29,21 +29,6 @@ void set_oldest(State& state, std::size_t place) {
   state.middle = static_cast<uint32_t>((place + order - tap) % order);
 }
 
-void seed(State& state, int32_t n, const uint32_t* seeds) {
-  if (n >= static_cast<int32_t>(order)) {
-    std::memcpy(state.ring, seeds, sizeof state.ring);
-  } else {
-    uint32_t s = n > 0 && seeds[0] != 0 ? seeds[0] : 1;
-    for (uint32_t& word : state.ring) word = s *= 69069U;
-    // 32 words that are linearly independent, bit by bit
-    for (int k = 0; k < 32; ++k) {
-      uint32_t& word = state.ring[3 + 7 * k];
-      word = (word & (0xffffffffU >> k)) | (0x80000000U >> k);
-    }
-  }
-  set_oldest(state, 0);
-}
-
 // The ring, oldest word first.
 void unroll(const State& state, uint32_t* words) {
   const std::size_t oldest = state.oldest % order;
@@ -70,6 +55,23 @@ void extend(uint32_t* words, std::size_t count) {
   for (; k < count; ++k) words[k + order] = words[k] ^ words[k + order - tap];
 }
 
+// The same, with the new words sent to a sink. The last group is computed whole: up to three words more.
+template <class Sink>
+void extend(uint32_t* words, std::size_t count, Sink& sink) {
+  Sink local = sink;
+  for (; count >= 4; count -= 4, words += 4) {
+    const __m128i next = next_four(words);
+    store_words(words + order, next);
+    local.four(next);
+  }
+  if (count != 0) {
+    const __m128i next = next_four(words);
+    store_words(words + order, next);
+    local.some(next, count);
+  }
+  sink = local;
+}
+
 constexpr std::size_t few = 8;  // steps that are not worth unrolling the ring
 
 // A few words, each in its place.
@@ -87,6 +89,23 @@ void step(State& state, std::size_t n, Sink& sink) {
 }
 
 struct R250 {
+  static int32_t seed(void* stream, int32_t n, const uint32_t* seeds) {
+    State& state = state_of<State>(stream);
+    if (n >= static_cast<int32_t>(order)) {
+      std::memcpy(state.ring, seeds, sizeof state.ring);
+    } else {
+      uint32_t s = n > 0 && seeds[0] != 0 ? seeds[0] : 1;
+      for (uint32_t& word : state.ring) word = s *= 69069U;
+      // 32 words that are linearly independent, bit by bit
+      for (int k = 0; k < 32; ++k) {
+        uint32_t& word = state.ring[3 + 7 * k];
+        word = (word & (0xffffffffU >> k)) | (0x80000000U >> k);
+      }
+    }
+    set_oldest(state, 0);
+    return JUN_RNG_OK;
+  }
+
   template <class Sink>
   static int32_t generate(void* stream, std::size_t n, Sink& sink) {
     State& state = state_of<State>(stream);
@@ -95,16 +114,14 @@ struct R250 {
       return JUN_RNG_OK;
     }
     constexpr std::size_t block = 1024;
-    uint32_t work[order + block];
+    uint32_t work[order + block + 3];
     unroll(state, work);
     std::size_t rest = n;
     for (; rest > block; rest -= block) {
-      extend(work, block);
-      send_words(work + order, block, sink);
+      extend(work, block, sink);
       std::memcpy(work, work + block, order * sizeof *work);
     }
-    extend(work, rest);
-    send_words(work + order, rest, sink);
+    extend(work, rest, sink);
     roll_up(state, work + rest, n);
     return JUN_RNG_OK;
   }
@@ -133,9 +150,7 @@ using namespace orin::rng;
 ORIN_BEGIN_DECLS
 
 ORIN_API int32_t ORIN_CALL __junBRngR250InitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  if (method != JUN_RNG_SEED) return refuse_partition(method);
-  seed(state_of<State>(stream), n, params);
-  return JUN_RNG_OK;
+  return init_stream<R250>(method, stream, n, params);
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngR250(void* stream, int32_t n, float* r, float a, float b) {

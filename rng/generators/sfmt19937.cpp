@@ -66,15 +66,9 @@ void seed_with_array(uint32_t* x, std::size_t n, const uint32_t* seeds) {
   for (std::size_t j = 0; j < words; ++j) subtract();
 }
 
-void seed(State& state, int32_t n, const uint32_t* seeds) {
-  if (n >= 2) {
-    seed_with_array(state.block, static_cast<std::size_t>(n), seeds);
-  } else {
-    seed_with_word(state.block, n == 1 ? seeds[0] : 1);
-  }
-  certify_period(state.block);
-  state.delivered = words;
-  std::fill_n(state.reserved, 5, 0);
+// States stand at multiples of 16 bytes.
+__m128i quad(const uint32_t* words_of_state) {
+  return _mm_load_si128(reinterpret_cast<const __m128i*>(words_of_state));
 }
 
 // Computes the next block and sends it, quad by quad.
@@ -85,12 +79,12 @@ void next_block(uint32_t* x, Sink& sink) {
   __m128i before = load_words(x + 4 * (quads - 2)), last = load_words(x + 4 * (quads - 1));
   Sink local = sink;
   const auto step = [&](uint32_t* oldest, const uint32_t* other) {
-    const __m128i a = load_words(oldest);
+    const __m128i a = quad(oldest);
     __m128i next = _mm_xor_si128(a, _mm_slli_si128(a, 1));
-    next = _mm_xor_si128(next, _mm_and_si128(_mm_srli_epi32(load_words(other), 11), mask));
+    next = _mm_xor_si128(next, _mm_and_si128(_mm_srli_epi32(quad(other), 11), mask));
     next = _mm_xor_si128(next, _mm_srli_si128(before, 1));
     next = _mm_xor_si128(next, _mm_slli_epi32(last, 18));
-    store_words(oldest, next);
+    _mm_store_si128(reinterpret_cast<__m128i*>(oldest), next);
     local.four(next);
     before = last;
     last = next;
@@ -105,6 +99,19 @@ struct NoSink {
 };
 
 struct Sfmt19937 {
+  static int32_t seed(void* stream, int32_t n, const uint32_t* seeds) {
+    State& state = state_of<State>(stream);
+    if (n >= 2) {
+      seed_with_array(state.block, static_cast<std::size_t>(n), seeds);
+    } else {
+      seed_with_word(state.block, n == 1 ? seeds[0] : 1);
+    }
+    certify_period(state.block);
+    state.delivered = words;
+    std::fill_n(state.reserved, 5, 0);
+    return JUN_RNG_OK;
+  }
+
   template <class Sink>
   static int32_t generate(void* stream, std::size_t n, Sink& sink) {
     State& state = state_of<State>(stream);
@@ -136,9 +143,7 @@ ORIN_BEGIN_DECLS
 
 ORIN_API int32_t ORIN_CALL __junBRngSFMT19937InitStream(int32_t method, void* stream, int32_t n,
                                                         const uint32_t* params) {
-  if (method != JUN_RNG_SEED) return refuse_partition(method);
-  seed(state_of<State>(stream), n, params);
-  return JUN_RNG_OK;
+  return init_stream<Sfmt19937>(method, stream, n, params);
 }
 
 ORIN_API int32_t ORIN_CALL __junsBRngSFMT19937(void* stream, int32_t n, float* r, float a, float b) {

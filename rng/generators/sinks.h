@@ -5,15 +5,17 @@
 //           some(group, count) for the last ones. What a group is, words or residues, is between the family and its
 //           sinks; those for 32-bit words, raw or as uniforms with u = w / 2^32, stand here.
 // Double    A word becomes a double without rounding: as the low half of a double of magnitude 2^20 it counts in units
-//           of 2^-32, and 2^20 is subtracted. The result is a + (b - a) u; one that rounds to b becomes the value
-//           below.
-// Float     u is taken from the leading 31 bits, which convert in one instruction, and rounded once; then the same.
+//           of 2^-32, and 2^20 is subtracted.
+// Float     The halves of a word become floats without rounding: as the low bits of floats of magnitude 2^7 and 2^-9
+//           they count in units of 2^-16 and 2^-32. Once the magnitudes are gone their sum rounds w / 2^32 once.
+// Interval  The result is a + (b - a) u; one that rounds to b becomes the value below.
 // Tails     some() runs the code of the full group, so a value depends on the generator's state alone.
 #ifndef ORIN_RNG_GENERATORS_SINKS_H
 #define ORIN_RNG_GENERATORS_SINKS_H
 
 #include <emmintrin.h>
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -27,6 +29,8 @@ namespace orin::rng {
 inline __m128i load_words(const uint32_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 inline void store_words(uint32_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
 inline __m128i splat_word(uint32_t w) { return _mm_set1_epi32(static_cast<int>(w)); }
+inline __m128d splat(double x) { return _mm_set1_pd(x); }
+inline __m128 splat(float x) { return _mm_set1_ps(x); }
 
 // The first count < 4 words, the others zero.
 inline __m128i load_some_words(const uint32_t* p, std::size_t count) {
@@ -42,6 +46,19 @@ inline __m128i low_words(__m128d front, __m128d back) {
 inline __m128i high_words(__m128i front, __m128i back) {
   return _mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(front), _mm_castsi128_ps(back), _MM_SHUFFLE(3, 1, 3, 1)));
 }
+
+// Four words w as doubles w / 2^Scale, first two and last two: the low halves of doubles of magnitude 2^(52 - Scale).
+template <int Scale>
+struct WordDoubles {
+  static constexpr uint64_t bits = uint64_t{1023 + 52 - Scale} << 52;
+  static __m128d front(__m128i words) { return without_magnitude(_mm_unpacklo_epi32(words, splat_word(bits >> 32))); }
+  static __m128d back(__m128i words) { return without_magnitude(_mm_unpackhi_epi32(words, splat_word(bits >> 32))); }
+
+ private:
+  static __m128d without_magnitude(__m128i x) {
+    return _mm_sub_pd(_mm_castsi128_pd(x), splat(std::bit_cast<double>(bits)));
+  }
+};
 
 // [a, b); without the bound above where it would make no sense (a >= b, NaN).
 template <class T>
@@ -60,8 +77,7 @@ class Map;
 template <bool Unit>
 class Map<double, Unit> {
  public:
-  explicit Map(const Interval<double>& to)
-      : a_(_mm_set1_pd(to.a)), width_(_mm_set1_pd(to.width)), last_(_mm_set1_pd(to.last)) {}
+  explicit Map(const Interval<double>& to) : a_(splat(to.a)), width_(splat(to.width)), last_(splat(to.last)) {}
   __m128d operator()(__m128d u) const { return Unit ? u : _mm_min_pd(_mm_add_pd(a_, _mm_mul_pd(width_, u)), last_); }
 
  private:
@@ -71,16 +87,11 @@ class Map<double, Unit> {
 template <bool Unit>
 class Map<float, Unit> {
  public:
-  // u = x * unit for integers x below 2^31, which are rounded to floats first.
-  explicit Map(const Interval<float>& to, float unit = 0x1p-31f)
-      : a_(_mm_set1_ps(to.a)), width_(_mm_set1_ps(to.width)), last_(_mm_set1_ps(to.last)), unit_(_mm_set1_ps(unit)) {}
-  __m128 operator()(__m128i x) const {
-    const __m128 u = _mm_mul_ps(_mm_cvtepi32_ps(x), unit_);
-    return _mm_min_ps(Unit ? u : _mm_add_ps(a_, _mm_mul_ps(width_, u)), last_);
-  }
+  explicit Map(const Interval<float>& to) : a_(splat(to.a)), width_(splat(to.width)), last_(splat(to.last)) {}
+  __m128 operator()(__m128 u) const { return _mm_min_ps(Unit ? u : _mm_add_ps(a_, _mm_mul_ps(width_, u)), last_); }
 
  private:
-  __m128 a_, width_, last_, unit_;
+  __m128 a_, width_, last_;
 };
 
 // Derived gives put(array, group): four outputs, of Elements elements each, to an array aligned to 4 bytes.
@@ -125,21 +136,44 @@ class WordUniforms<double, Unit> : public Sink<WordUniforms<double, Unit>, doubl
  public:
   WordUniforms(double* r, const Interval<double>& to) : Sink<WordUniforms, double>(r), map_(to) {}
   void put(double* r, __m128i words) const {
-    const __m128i magnitude = splat_word(0x41300000);  // upper half of 2^20
-    const auto u = [](__m128i shifted) { return _mm_sub_pd(_mm_castsi128_pd(shifted), _mm_set1_pd(0x1p20)); };
-    _mm_storeu_pd(r, map_(u(_mm_unpacklo_epi32(words, magnitude))));
-    _mm_storeu_pd(r + 2, map_(u(_mm_unpackhi_epi32(words, magnitude))));
+    _mm_storeu_pd(r, map_(WordDoubles<32>::front(words)));
+    _mm_storeu_pd(r + 2, map_(WordDoubles<32>::back(words)));
   }
 
  private:
   Map<double, Unit> map_;
 };
 
+// Words z ^ z >> 18, not computed yet.
+struct FoldedWords {
+  __m128i z;
+  operator __m128i() const { return _mm_xor_si128(z, _mm_srli_epi32(z, 18)); }
+};
+
+// Words w to w / 2^32.
+inline __m128 unit_floats(__m128i words) {
+  const __m128i high = _mm_or_si128(_mm_srli_epi32(words, 16), _mm_castps_si128(splat(0x1p7f)));
+  const __m128i low = _mm_or_si128(_mm_and_si128(words, splat_word(0xffff)), _mm_castps_si128(splat(0x1p-9f)));
+  return _mm_add_ps(_mm_sub_ps(_mm_castsi128_ps(high), splat(0x1p7f + 0x1p-9f)), _mm_castsi128_ps(low));
+}
+
+// The same with the leading 14 and the other 18 bits in place of the halves: z >> 18 are the leading bits themselves.
+inline __m128 unit_floats(FoldedWords words) {
+  const __m128i leading = _mm_srli_epi32(words.z, 18);
+  const __m128i high = _mm_or_si128(leading, _mm_castps_si128(splat(0x1p9f)));
+  const __m128i unfolded = _mm_or_si128(_mm_and_si128(words.z, splat_word(0x3ffff)), _mm_castps_si128(splat(0x1p-9f)));
+  const __m128 low = _mm_castsi128_ps(_mm_xor_si128(unfolded, leading));
+  return _mm_add_ps(_mm_sub_ps(_mm_castsi128_ps(high), splat(0x1p9f + 0x1p-9f)), low);
+}
+
 template <bool Unit>
 class WordUniforms<float, Unit> : public Sink<WordUniforms<float, Unit>, float> {
  public:
   WordUniforms(float* r, const Interval<float>& to) : Sink<WordUniforms, float>(r), map_(to) {}
-  void put(float* r, __m128i words) const { _mm_storeu_ps(r, map_(_mm_srli_epi32(words, 1))); }
+  template <class Words>
+  void put(float* r, Words words) const {
+    _mm_storeu_ps(r, map_(unit_floats(words)));
+  }
 
  private:
   Map<float, Unit> map_;
@@ -178,6 +212,17 @@ void send_words(const uint32_t* words, std::size_t n, Sink& sink, Transform tran
 template <class Sink>
 void send_words(const uint32_t* words, std::size_t n, Sink& sink) {
   send_words(words, n, sink, [](__m128i w) { return w; });
+}
+
+// Sends n outputs that come one by one: next() gives a value, group(values) makes a group of four of them.
+template <class Sink, class Next, class MakeGroup>
+void send_each(std::size_t n, Sink& sink, Next next, MakeGroup group) {
+  while (n != 0) {
+    decltype(next()) values[4] = {};
+    std::size_t count = 0;
+    for (; count < 4 && n != 0; ++count, --n) values[count] = next();
+    sink.some(group(values), count);
+  }
 }
 
 // The bodies of a family's generating functions: Family::generate (stream, n > 0, sink) returns a status.

@@ -19,6 +19,14 @@ static_assert(sizeof(TrngState) == 8);
 
 constexpr uint32_t default_retries = 10;
 
+struct Trng {
+  static int32_t seed(void* stream, int32_t n, const uint32_t* seeds) {
+    const bool has_retries = n >= 2 && seeds[1] != 0;
+    state_of<TrngState>(stream) = {0, has_retries ? seeds[1] : default_retries};
+    return JUN_RNG_OK;
+  }
+};
+
 }  // namespace
 }  // namespace orin::rng
 
@@ -27,10 +35,7 @@ using namespace orin::rng;
 ORIN_BEGIN_DECLS
 
 ORIN_API int32_t ORIN_CALL __junBRngTRNGInitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  if (method != JUN_RNG_SEED) return refuse_partition(method);
-  const bool has_retries = n >= 2 && params[1] != 0;
-  state_of<TrngState>(stream) = {0, has_retries ? params[1] : default_retries};
-  return JUN_RNG_OK;
+  return init_stream<Trng>(method, stream, n, params);
 }
 
 int32_t ORIN_CALL __junBRngTRNGNotSupported(void) { return JUN_RNG_NO_TRUE_RANDOM; }

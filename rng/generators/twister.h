@@ -72,11 +72,11 @@ class Twister {
   class Tempering {
    public:
     explicit Tempering(const TwisterParameters& p) : b_(splat_word(p.mask_b)), c_(splat_word(p.mask_c)) {}
-    __m128i operator()(__m128i y) const {
+    FoldedWords operator()(__m128i y) const {
       y = _mm_xor_si128(y, _mm_srli_epi32(y, U));
       y = _mm_xor_si128(y, _mm_and_si128(_mm_slli_epi32(y, 7), b_));
       y = _mm_xor_si128(y, _mm_and_si128(_mm_slli_epi32(y, 15), c_));
-      return _mm_xor_si128(y, _mm_srli_epi32(y, 18));
+      return {y};
     }
 
    private:

@@ -106,6 +106,40 @@ TEST_P(Kernels, MoreDimensionsMatchTheDefinition) {
     }
 }
 
+// An infinity or NaN of either operand is met by the outputs whose sums contain it, and by no other one. Problems are
+// small enough for the FFT kernels to sum directly in one dimension.
+TEST_P(Kernels, NonFiniteElementsStayInTheirSums) {
+  const KernelRow& row = GetParam();
+  std::mt19937 random(3);
+  constexpr long double kinds[] = {INFINITY, -INFINITY, NAN};
+  const auto expect_part = [](long double found, long double exact, long double bound) {
+    if (std::isfinite(exact)) return std::abs(found - exact) <= bound;
+    return std::isnan(exact) ? std::isnan(found) : found == exact;
+  };
+  for (unsigned round = 0; round < 300; ++round) {
+    const int dims = round < 200 ? 1 : 2, method = round % 2 == 0 && dims == 1 ? 1 : 0;
+    const Problem p = random_problem(row, dims, dims == 1 ? (round < 180 ? 60 : 200) : 12, random);
+    Instance run(p, row, round);
+    for (Array* operand : {&run.x, &run.y})
+      for (auto k = random() % 3; k > 0; --k) {
+        const Exact odd{kinds[random() % 3], 0.5L};
+        operand->set(random() % operand->elements(), random() % 2 == 0 ? odd : Exact{odd.imag(), odd.real()});
+      }
+    SCOPED_TRACE(testing::Message() << "round " << round << " N " << p.n[0] << " M " << p.m[0]);
+    ASSERT_EQ(dims == 1 ? run.run_one(row, method) : run.run_all(row, method), 0);
+    for_each_index(dims, p.l, [&](const List& i) {
+      const Sum exact = exact_output(p, run.x, run.y, i);
+      const Exact found = run.z.get(place(dims, p.l, p.zs, i));
+      const long double bound = (3 * static_cast<long double>(exact.terms) + 1) * exact.moduli * 0x1p-24L;
+      ASSERT_TRUE(expect_part(found.real(), exact.value.real(), bound)) << i[0] << ' ' << i[1];
+      if (row.complex_data) {
+        ASSERT_TRUE(expect_part(found.imag(), exact.value.imag(), bound)) << i[0] << ' ' << i[1];
+      }
+    });
+    if (HasFatalFailure()) return;
+  }
+}
+
 // Lengths around every rule of the engine: direct, one transform, blocks, pieces; whole result and a decimated part.
 TEST_P(Kernels, FftAgreesWithDirectAroundThresholds) {
   const KernelRow& row = GetParam();

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "service/late_binding.h"
 #include "tests/conv/problem.h"
 #include "tests/support/faulty_core.h"
@@ -166,9 +168,10 @@ struct HookLog {
   void* seen = nullptr;
 } hook_log;
 
-std::int32_t ORIN_CALL release_hook(ConvTask*, void* attached) {
+std::int32_t ORIN_CALL release_hook(ConvTask* task, void* attached) {
   ++hook_log.releases;
   hook_log.seen = attached;
+  if (task->extra == 1) task->attached = nullptr;  // the block is freed all the same
   return hook_log.result;
 }
 std::int32_t ORIN_CALL copy_hook(ConvTask* new_task, void** place, void* attached) {
@@ -226,6 +229,9 @@ TEST_F(Tasks, HooksGuardAttachedData) {
   with_attachment();
   task->release_hook = nullptr;
   EXPECT_EQ(__junDeleteTask(&task), -2240);
+  with_attachment();
+  task->extra = 1;
+  EXPECT_EQ(__junDeleteTask(&task), 0);
   EXPECT_EQ(faulty_core::live_blocks(), before);
 }
 
@@ -291,6 +297,14 @@ TEST_F(Tasks, DenseStridesBeyondTheIntegersAreRefused) {
   EXPECT_EQ(__junExec(task, &value, nullptr, &value, nullptr, nullptr, nullptr), -2333);
   EXPECT_EQ(__junccSetStatus(task, 0), -2333);
   EXPECT_EQ(__junExec(task, &value, nullptr, &value, nullptr, &value, nullptr), -2001);
+  // Products of lengths that are refused in any case leave 64 bits in both directions.
+  constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
+  for (const std::int32_t length : {lowest, lowest + 1}) {
+    n.fill(length), n[1] = std::numeric_limits<std::int32_t>::max();
+    ASSERT_EQ(__junDeleteTask(&task), 0);
+    ASSERT_EQ(__junNewTask(&task, 1, 0, 1, 1, 2, 7, n.data(), n.data(), n.data()), 0);
+    EXPECT_EQ(__junExec(task, &value, nullptr, &value, nullptr, &value, nullptr), -2311);
+  }
 }
 
 }  // namespace

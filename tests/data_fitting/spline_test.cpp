@@ -476,12 +476,23 @@ TYPED_TEST(Spline, StatusesInOrder) {
   describe(2, 1, 64, nullptr);
   EXPECT_EQ(A::quadratic(&task, 0, 0, 0), ORIN_DF_OK);
 
+  Fit<T> empty(uniform_partition<T>(9), 0), bare(uniform_partition<T>(9), 1);
+  EXPECT_EQ(A::natural(empty.task, 0, 0, 0), ORIN_DF_OK) << "no functions, nothing to build";
+  EXPECT_EQ(A::natural(bare.task, 0, 0, 0), ORIN_DF_BAD_SCOEFF);
+  orin_df_kernel_iEditVal(empty.task, ORIN_DF_NY, 1);
+  EXPECT_EQ(A::natural(empty.task, 0, 0, 0), ORIN_DF_BAD_Y);
+
   describe(5, 0, 0, nullptr);
   for (const auto& [ic_type, status] : {std::pair{1, ORIN_DF_BAD_IC}, std::pair{9, ORIN_DF_BAD_IC_TYPE}}) {
     task.ic_type = ic_type;
     EXPECT_EQ(A::hermite(&task, 0, 0, 0), status);
     EXPECT_EQ(A::default_cubic(&task, 0, 0, 0), status);
     EXPECT_EQ(A::natural(&task, 0, 0, 0), ORIN_DF_OK);
+    for (const auto& [of, missing] :
+         {std::pair{&task, 0}, {bare.task, ORIN_DF_BAD_SCOEFF}, {empty.task, ORIN_DF_BAD_Y}}) {
+      of->ic_type = ic_type;
+      EXPECT_EQ(A::hermite(of, 0, 0, 0), missing != 0 ? missing : status) << "arrays before conditions";
+    }
   }
   describe(5, 1, 0, nullptr);
   task.ic_type = 8;
@@ -491,13 +502,6 @@ TYPED_TEST(Spline, StatusesInOrder) {
   task.ic_type = 0;
   for (const Family<T>& family : cubics<T>) EXPECT_EQ(family.constructor(&task, 0, 0, 0), ORIN_DF_NO_MEMORY);
   EXPECT_EQ(A::linear(&task, 0, 0, 0), ORIN_DF_NO_MEMORY);
-
-  Fit<T> empty(uniform_partition<T>(9), 0);
-  EXPECT_EQ(A::natural(empty.task, 0, 0, 0), ORIN_DF_OK) << "no functions, nothing to build";
-  Fit<T> bare(uniform_partition<T>(9), 1);
-  EXPECT_EQ(A::natural(bare.task, 0, 0, 0), ORIN_DF_BAD_SCOEFF);
-  orin_df_kernel_iEditVal(empty.task, ORIN_DF_NY, 1);
-  EXPECT_EQ(A::natural(empty.task, 0, 0, 0), ORIN_DF_BAD_Y);
 }
 
 }  // namespace

@@ -101,6 +101,9 @@ TYPED_TEST(Task, SplineEditKeepsWhatPassed) {
   EXPECT_EQ(t.task->scoeff[2], t.c + 24) << "no storage given, the earlier table stays";
   ASSERT_EQ(A::edit_spline(t.task, 3, 0, 0, nullptr, 0, nullptr, t.c + 50, 128), ORIN_DF_OK);
   EXPECT_EQ(t.task->scoeff[0], t.c + 50);
+  for (const int64_t order : {INT64_MAX, INT64_MAX / 3})
+    EXPECT_EQ(A::edit_spline(t.task, order, 1, 0, nullptr, 0, nullptr, t.c, 0), ORIN_DF_OK) << "any order is kept";
+  EXPECT_EQ(t.task->scoeff[0], t.c);
 }
 
 TYPED_TEST(Task, PointerEditors) {

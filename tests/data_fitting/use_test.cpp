@@ -166,25 +166,94 @@ TYPED_TEST(Use, DerivativesOfEveryFunction) {
 
 TYPED_TEST(Use, PointsAreMetExactly) {
   using T = TypeParam;
-  this->splines([this](Fit<T>& fit, int64_t) {
+  this->splines([](Fit<T>& fit, int64_t) {
     if (fit.task->s_type == 1) return;  // the Subbotin spline has no knots there
-    const Reference<T> reference(fit);
     const int64_t n = fit.nx();
     const int32_t ask[] = {1};
     for (const int64_t sitehint : {0, 64}) {
       std::vector<T> r(3 * fit.x.size());
       ASSERT_EQ(Api<T>::interpolate(fit.task, n, fit.x.data(), sitehint, 1, ask, nullptr, r.data(), 0, nullptr), 0);
-      for (std::size_t f = 0; f < 3; ++f) {
-        for (std::size_t i = 0; i + 1 < fit.x.size(); ++i) EXPECT_EQ(r[f * fit.x.size() + i], fit.value(f, i)) << i;
-        long double scale = 1, ignored = 0;
-        const T end = fit.x.back(), value = fit.value(f, fit.x.size() - 1);
-        reference.at(f, 0, end, scale);
-        scale += std::fabs(reference.at(f, 1, end, ignored) * end);
-        EXPECT_LE(std::fabs(r[(f + 1) * fit.x.size() - 1] - value), 4 * this->eps * scale)
-            << "its piece begins elsewhere";
-      }
+      for (std::size_t f = 0; f < 3; ++f)
+        for (std::size_t i = 0; i < fit.x.size(); ++i) EXPECT_EQ(r[f * fit.x.size() + i], fit.value(f, i)) << i;
     }
   });
+}
+
+// The last point takes its function's value, in every storage, and only as the end of a polynomial that leads there:
+// coefficients of other values stand for themselves.
+TYPED_TEST(Use, TheLastPoint) {
+  using T = TypeParam;
+  const int32_t ask[] = {1, 1};
+  for (const int64_t storage : {0, 16, 32, 128}) {
+    Fit<T> fit(random_partition<T>(9, 2), storage == 128 ? 1 : 3, 0, storage);
+    fit.value(0, 8) = T(1e-20);  // beside values of 1
+    ASSERT_EQ(fit.build(Api<T>::natural, 4, 2, 2), ORIN_DF_OK);
+    const std::size_t functions = static_cast<std::size_t>(fit.ny);
+    const std::vector<T> s = {fit.x[8], fit.x[1], fit.x[8]};
+    const int64_t cells[] = {9, 2, 1};
+    std::vector<T> r(6 * functions);
+    for (const int64_t rhint : {0, 32}) {
+      const auto at = [&](std::size_t f, std::size_t i) {
+        return r[2 * (rhint == 32 ? i * functions + f : f * 3 + i)];
+      };
+      ASSERT_EQ(Api<T>::interpolate(fit.task, 3, s.data(), 0, 2, ask, nullptr, r.data(), rhint, nullptr), ORIN_DF_OK);
+      for (std::size_t f = 0; f < functions; ++f)
+        EXPECT_TRUE(at(f, 0) == fit.value(f, 8) && at(f, 1) == fit.value(f, 1) && at(f, 2) == fit.value(f, 8)) << f;
+      ASSERT_EQ(Api<T>::interpolate(fit.task, 3, s.data(), 0, 2, ask, nullptr, r.data(), rhint, cells), ORIN_DF_OK);
+      EXPECT_EQ(at(0, 0), fit.value(0, 8));
+      EXPECT_GT(std::fabs(at(0, 2) - fit.value(0, 8)), T(1e-3)) << "the first cell's polynomial was asked for";
+    }
+    fit.coefficients.assign(fit.coefficients.size(), T(2));
+    const T u = fit.x[8] - fit.x[7];
+    ASSERT_EQ(Api<T>::interpolate(fit.task, 3, s.data(), 0, 2, ask, nullptr, r.data(), 0, nullptr), ORIN_DF_OK);
+    EXPECT_EQ(r[0], ((2 * u + 2) * u + 2) * u + 2);
+  }
+}
+
+// Far from the origin the points of a uniform partition are rounded by a good part of a cell. Still every point is met,
+// the piece to the left of a point ends there, and parabolas come back to within the rounding of the sites.
+TYPED_TEST(Use, UniformPartitionsFarFromTheOrigin) {
+  using T = TypeParam;
+  const bool single = sizeof(T) == 4;
+  for (const double step : {single ? 0.25 : 1e-9, single ? 0.3 : 1e-3, 0.7}) {
+    const std::size_t n = 300;
+    const std::vector<T> x = uniform_partition<T>(n, 1e6, step);
+    for (const auto& [constructor, order, type, bc] : {std::tuple{Api<T>::linear, 2, 0, 0},
+                                                       {Api<T>::quadratic, 3, 0, 128},
+                                                       {Api<T>::natural, 4, 2, 1},
+                                                       {Api<T>::akima, 4, 5, 2},
+                                                       {Api<T>::bessel, 4, 4, 2}}) {
+      SCOPED_TRACE(testing::Message() << "step " << step << " order " << order << " type " << type);
+      Fit<T> fit(x, 1, 4);
+      const auto curve = [&](T t, int k) {
+        const long double u = (static_cast<long double>(t) - x[0]) / (x[n - 1] - x[0]);
+        return k == 0 ? 1 + u * (order == 2 ? 1 : 1 - u) : 1 + (order == 2 ? 0 : 2);
+      };
+      for (std::size_t i = 0; i < n; ++i) fit.y[i] = static_cast<T>(curve(x[i], 0));
+      const T middle = static_cast<T>(curve(x[0], 0) / 2 + curve(x[1], 0) / 2);
+      ASSERT_EQ(fit.build(constructor, order, type, bc, {middle}), ORIN_DF_OK);
+      std::vector<T> s;
+      for (const T point : x) s.insert(s.end(), {point, std::nextafter(point, T(0)), std::nextafter(point, T(2e6))});
+      std::vector<T> r(s.size());
+      const int32_t ask[] = {1};
+      ASSERT_EQ(Api<T>::interpolate(fit.task, int64_t(s.size()), s.data(), 0, 1, ask, nullptr, r.data(), 0, nullptr),
+                0);
+      for (std::size_t i = 0; i < n; ++i) {
+        ASSERT_EQ(r[3 * i], fit.y[i]) << "point " << i;
+        if (i == 0 || i == n - 1) continue;
+        // One spacing of the sites away the curve has moved by its slope alone, whichever piece is taken; the wrong one
+        // would add its own bend.
+        for (const std::size_t side : {1, 2}) {
+          const T* c = fit.piece(0, side == 1 ? i - 1 : i);
+          long double u = static_cast<long double>(s[3 * i + side]) - x[side == 1 ? i - 1 : i], value = 0, scale = 0;
+          for (int j = order - 1; j >= 0; --j) value = value * u + c[j], scale = scale * u + std::fabs(c[j]);
+          ASSERT_LE(std::fabs(r[3 * i + side] - value), 4 * this->eps * scale) << "beside point " << i;
+        }
+        if (order == 3 || type == 5) continue;  // an end value off the parabola, slopes off it where cells differ
+        ASSERT_LE(std::fabs(r[3 * i + 1] - curve(s[3 * i + 1], 0)), 16 * this->eps);
+      }
+    }
+  }
 }
 
 TYPED_TEST(Use, StrangeSitesAndCells) {

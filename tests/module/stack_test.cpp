@@ -70,6 +70,13 @@ std::vector<Real> arguments() {
   return out;
 }
 
+template <class Real>
+std::vector<Real> arguments_below_one() {
+  std::vector<Real> out;
+  for (int i = 0; i < 1000; ++i) out.push_back(static_cast<Real>((i * 37 % 101 - 50) / 51.0));
+  return out;
+}
+
 // Argument words per shape; a, b: arguments, r: room for two results, m: a mask.
 template <class T>
 struct WordsOf {
@@ -139,6 +146,59 @@ TEST(Stack, EveryEntryAtEveryAlignment) {
   }
 #include "vector_math/functions.def"
 #undef ORIN_FUNCTION
+}
+
+// Every working convolution kernel, on sizes that go through transforms, and the life of a task.
+TEST(Stack, ConvolutionAtEveryAlignment) {
+  constexpr std::uint32_t points = 513, parts = 2;
+  const std::int32_t xshape[] = {450}, yshape[] = {64}, zshape[] = {points}, one[] = {1};
+  const std::vector<float> singles = arguments_below_one<float>();
+  const std::vector<double> doubles = arguments_below_one<double>();
+  const auto expect_same_bits = [&](const std::string& what, auto&& call) {
+    std::vector<double> expected(points * parts), found;
+    call(0, expected.data());
+    EXPECT_NE(expected, std::vector<double>(points * parts)) << what;
+    for (std::uint32_t offset : {4u, 8u, 12u}) {
+      found.assign(points * parts, 0);
+      call(offset, found.data());
+      EXPECT_EQ(std::memcmp(found.data(), expected.data(), sizeof(double) * points * parts), 0) << what << offset;
+    }
+  };
+  for (const std::string kind : {"Conv", "Corr"}) {
+    const std::int32_t start[] = {kind == "Conv" ? 0 : 1 - xshape[0]};
+    for (const std::string pair : {"SS", "SD", "DD", "CC", "CZ", "ZZ"}) {
+      const bool single = pair[0] == 'S' || pair[0] == 'C';
+      const void* x = single ? static_cast<const void*>(singles.data()) : doubles.data();
+      for (const std::string method : {"Direct", "Fft"})
+        for (const std::string shape : {"1D_dec", "1D_nodec", "All_dec"}) {
+          if (shape == "1D_nodec" && pair + method != "SSDirect") continue;
+          const std::string name = "_jun" + kind + pair + method + shape;
+          void* entry = process::symbol(module_library(), name.c_str());
+          ASSERT_NE(entry, nullptr) << name;
+          expect_same_bits(name, [&](std::uint32_t offset, double* z) {
+            Words line{word(x), 1, word(x), 1, word(z), 1, 450, 64, static_cast<std::uint32_t>(*start), points};
+            if (shape == "1D_dec") line.push_back(1);
+            const Words all{1,         word(x), word(xshape), word(one), word(x),     word(yshape),
+                            word(one), word(z), word(zshape), word(one), word(start), word(one)};
+            const Words& words = shape == "All_dec" ? all : line;
+            call_on_stack(offset, entry, words.data(), static_cast<std::uint32_t>(words.size()));
+          });
+        }
+    }
+  }
+  const auto at = [](std::uint32_t offset, const char* name, const Words& words) {
+    call_on_stack(offset, process::symbol(module_library(), name), words.data(),
+                  static_cast<std::uint32_t>(words.size()));
+  };
+  expect_same_bits("task ", [&](std::uint32_t offset, double* z) {
+    void *task = nullptr, *copy = nullptr;
+    at(offset, "__junNewTask", {word(&task), 1, 0, 2, 1, 2, 1, word(xshape), word(yshape), word(zshape)});
+    at(offset, "__junEditTask", {word(task), 6, word(one)});
+    at(offset, "__junCommitTask", {word(task)});
+    at(offset, "__junCopyTask", {word(&copy), word(task)});
+    at(offset, "__junExec", {word(copy), word(doubles.data()), 0, word(doubles.data()), 0, word(z), 0});
+    for (void** place : {&task, &copy}) at(offset, "__junDeleteTask", {word(place)});
+  });
 }
 
 }  // namespace

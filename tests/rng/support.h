@@ -26,6 +26,8 @@ inline JunBrngProperties row_of(int32_t brng) {
   return row;
 }
 
+inline JunBrngProperties row_of(const Stream& stream) { return row_of(__junGetStreamStateBrng(stream.get())); }
+
 // A stream that is not seeded: its state bytes are start, start + 1, ...
 inline Stream patterned(int32_t brng, int start = 0) {
   int32_t row = 0, sub_stream = 0;

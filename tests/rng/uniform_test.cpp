@@ -21,13 +21,15 @@ int32_t uniform(int32_t method, void* stream, int32_t n, float* r, float a, floa
 }
 
 // A source of known values behind an abstract stream: each refill gives what `plan` says, cycling: 0 the least asked
-// for, 1 as much as fits, -1 one less than the least.
+// for, 1 as much as fits, -1 one less than the least. The stream asks for the places that follow in the circle, and
+// leaves the buffer as the source has written it.
 struct Source {
   std::vector<double> values;
   std::size_t given = 0;
   std::vector<int> plan = {1};
   std::size_t refills = 0;
   const void* stream = nullptr;
+  std::vector<double> written;
 };
 Source source;
 
@@ -42,10 +44,13 @@ uint32_t value<uint32_t>(double v) {
 
 template <class T>
 int32_t ORIN_CALL refill(void* stream, int32_t n, T* buffer, int32_t nmin, int32_t nmax, int32_t idx) {
-  EXPECT_TRUE(stream == source.stream && nmin >= 1 && nmin <= nmax && nmax <= n && idx >= 0 && idx < n);
+  EXPECT_TRUE(stream == source.stream && nmin >= 1 && nmin <= nmax && nmax <= n);
+  EXPECT_EQ(idx, static_cast<int32_t>(source.given) % n);
+  EXPECT_TRUE(std::equal(source.written.begin(), source.written.end(), buffer));
   const int plan = source.plan[source.refills++ % source.plan.size()];
   const int32_t count = plan == 0 ? nmin : plan > 0 ? nmax : nmin - 1;
   for (int32_t i = 0; i < count; ++i) buffer[(idx + i) % n] = value<T>(source.values[source.given++]);
+  source.written.assign(buffer, buffer + n);
   return count;
 }
 
@@ -78,6 +83,7 @@ class Abstract : public NoLeaks {
     source.values[3] = static_cast<double>(std::nextafter(static_cast<float>(b), 0.0f));
     buffer_.clear();
     for (int32_t i = 0; i < n; ++i) buffer_.push_back(value<T>(source.values[source.given++]));
+    source.written.assign(buffer_.begin(), buffer_.end());
     void* stream = nullptr;
     EXPECT_EQ(create(&stream, n, buffer_.data(), a, b, refill<T>), 0);
     source.stream = stream;

@@ -114,30 +114,23 @@ TYPED_TEST(Quantiles, NanStandAtTheEnd) {
 
 TYPED_TEST(Quantiles, ChecksInOrder) {
   using T = TypeParam;
-  const T x[] = {1, 2}, good_orders[] = {0, 1}, bad_orders[] = {0, T(1.0000001)}, nan_orders[] = {nan_of<T>, 0};
+  const std::vector<T> x{1, 2};
+  const T good_orders[] = {0, 1}, bad_orders[] = {0, T(1.0000001)}, nan_orders[] = {nan_of<T>, 0};
   T results[4], sorted[2];
-  const int one = 1, two = 2, negative = -1, zero = 0, bad = 3;
-  Task<T> task(1, 2, variable_rows, x);
-  task->x_storage = nullptr;
-  task->x = task->n = task->p = nullptr;
+  const int two = 2, negative = -1, zero = 0;
+  Task<T> task(1, 2, variable_rows, x.data());
   const auto call = [&] { return Entries<T>::quantiles(task, quantile_bit | order_bit, 0); };
   EXPECT_EQ(Entries<T>::quantiles(nullptr, quantile_bit, 0), -4031);
-  expect_order(call, {{-4044, [&] { task->x_storage = &bad; }},
-                      {-4003, [&] { task->x_storage = &variable_rows; }},
-                      {-4023, [&] { task->quantiles = results; }},
-                      {-4021, [&] { task->quantile_orders = bad_orders; }},
-                      {-4022, [&] { task->quantile_count = &negative; }},
-                      {-4022, [&] { task->quantile_count = &two; }},
-                      {-4022, [&] { task->quantile_orders = nan_orders; }},
-                      {-4022, [&] { task->quantile_count = &zero; }},
-                      {-4024, [&] { task->order_statistics = sorted; }},
-                      {-4044, [&] { task->order_statistics_storage = &bad; }},
-                      {-4003, [&] { task->order_statistics_storage = &observation_rows; }},
-                      {-4032, [&] { task->x = x; }},
-                      {-4002, [&] { task->n = &zero; }},
-                      {-4002, [&] { task->n = &two; }},
-                      {-4001, [&] { task->p = &negative; }},
-                      {-4001, [&] { task->p = &one; }}});
+  expect_order(call, {storage_faults(task->x_storage),
+                      {{-4023, [&] { task->quantiles = results; }},
+                       {-4021, [&] { task->quantile_orders = bad_orders; }},
+                       {-4022, [&] { task->quantile_count = &negative; }},
+                       {-4022, [&] { task->quantile_count = &two; }},
+                       {-4022, [&] { task->quantile_orders = nan_orders; }},
+                       {-4022, [&] { task->quantile_count = &zero; }},
+                       {-4024, [&] { task->order_statistics = sorted; }}},
+                      storage_faults(task->order_statistics_storage),
+                      data_faults(task, x)});
   task->quantile_orders = good_orders;
   task->quantile_count = &two;
   expect_no_leak(call, 1);

@@ -96,13 +96,36 @@ struct Fault {
   int status;
   std::function<void()> mend;
 };
+using Faults = std::vector<Fault>;
 template <class Call>
-void expect_order(Call call, std::initializer_list<Fault> faults) {
-  for (const Fault& fault : faults) {
-    EXPECT_EQ(call(), fault.status);
-    fault.mend();
+void expect_order(Call call, std::initializer_list<Faults> groups) {
+  for (const Faults& faults : groups) {
+    for (const Fault& fault : faults) {
+      EXPECT_EQ(call(), fault.status);
+      fault.mend();
+    }
   }
   EXPECT_EQ(call(), 0);
+}
+
+// A storage slot: missing, with a bad value, good.
+inline Faults storage_faults(const void*& slot) {
+  static const int bad = 65535;
+  return {{-4044, [&slot] { slot = &bad; }}, {-4003, [&slot] { slot = &observation_rows; }}};
+}
+
+// What every kernel asks of a data set of one variable, last of all: x, n, p.
+template <class T>
+Faults data_faults(SSTask* task, const std::vector<T>& x) {
+  static const int zero = 0, one = 1;
+  static int n;
+  n = static_cast<int>(x.size());
+  task->x = task->n = task->p = task->x_storage = nullptr;
+  return {{-4032, [=, &x] { task->x = x.data(); }},
+          {-4002, [=] { task->n = &zero; }},
+          {-4002, [=] { task->n = &n; }},
+          {-4001, [=] { task->p = &zero; }},
+          {-4001, [=] { task->p = &one; }}};
 }
 
 // With each allocation failing in turn the call reports it and leaves nothing behind.

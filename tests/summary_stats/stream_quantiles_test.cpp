@@ -46,6 +46,7 @@ std::vector<std::vector<T>> streams(int n) {
   add([](int i) { return i % 1000; });
   add([](int i) { return std::ldexp(1.0, i % 61 - 30) * (i % 3 - 1); });
   add([](int) { return 4; });
+  add([](int i) { return i % 64 == 0 ? i % 7 : 3; });
   return all;
 }
 
@@ -154,30 +155,18 @@ TYPED_TEST(StreamQuantiles, ChecksInOrder) {
   const std::vector<T> x = normal_data<T>(1, 9000, 5);
   T result;
   const T good_order = 1, bad_order = T(-0.001), eps = T(0.0001), wrong[] = {0, T(-0.1), 1, nan_of<T>};
-  const int n = 9000, negative = -1, zero = 0, two = 2, bad = 0;
-  Task<T> task(1, n, variable_rows, x.data());
-  task->x_storage = nullptr;
-  task->x = task->n = task->p = nullptr;
+  const int negative = -1, zero = 0, two = 2;
+  Task<T> task(1, 9000, variable_rows, x.data());
   const auto call = [&] { return Entries<T>::stream(task, stream_bit, 0); };
   EXPECT_EQ(Entries<T>::stream(nullptr, stream_bit, 0), -4031);
-  expect_order(call, {{-4044, [&] { task->x_storage = &bad; }},
-                      {-4003, [&] { task->x_storage = &variable_rows; }},
-                      {-4070, [&] { task->stream_quantiles = &result; }},
-                      {-4068, [&] { task->stream_orders = &bad_order; }},
-                      {-4069, [&] { task->stream_count = &negative; }},
-                      {-4069, [&] { task->stream_count = &one; }},
-                      {-4069, [&] { task->stream_orders = &good_order; }},
-                      {-4066, [&] { task->stream_parameter_count = &zero; }},
-                      {-4066, [&] { task->stream_parameter_count = &two; }},
-                      {-4066, [&] { task->stream_parameter_count = &one; }},
-                      {-4065, [&] { task->stream_parameters = wrong; }},
-                      {-4065, [&] { task->stream_parameters = wrong + 1; }},
-                      {-4065, [&] { task->stream_parameters = wrong + 2; }},
-                      {-4065, [&] { task->stream_parameters = wrong + 3; }},
-                      {-4065, [&] { task->stream_parameters = &eps; }},
-                      {-4032, [&] { task->x = x.data(); }},
-                      {-4002, [&] { task->n = &n; }},
-                      {-4001, [&] { task->p = &one; }}});
+  Faults parameters{
+      {-4070, [&] { task->stream_quantiles = &result; }},    {-4068, [&] { task->stream_orders = &bad_order; }},
+      {-4069, [&] { task->stream_count = &negative; }},      {-4069, [&] { task->stream_count = &one; }},
+      {-4069, [&] { task->stream_orders = &good_order; }},   {-4066, [&] { task->stream_parameter_count = &zero; }},
+      {-4066, [&] { task->stream_parameter_count = &two; }}, {-4066, [&] { task->stream_parameter_count = &one; }}};
+  for (const T& parameter : wrong) parameters.push_back({-4065, [&] { task->stream_parameters = &parameter; }});
+  parameters.push_back({-4065, [&] { task->stream_parameters = &eps; }});
+  expect_order(call, {storage_faults(task->x_storage), parameters, data_faults(task, x)});
   // The allocations of a growing summary are among those that fail; the stream is forgotten then.
   __junSQuantilesFreeBuffers(task);
   const auto fresh = [&] { return __junSQuantilesFreeBuffers(task) + call(); };

@@ -73,15 +73,11 @@ TEST(SsTask, EveryNumberReachesItsPlaceThroughItsEditorAlone) {
           << row.parameter << " " << rows[j].parameter;
     }
   }
-}
-
-TEST(SsTask, OtherNumbersAreRefused) {
   Bare bare;
-  int value = 0;
-  for (std::int64_t parameter : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{67}, std::int64_t{1} << 32,
-                                 (std::int64_t{1} << 32) + 7, (std::int64_t{1} << 32) + 4, INT64_MIN}) {
-    EXPECT_EQ(__jundSSEditTask(bare.task, parameter, &value), -3) << parameter;
-    EXPECT_EQ(__juniSSEditTask(bare.task, parameter, &value), -3) << parameter;
+  constexpr std::int64_t high = std::int64_t{1} << 32;
+  for (const std::int64_t parameter : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{67}, high, high + 7, high + 4}) {
+    EXPECT_EQ(__jundSSEditTask(bare.task, parameter, value), -3) << parameter;
+    EXPECT_EQ(__juniSSEditTask(bare.task, parameter, value), -3) << parameter;
   }
 }
 

@@ -115,19 +115,6 @@ class Elementwise : public testing::Test {
   }
 };
 
-// LA and EP promise a relative error: in ulp that is up to 2^52 (2^23) times the significand, and one spacing more on
-// subnormal results. Infinities and NaN have no error.
-template <class T>
-double bound_in_ulp(const RealFunction<T>& function, Grade grade, const ReferenceCase<T>& line) {
-  if (!std::isfinite(line.rounded)) return 0;
-  const double relative = function.relative_bound(grade);
-  const double magnitude = std::fabs(static_cast<double>(line.rounded));
-  const bool subnormal = magnitude < static_cast<double>(std::numeric_limits<T>::min());
-  if (grade == Grade::ha) return subnormal ? function.ha_ulp_of_subnormals() : function.ha_ulp();
-  if (subnormal) return 1 + relative * static_cast<double>(ordinal(static_cast<T>(magnitude)));
-  return relative * (magnitude / line.spacing());
-}
-
 using Elements = testing::Types<float, double>;
 TYPED_TEST_SUITE(Elementwise, Elements);
 
@@ -221,7 +208,9 @@ TYPED_TEST(Elementwise, FlushToZeroIsTheModesAlone) {
     for (const auto& line : read_cases(function)) {
       if (line.rounded == 0 || !(std::fabs(line.rounded) < std::numeric_limits<T>::min())) continue;
       if (std::fabs(line.rounded) == std::numeric_limits<T>::denorm_min()) continue;  // coarse grades may give 0
-      EXPECT_NE(function.call(grade, line.a, line.b), T(0)) << line.a;
+      const T kept = function.call(grade, line.a, line.b);
+      EXPECT_NE(kept, T(0)) << line.a;
+      if (std::fabs(kept) >= std::numeric_limits<T>::min()) continue;  // and a normal number next to the least
       _korSetMode(KOR_FTZDAZ_ON);
       const T flushed = function.call(grade, line.a, line.b);
       // A subnormal argument is a zero too: what is left may be a normal number.

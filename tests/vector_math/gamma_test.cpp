@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <numbers>
 
 #include "tests/vector_math/reference_cases.h"
 #include "vector_math/catalog.h"
@@ -109,6 +110,38 @@ TYPED_TEST(Gamma, SubnormalResultsOfTGamma) {
                             {-37.0625f, 0x1.4dp-140f, 4},
                             {-40.984375f, -0.0f, 4},
                             {-41.0625f, 0.0f, 4}});
+  }
+}
+
+TYPED_TEST(Gamma, SpecialArgumentsOfLGamma) {
+  using T = TypeParam;
+  using F = TestFixture;
+  constexpr T inf = F::Limits::infinity(), nan = F::Limits::quiet_NaN();
+  const T overflow = sizeof(T) == 8 ? T(0x1.754d9278b51a8p+1014) : T(0x1.895f1cp+121);
+  this->expect("LGamma", {{nan, nan, 0},
+                          {inf, inf, 0},
+                          {-inf, inf, 0},
+                          {0, inf, 2},
+                          {-T(0), inf, 2},
+                          {-1, inf, 2},
+                          {-17, inf, 2},
+                          {-256, inf, 2},
+                          {T(-1048577), inf, 2},
+                          {-2 * F::last_fraction, inf, 2},
+                          {-F::largest, inf, 2},
+                          {1, 0, 0},
+                          {2, 0, 0},
+                          {overflow, inf, 3},
+                          {F::largest, inf, 3}});
+  const auto f = this->function("LGamma");
+  for (int grade = 0; grade < grades; ++grade) {
+    const T below = std::nextafter(overflow, T(0));
+    EXPECT_NEAR(f.call(grade, below, T(0)) / F::largest, 1, f.relative_bound(Grade(grade)));
+    // -log|x| to all digits, and Stirling's series less log|x| + log(sin(pi/2)).
+    EXPECT_NEAR(f.call(grade, F::least, T(0)) / -std::log(F::least), 1, f.relative_bound(Grade(grade)));
+    const double y = static_cast<double>(F::last_fraction), log = std::log(y);
+    const double far = -((y + 0.5) * log - y + 0.5 * std::log(2 / std::numbers::pi) + 1 / (12 * y));
+    EXPECT_NEAR(static_cast<double>(f.call(grade, -F::last_fraction, T(0))) / far, 1, f.relative_bound(Grade(grade)));
   }
 }
 

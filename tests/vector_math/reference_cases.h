@@ -4,7 +4,7 @@
 // A line of tests/data/vector_math/<name>.cases:
 //   argument bits (of two arguments where the function has them), bits of the correctly rounded result, what the exact
 //   result exceeds it by in 1/4096 ulp (signed hexadecimal), status
-// The accuracy scanner writes the files.
+// The accuracy scanner writes the files, programs beside it those of a kind: <name>.<kind>.cases.
 #ifndef ORIN_TESTS_VECTOR_MATH_REFERENCE_CASES_H
 #define ORIN_TESTS_VECTOR_MATH_REFERENCE_CASES_H
 
@@ -63,11 +63,14 @@ struct ReferenceCase {
   }
 };
 
+// The lines of <name>.cases, and of <name>.hard where that exists: arguments that a function's own program found.
 template <class T>
 std::vector<ReferenceCase<T>> read_cases(const orin::vector_math::RealFunction<T>& function) {
   std::vector<ReferenceCase<T>> cases;
-  const std::string path = std::string(ORIN_TEST_DATA) + "/vector_math/" + function.label() + ".cases";
-  if (std::FILE* file = std::fopen(path.c_str(), "r")) {
+  for (const char* kind : {".cases", ".hard"}) {
+    const std::string path = std::string(ORIN_TEST_DATA) + "/vector_math/" + function.label() + kind;
+    std::FILE* file = std::fopen(path.c_str(), "r");
+    if (file == nullptr) continue;
     const auto number = [](std::uint64_t bits) { return std::bit_cast<T>(static_cast<BitsOf<T>>(bits)); };
     char line[200];
     while (std::fgets(line, sizeof line, file) != nullptr) {
@@ -87,6 +90,20 @@ std::vector<ReferenceCase<T>> read_cases(const orin::vector_math::RealFunction<T
     std::fclose(file);
   }
   return cases;
+}
+
+// LA and EP promise a relative error: in ulp that is up to 2^52 (2^23) times the significand, and one spacing more on
+// subnormal results. Infinities and NaN have no error.
+template <class T>
+double bound_in_ulp(const orin::vector_math::RealFunction<T>& function, orin::vector_math::Grade grade,
+                    const ReferenceCase<T>& line) {
+  if (!std::isfinite(line.rounded)) return 0;
+  const double relative = function.relative_bound(grade);
+  const double magnitude = std::fabs(static_cast<double>(line.rounded));
+  const bool subnormal = magnitude < static_cast<double>(std::numeric_limits<T>::min());
+  if (grade == orin::vector_math::Grade::ha) return subnormal ? function.ha_ulp_of_subnormals() : function.ha_ulp();
+  if (subnormal) return 1 + relative * static_cast<double>(ordinal(static_cast<T>(magnitude)));
+  return relative * (magnitude / line.spacing());
 }
 
 #endif

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -49,6 +50,25 @@ struct Shifted : OneToOne<T> {
   T shift;
   explicit Shifted(T by) : shift(by) {}
   Register<T> fast(Register<T> a) const { return a + Register<T>(shift); }
+};
+
+// The half of small arguments, the double of large ones, the latter by the second path alone; beyond, nothing.
+template <class T>
+struct HalfOrDouble : OneToOne<T> {
+  static constexpr const char* name = "halfOrDouble";
+  static constexpr T ordinary = 1, small = 8, large = 1024;
+  static Vec4i above(Vec4i words, T bound) {
+    return magnitude(words) > Vec4i(static_cast<std::int32_t>(bits_of(bound) >> (8 * sizeof(T) - 32)));
+  }
+  static Vec4i beyond_fast(Vec4i words) { return above(words, small); }
+  static Vec4i special_lanes(Vec4i words) { return above(words, large); }
+  static Register<T> fast(Register<T> x) { return x * Register<T>(T(0.5)); }
+  static Register<T> wide(Register<T> x) { return select(abs(x) > Register<T>(small), x * Register<T>(2), fast(x)); }
+  static Outcome<T> special(T) { return {{0}, KOR_STATUS_ERRDOM}; }
+
+  static auto bits_of(T x) {
+    return std::bit_cast<std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>>(x);
+  }
 };
 
 // From real to complex: a and 2a; a negative argument is special. And back: the sum of the parts.
@@ -150,6 +170,34 @@ TYPED_TEST(Shapes, TwoResults) {
         }
         EXPECT_TRUE(a.surroundings_intact() && r1.surroundings_intact() && r2.surroundings_intact());
       }
+    }
+  }
+}
+
+// All mixtures of the three kinds of arguments in up to three groups' worth of places, in place.
+TYPED_TEST(Shapes, SecondPath) {
+  using T = TypeParam;
+  const T kinds[] = {T(-3), T(100), T(5000)};
+  const T results[] = {T(-1.5), T(200), T(100)};  // the last one is the callback's
+  unsigned random = 1;
+  for (int n = 1; n <= 13; ++n) {
+    const auto count = static_cast<std::size_t>(n);
+    for (int mixture = 0; mixture < 200; ++mixture) {
+      GuardedArray<T> a(count);
+      std::vector<T> expected(count);
+      std::size_t specials = 0;
+      for (std::size_t i = 0; i < count; ++i) {
+        random = random * 1664525 + 1013904223;
+        const unsigned kind = mixture % 2 == 0 ? random >> 31 : (random >> 24) % 3;
+        a[i] = kinds[kind];
+        expected[i] = results[kind];
+        specials += kind == 2;
+      }
+      reports.clear();
+      elementwise<HalfOrDouble<T>>({}, n, {a.data()}, {a.data()});
+      EXPECT_EQ(std::memcmp(a.data(), expected.data(), count * sizeof(T)), 0) << n << ' ' << mixture;
+      EXPECT_EQ(reports.size(), specials);
+      EXPECT_TRUE(a.surroundings_intact());
     }
   }
 }

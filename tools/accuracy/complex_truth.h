@@ -106,14 +106,21 @@ class ComplexTruth {
   }
 
   // The status that a kernel must report at finite arguments.
-  int status() const {
+  int status() {
     if (row_.promise->is_silent) return KOR_STATUS_OK;
     if (!is_number()) return KOR_STATUS_ERRDOM;
     if (mpfr_inf_p(mpc_realref(value_)) != 0 || mpfr_inf_p(mpc_imagref(value_)) != 0) return KOR_STATUS_SING;
-    return is_finite() ? KOR_STATUS_OK : KOR_STATUS_OVERFLOW;
+    if (!is_finite()) return KOR_STATUS_OVERFLOW;
+    return row_.promise->reports_underflow && is_below_normal() ? KOR_STATUS_UNDERFLOW : KOR_STATUS_OK;
   }
 
  private:
+  // Whether the modulus is, and not 0.
+  bool is_below_normal() {
+    mpc_abs(other_, value_, MPFR_RNDN);
+    return mpfr_zero_p(other_) == 0 && mpfr_get_exp(other_) < std::numeric_limits<T>::min_exponent;
+  }
+
   const Function& row_;
   MpcFunction function_;
   mpc_t a_, b_, value_;

@@ -16,6 +16,11 @@ inline int mul_by_conj(mpc_t r, mpc_srcptr a, mpc_srcptr b, mpc_rnd_t rounding) 
   return inexact;
 }
 
+// cos a + i sin a of a real number.
+inline int cis(mpc_t r, mpc_srcptr a, mpc_rnd_t) {
+  return mpfr_sin_cos(mpc_imagref(r), mpc_realref(r), mpc_realref(a), MPFR_RNDN);
+}
+
 }  // namespace accuracy
 
 #endif

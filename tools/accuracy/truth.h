@@ -40,6 +40,96 @@ inline int normal_distribution(mpfr_t value, mpfr_srcptr x, mpfr_rnd_t mode) {
   return inexact;
 }
 
+// x with erfc(x) = v, for 0 <= v <= 1, u = 1 - v given too, exactly: one step of Halley's method from `start`, good to
+// 2^-50, through erf where v is large and through erfc elsewhere.
+inline int inverse_of_complement(mpfr_t value, mpfr_srcptr v, mpfr_srcptr u, long double start, mpfr_rnd_t mode) {
+  if (mpfr_zero_p(v)) {
+    mpfr_set_inf(value, 1);
+    mpfr_set_divby0();
+    return 0;
+  }
+  if (mpfr_zero_p(u)) return mpfr_set_zero(value, 1), 0;
+  mpfr_t x, step, slope;
+  mpfr_inits2(mpfr_get_prec(value) + 64, x, step, slope, nullptr);
+  mpfr_set_ld(x, start, MPFR_RNDN);
+  for (int round = 0; round < 2; ++round) {
+    if (mpfr_cmp_d(v, 0.5) > 0) {
+      mpfr_erf(step, x, MPFR_RNDN);
+      mpfr_sub(step, step, u, MPFR_RNDN);
+    } else {
+      mpfr_erfc(step, x, MPFR_RNDN);
+      mpfr_sub(step, v, step, MPFR_RNDN);
+    }
+    mpfr_const_pi(slope, MPFR_RNDN);
+    mpfr_sqrt(slope, slope, MPFR_RNDN);
+    mpfr_div_2ui(slope, slope, 1, MPFR_RNDN);
+    mpfr_mul(step, step, slope, MPFR_RNDN);
+    mpfr_sqr(slope, x, MPFR_RNDN);
+    mpfr_exp(slope, slope, MPFR_RNDN);
+    mpfr_mul(step, step, slope, MPFR_RNDN);
+    mpfr_mul(slope, x, step, MPFR_RNDN);
+    mpfr_add_ui(slope, slope, 1, MPFR_RNDN);
+    mpfr_div(step, step, slope, MPFR_RNDN);
+    mpfr_sub(x, x, step, MPFR_RNDN);
+  }
+  const int inexact = mpfr_set(value, x, mode);
+  mpfr_clears(x, step, slope, nullptr);
+  return inexact;
+}
+// The same for 0 <= v <= 2, and NaN elsewhere; v and u are taken over.
+inline int inverse_of_complement_or_nan(mpfr_t value, mpfr_t v, mpfr_t u, mpfr_rnd_t mode) {
+  int inexact = 0;
+  if (mpfr_nan_p(v) || mpfr_sgn(v) < 0 || mpfr_cmp_ui(v, 2) > 0) {
+    mpfr_set_nan(value);
+  } else {
+    const bool negative = mpfr_sgn(u) < 0;
+    if (negative) {
+      mpfr_neg(u, u, MPFR_RNDN);
+      mpfr_ui_sub(v, 2, v, MPFR_RNDN);
+    }
+    const long double start = orin::vector_math::reference_function::inverse_of_complement(mpfr_get_ld(v, MPFR_RNDN),
+                                                                                           mpfr_get_ld(u, MPFR_RNDN));
+    inexact = inverse_of_complement(value, v, u, start, mode);
+    if (negative) inexact = mpfr_neg(value, value, MPFR_RNDN);
+  }
+  mpfr_clears(v, u, nullptr);
+  return inexact;
+}
+inline int inverse_erf(mpfr_t value, mpfr_srcptr x, mpfr_rnd_t mode) {
+  mpfr_t v, u;
+  mpfr_inits2(1200, v, u, nullptr);
+  mpfr_set(u, x, MPFR_RNDN);
+  mpfr_ui_sub(v, 1, x, MPFR_RNDN);
+  const bool zero = mpfr_zero_p(x) != 0;
+  const int inexact = inverse_of_complement_or_nan(value, v, u, mode);
+  return zero ? mpfr_set(value, x, mode) : inexact;
+}
+inline int inverse_erfc(mpfr_t value, mpfr_srcptr x, mpfr_rnd_t mode) {
+  mpfr_t v, u;
+  mpfr_inits2(1200, v, u, nullptr);
+  mpfr_set(v, x, MPFR_RNDN);
+  mpfr_ui_sub(u, 1, x, MPFR_RNDN);
+  return inverse_of_complement_or_nan(value, v, u, mode);
+}
+inline int normal_quantile(mpfr_t value, mpfr_srcptr x, mpfr_rnd_t mode) {
+  mpfr_t v, u, root;
+  mpfr_inits2(1200, v, u, nullptr);
+  mpfr_init2(root, mpfr_get_prec(value));
+  mpfr_mul_2ui(v, x, 1, MPFR_RNDN);
+  mpfr_ui_sub(v, 2, v, MPFR_RNDN);
+  mpfr_ui_sub(u, 1, v, MPFR_RNDN);
+  inverse_of_complement_or_nan(value, v, u, mode);
+  mpfr_sqrt_ui(root, 2, MPFR_RNDN);
+  const int inexact = mpfr_mul(value, value, root, mode);
+  mpfr_clear(root);
+  return inexact;
+}
+// The logarithm of the magnitude: mpfr_lngamma has none where the function is negative.
+inline int mpfr_log_abs_gamma(mpfr_t value, mpfr_srcptr x, mpfr_rnd_t rounding) {
+  int sign;
+  return mpfr_lgamma(value, &sign, x, rounding);
+}
+
 // The truth of a row of the catalog.
 MpfrFunction truth_of(const orin::vector_math::Promise& promise);
 

@@ -8,8 +8,8 @@ from minimax import FORMATS, NOTHING, R, Header, hex_double, to_double, write_fi
 
 out = Header("asin", "tables and polynomials of the arcsine and arccosine", "tools/tables/asin.py")
 
-# Bins: 16 to a power of two of w = 1 - y from 2^-15 on, and from row 256 on 32 to a power of two of y from 2^-7 on; each
-# series begins at 0. They meet at y = split.
+# Bins: 16 to a power of two of w = 1 - y from 2^-15 on, and from row 256 on 32 to a power of two of y from 2^-7 on;
+# each series begins at 0. They meet at y = split.
 split = mpf(7) / 10
 first_w, first_y = -15, -7
 
@@ -20,8 +20,8 @@ def in_bin(k, first, bins):
 
 upper = [1 - w for w in (in_bin(k, first_w, 16) for k in range(256)) if w < 1 - split + mpf(1) / 64]
 lower = [y for y in (in_bin(k, first_y, 32) for k in range(256)) if y < split + mpf(1) / 64]
-out.comment("Bins of y up to 0.7, 32 to a power of two from 2^-7 on, and above of 1 - y, 16 to a power of two from 2^-15 on; the")
-out.comment("first ones from 0 on. Rows: those of 1 - y, a gap, from row 256 on those of y.")
+out.comment("Bins of y up to 0.7, 32 to a power of two from 2^-7 on, and above of 1 - y, 16 to a power of two from 2^-15")
+out.comment("on; the first ones from 0 on. Rows: those of 1 - y, a gap, from row 256 on those of y.")
 out.constant("split", hex_double(to_double(split)))
 out.constant("first_y", hex_double(mpf(2) ** first_y))
 out.constant("first_w", hex_double(mpf(2) ** first_w))
@@ -39,7 +39,7 @@ for suffix, kind in (("d", "double"), ("s", "float")):
 
 reach = mpf(1) / 83
 write_fit(out, mp.asin, "asin", R, "ha_d", [3, 5, 7], 0, reach, "double")
-write_fit(out, mp.asin, "asin", R, "ep_d", [3], 0, reach, "double")
+write_fit(out, mp.asin, "asin", R, "ep_d", [3, 5, 7, 9, 11], 0, mpf(1) / 2, "double")
 write_fit(out, mp.asin, "asin", R, "ha_s", [3], 0, reach, "float")
 write_fit(out, mp.asin, "asin", R, "la_s", [3, 5, 7, 9, 11], 0, mpf(1) / 2, "float")
 write_fit(out, mp.asin, "asin", NOTHING, "ep_s", [1, 3, 5], 0, mpf(1) / 2, "float")

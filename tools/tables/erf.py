@@ -4,7 +4,7 @@
 #   python3 tools/tables/erf.py > vector_math/data/erf_data.h
 from mpmath import mp, mpf
 
-from minimax import Header, exponent_text, hex_double, hex_float, max_error, to_float
+from minimax import Header, exponent_text, hex_float, max_error, to_float
 from piecewise import Cells, double_rows, rows_with_rests
 from rational import fit_quotient
 
@@ -43,6 +43,4 @@ for name, top, bottom, last in (("la", 5, 5, 3.84), ("ep", 2, 3, 2.6)):
         for k, c in enumerate(part):
             if (letter, k) != ("q", 0):
                 out.constant(f"{name}_{letter}{k}", hex_float(c), "float")
-out.comment("2/sqrt(pi), the slope at 0.")
-out.constant("slope", hex_double(2 / mp.sqrt(mp.pi)))
 out.write()

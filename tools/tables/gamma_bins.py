@@ -1,10 +1,10 @@
 # gamma_bins.py: expansions of log Gamma at the centres of intervals, for the programs that make its tables.
 # SPDX-License-Identifier: MIT
-"""Centres are 2^e (1 + j/steps), from 2^-5 to 2^8. An interval reaches half way to the neighbouring centres."""
+"""Centres are 2^e (1 + j/steps), from 2^-5 to 2^10. An interval reaches half way to the neighbouring centres."""
 
 from minimax import mp, mpf
 
-least_exponent, end_exponent = -5, 8
+least_exponent, end_exponent = -5, 10
 orders = 24  # of Taylor series; what is cut off is below 2^-110 of the whole
 
 

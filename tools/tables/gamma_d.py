@@ -19,27 +19,30 @@ def pair_row(c):
 
 expansions = [taylor(c) for c in centers(32)]
 rows, worst = table(expansions, 32, 9)
-out.comment("log Gamma(c + t) = c0 + c1 t + .. for c = 2^-5, 2^-5 (1 + 1/32) .. 2^8: c0 and c1 as pairs, c1 high of")
+out.comment("log Gamma(c + t) = c0 + c1 t + .. for c = 2^-5, 2^-5 (1 + 1/32) .. 2^10: c0 and c1 as pairs, c1 high of")
 out.comment(f"26 bits, then c2 .. c9. Relative error below {exponent_text(worst)}.")
 out.table("ha_rows", [text for row in rows for text in pair_row(row)], per_line=12)
 for name, degree in (("la", 9), ("ep", 5)):
     rows, worst = table(expansions[::2], 16, degree)
     out.comment(
-        f"The same for c = 2^-5, 2^-5 (1 + 1/16) .. 2^8: c0 .. c{degree}. Relative error below {exponent_text(worst)}."
+        f"The same for c = 2^-5, 2^-5 (1 + 1/16) .. 2^10: c0 .. c{degree}. Relative error below {exponent_text(worst)}."
     )
     out.table(f"{name}_rows", [hex_double(to_double(c)) for row in rows for c in row], per_line=degree + 1)
 
-rows, worst = [], mpf(0)
 half = mpf(1) / 128
+ratios = []
 for k in range(33):
-    center = mpf(k) / 64
-    above, below = taylor(1 + center), taylor(1 - center)
-    series = [-a - (-1) ** i * b for i, (a, b) in enumerate(zip(above, below))]
-    c, error = shorten(series, half, 9)
-    worst = max(worst, error * half**2)
-    rows += pair_row([value if k > 0 or i % 2 == 0 else mpf(0) for i, value in enumerate(c)])
-out.comment(f"log(sin(pi t)/(pi t)) at t = k/64 + u, as the first table. Absolute error below {exponent_text(worst)}.")
-out.table("sine_rows", rows, per_line=12)
+    above, below = taylor(1 + mpf(k) / 64), taylor(1 - mpf(k) / 64)
+    ratios.append([-a - (-1) ** i * b for i, (a, b) in enumerate(zip(above, below))])
+for name, degree, text in (("sine", 9, "as the first table"), ("short_sine", 5, "c0 .. c5")):
+    rows, worst = [], mpf(0)
+    for k, series in enumerate(ratios):
+        c, error = shorten(series, half, degree)
+        c = [value if k > 0 or i % 2 == 0 else mpf(0) for i, value in enumerate(c)]  # at 0 it is even
+        worst = max(worst, error * half**2)
+        rows += pair_row(c) if name == "sine" else [hex_double(to_double(value)) for value in c]
+    out.comment(f"log(sin(pi t)/(pi t)) at t = k/64 + u: {text}. Absolute error below {exponent_text(worst)}.")
+    out.table(f"{name}_rows", rows, per_line=len(rows) // 33)
 
 # The zeros of log Gamma(-y) next to the poles: n + t for n = 2, n - t and n + t for n = 3 .. 16.
 near = mpf(2) ** -6
@@ -63,10 +66,11 @@ for n, side in [(2, 1)] + [(n, side) for n in range(3, 17) for side in (-1, 1)]:
     first = to_double(zero)
     second = to_double(zero - first)
     places += [hex_double(value) for value in (first, second, to_double(zero - first - second), mpf(0))]
-    rows += pair_row(c)
+    leading = [value for k in (1, 2) for value in (to_double(c[k]), to_double(c[k] - to_double(c[k])))]
+    rows += [hex_double(value) for value in leading + [to_double(value) for value in c[3:]] + [mpf(0)]]
 out.comment("The zeros z of log Gamma(-y) next to n + t, n = 2, and n - t, n + t, n = 3 .. 16: three parts, 0.")
 out.table("zeros", places, per_line=4)
-out.comment("log Gamma(-(z + d)) = c1 d + c2 d^2 + .., valid where it is below 2^-6 in magnitude: as above, to c11.")
+out.comment("log Gamma(-(z + d)) = c1 d + c2 d^2 + .., valid where it is below 2^-6 in magnitude: c1 and c2 as pairs, c3 .. c11, 0.")
 out.comment(f"Relative error below {exponent_text(worst)}.")
 out.table("zero_rows", rows, per_line=14)
 

@@ -20,10 +20,12 @@ def text(x):
 
 
 def parts(value, counts):
-    """The leading parts of value with so many bits each, and the rest to double."""
+    """The leading parts of value with so many bits each, cut, and the rest to double. All are positive: 0 times one of
+    them is +0, and -0 less that -0."""
     pieces = []
     for count in counts:
-        pieces.append(to_bits(value, count))
+        exponent = mp.frexp(value)[1] - count
+        pieces.append(mp.ldexp(mp.floor(mp.ldexp(value, -exponent)), exponent))
         value -= pieces[-1]
     return pieces + [to_double(value)]
 
@@ -41,7 +43,6 @@ def step(name, size, counts):
 step("ha", 128, [27, 24, 27])
 step("la", 512, [25, 26, 26])
 step("ep", 512, [25, 26])
-step("half", 2, [33, 33])
 unit = mp.pi / 64
 out.comment("pi/64 as one number, and as its first 27 bits and the rest.")
 out.constant("unit", hex_double(to_double(unit)))
@@ -77,8 +78,6 @@ def polynomials(name, size, terms):
     h = mp.pi / size * (1 + mpf(2) ** -20)
     with mp.workprec(240):
         for letter, count, tail in (("s", terms[0], sine_tail), ("c", terms[1], cosine_tail)):
-            if count == 0:
-                continue
             # Nearest in the error relative to the function, which the tail enters with the square of x.
             weight = lambda x: x * x / (1 + x * x * tail(x))
             basis = [lambda x, m=m: weight(x) * x ** (2 * m) for m in range(count)]
@@ -99,7 +98,6 @@ def polynomials(name, size, terms):
 polynomials("ha", 128, (3, 3))
 polynomials("la", 512, (2, 2))
 polynomials("ep", 512, (1, 1))
-polynomials("half", 2, (4, 0))
 
 # 64/pi = sum c_k, c_k a multiple of 2^(5 - 25 (k+1)) and for k > 0 at most 2^(4 - 25 k): the products of a number of 27
 # bits with any c_k are exact.

@@ -6,8 +6,8 @@
 
 namespace orin::vector_math::asin_data {
 
-// Bins of y up to 0.7, 32 to a power of two from 2^-7 on, and above of 1 - y, 16 to a power of two from 2^-15 on; the
-// first ones from 0 on. Rows: those of 1 - y, a gap, from row 256 on those of y.
+// Bins of y up to 0.7, 32 to a power of two from 2^-7 on, and above of 1 - y, 16 to a power of two from 2^-15
+// on; the first ones from 0 on. Rows: those of 1 - y, a gap, from row 256 on those of y.
 inline constexpr double split = 0x1.6666666666666p-1;
 inline constexpr double first_y = 0x1p-7;
 inline constexpr double first_w = 0x1p-15;
@@ -965,8 +965,12 @@ inline constexpr double ha_d_0 = 0x1.55555555557bcp-3;
 inline constexpr double ha_d_1 = 0x1.3333330232017p-4;
 inline constexpr double ha_d_2 = 0x1.6dc8a0852b9dfp-5;
 
-// asin r = r + ep_d_0 r^3, |r| <= 0.01205, relative error below 2^-31.7.
-inline constexpr double ep_d_0 = 0x1.555a104773cb5p-3;
+// asin r = r + ep_d_0 r^3 + ep_d_1 r^5 + .. + ep_d_4 r^11, |r| <= 0.5, relative error below 2^-27.6.
+inline constexpr double ep_d_0 = 0x1.5555c8663ede9p-3;
+inline constexpr double ep_d_1 = 0x1.3301ea703217bp-4;
+inline constexpr double ep_d_2 = 0x1.747ddf43786e5p-5;
+inline constexpr double ep_d_3 = 0x1.8c2b0865eb187p-6;
+inline constexpr double ep_d_4 = 0x1.596bb3bb7f1d6p-5;
 
 // asin r = r + ha_s_0 r^3, |r| <= 0.01205, relative error below 2^-31.7.
 inline constexpr float ha_s_0 = 0x1.555a100000000p-3f;

@@ -6,7 +6,7 @@
 
 namespace orin::vector_math::atan_data {
 
-// Bins of quotients, 32 to a power of two from 2^-7 to 2^6, the first one from 0 on, the last one to infinity.
+// Bins of quotients, 32 to a power of two from 2^-7 to 2^6; the first one from 0 on, the last one to infinity.
 inline constexpr double first_bin = 0x1p-7;
 inline constexpr double last_bin = 0x1p+6;
 
@@ -442,6 +442,79 @@ alignas(64) inline constexpr float rests_s[417] = {
     0x1.296a560000000p-25f, -0x1.f7faf00000000p-25f, -0x1.d0613a0000000p-28f, 0x1.ea0a4a0000000p-25f, 0x1.f636620000000p-25f, -0x1.a7d9660000000p-27f,
     0x1.90a42a0000000p-26f, -0x1.fba3380000000p-25f, -0x1.a499080000000p-25f, -0x1.a53f0a0000000p-27f, -0x1.ad6e0a0000000p-25f, -0x1.e90d940000000p-25f,
     0x1.6d5f780000000p-25f, 0x1.f512e20000000p-25f, -0x1.118ea20000000p-28f,
+};
+
+// atan(j/64 + d) = a + b d + p d^2 + q d^3 for j = 0 .. 64, |d| <= 1/128: a and b, and p and q.
+// Relative error below 2^-30.1.
+alignas(64) inline constexpr double cubics_linear[130] = {
+    0x0.0p+0, 0x1.ffffffff33358p-1, 0x1.fff555b7b8797p-7, 0x1.ffe001ff13f74p-1,
+    0x1.ffd55bb69c6eap-6, 0x1.ff801ff738317p-1, 0x1.7fb8184016112p-5, 0x1.fee0a1a44d090p-1,
+    0x1.ff55bb6ee3b68p-5, 0x1.fe01fe013cffep-1, 0x1.3f59f0e55896fp-4, 0x1.fce4da69fead7p-1,
+    0x1.7ee1825d500b4p-4, 0x1.fb8a096a1ccd8p-1, 0x1.be39ebe3a460bp-4, 0x1.f9f2893b0f131p-1,
+    0x1.fd5ba9a70fa1ep-4, 0x1.f81f81f77f5f1p-1, 0x1.1e1fafae3967ap-3, 0x1.f61243897fa06p-1,
+    0x1.3d6eee8a2f3c0p-3, 0x1.f3cc435a7d53ep-1, 0x1.5c9811e18c154p-3, 0x1.f14f19cc65092p-1,
+    0x1.7b97b4ba605f7p-3, 0x1.ee9c7f83e8154p-1, 0x1.9a6a8e9421dbfp-3, 0x1.ebb64a8c2f793p-1,
+    0x1.b90d7526626ebp-3, 0x1.e89e6b5c78b16p-1, 0x1.d77d5def28ef9p-3, 0x1.e556e9c82479dp-1,
+    0x1.f5b75f8fd6cf7p-3, 0x1.e1e1e1e1a635cp-1, 0x1.09dc597c054c1p-2, 0x1.de4180d8872c4p-1,
+    0x1.18bf5a2f37ebcp-2, 0x1.da7801da56603p-1, 0x1.27837203f3827p-2, 0x1.d687aafde8363p-1,
+    0x1.3627736ef0eecp-2, 0x1.d272ca3fbc8cbp-1, 0x1.44aa436a9c9b8p-2, 0x1.ce3bb295c2c23p-1,
+    0x1.530ad9938fb58p-2, 0x1.c9e4b92005f19p-1, 0x1.6148402f12b79p-2, 0x1.c570327b14d5cp-1,
+    0x1.6f61941cc8074p-2, 0x1.c0e070383ca7bp-1, 0x1.7d5604b4bb1eap-2, 0x1.bc37be7ef0e19p-1,
+    0x1.8b24d39328a1bp-2, 0x1.b77861d9fed8ap-1, 0x1.98cd545365daap-2, 0x1.b2a4953276d0dp-1,
+    0x1.a64eec3b5aac9p-2, 0x1.adbe87f9875fcp-1, 0x1.b3a911d908616p-2, 0x1.a8c85c81e5f5bp-1,
+    0x1.c0db4c939a328p-2, 0x1.a3c42688ca0bbp-1, 0x1.cde534317a6e3p-2, 0x1.9eb3e9edf9219p-1,
+    0x1.dac67054e1235p-2, 0x1.99999999e949ap-1, 0x1.e77eb7f047ba4p-2, 0x1.9477169096f6bp-1,
+    0x1.f40dd0b4205a0p-2, 0x1.8f4e2f2f51370p-1, 0x1.0039c73b906dbp-1, 0x1.8a209e93753d7p-1,
+    0x1.0657e94d2fef0p-1, 0x1.84f00c27d68e5p-1, 0x1.0c6145b537de2p-1, 0x1.7fbe0b56639b4p-1,
+    0x1.1255d9bf47893p-1, 0x1.7a8c1b5b761f2p-1, 0x1.1835a88b78d4ap-1, 0x1.755ba7382a13bp-1,
+    0x1.1e00babd87a1fp-1, 0x1.702e05c10c7e0p-1, 0x1.23b71e2c6827dp-1, 0x1.6b0479c673593p-1,
+    0x1.2958e592ad8fbp-1, 0x1.65e03253d8600p-1, 0x1.2ee6284017b00p-1, 0x1.60c24b03a02a1p-1,
+    0x1.345f01cc948c6p-1, 0x1.5babcc64ccd19p-1, 0x1.39c391ccf8721p-1, 0x1.569dac70360c9p-1,
+    0x1.3f13fb89a62eap-1, 0x1.5198cf0aff40bp-1, 0x1.445065b758002p-1, 0x1.4c9e069425a5bp-1,
+    0x1.4978fa32318e8p-1, 0x1.47ae147b24320p-1, 0x1.4e8de5bb3b7f3p-1, 0x1.42c9a9ddcffb9p-1,
+    0x1.538f57b862070p-1, 0x1.3df1682bb54b6p-1, 0x1.587d81f7094e1p-1, 0x1.3925e1cd63393p-1,
+    0x1.5d58987144781p-1, 0x1.34679ace38c96p-1, 0x1.6220d115b6baap-1, 0x1.2fb709876ac2ep-1,
+    0x1.66d66392210cfp-1, 0x1.2b14974b1c781p-1, 0x1.6b7989209aa91p-1, 0x1.2680a10e87401p-1,
+    0x1.700a7c576ec70p-1, 0x1.21fb78124c2e4p-1, 0x1.748978fb96a37p-1, 0x1.1d856288298a6p-1,
+    0x1.78f6bbd5c402fp-1, 0x1.191e9c35698bep-1, 0x1.7d528289edee2p-1, 0x1.14c7571179dc8p-1,
+    0x1.819d0b714f508p-1, 0x1.107fbbe0335fcp-1, 0x1.85d69576c56f8p-1, 0x1.0c47eac76fb2ep-1,
+    0x1.89ff5ff57accap-1, 0x1.081ffbdf9dda2p-1, 0x1.8e17aa99c9f13p-1, 0x1.0407ffbf19a5dp-1,
+    0x1.921fb54442d13p-1, 0x1.000000001999cp-1,
+};
+alignas(64) inline constexpr double cubics_bent[130] = {
+    0x0.0p+0, -0x1.5552222a220cdp-2, -0x1.ffb8089aff68ap-7, -0x1.54d23926df243p-2,
+    -0x1.fef869f4cc50ap-6, -0x1.53536d86db84dp-2, -0x1.7e4b7c497e2dfp-5, -0x1.50d88a4439e4ap-2,
+    -0x1.fbfe1fb5e132ap-5, -0x1.4d662c323583bp-2, -0x1.3c1c3b4a02b57p-4, -0x1.4902b207f1659p-2,
+    -0x1.7950c6582f41dp-4, -0x1.43b62685bb03ep-2, -0x1.b571deed2d4d4p-4, -0x1.3d8a252c877f2p-2,
+    -0x1.f056a3235f939p-4, -0x1.3689ba1b1dadcp-2, -0x1.14ec3185bb915p-3, -0x1.2ec13dbb85227p-2,
+    -0x1.30e96da587741p-3, -0x1.263e2cfd59ba4p-2, -0x1.4c123401b1cd6p-3, -0x1.1d0efee629358p-2,
+    -0x1.665717c9dda7ep-3, -0x1.1342f847d913ap-2, -0x1.7faa227920657p-3, -0x1.08e9fe6e498c1p-2,
+    -0x1.97fee0be7f86cp-3, -0x1.fc28d3227b6a9p-3, -0x1.af4a6b252861fp-3, -0x1.e5a5af9cdaa8dp-3,
+    -0x1.c5836a91cdfafp-3, -0x1.ce6c02c43afe3p-3, -0x1.daa218bae92d8p-3, -0x1.b69d1d86c5fdap-3,
+    -0x1.eea03cd0254c0p-3, -0x1.9e59e26a129f7p-3, -0x1.00bc9248e950bp-2, -0x1.85c27c8ba5bc8p-3,
+    -0x1.0994cd11cff59p-2, -0x1.6cf61d4667ba7p-3, -0x1.11d7eb7703196p-2, -0x1.5412c1132570cp-3,
+    -0x1.1985b9f3de051p-2, -0x1.3b34fc0a76e5bp-3, -0x1.209eabd21dba4p-2, -0x1.2277ce406b4dbp-3,
+    -0x1.2723d1430240dp-2, -0x1.09f480073cbd2p-3, -0x1.2d16ccb97aff0p-2, -0x1.e3850bfded86fp-4,
+    -0x1.3279c7b38384bp-2, -0x1.b3eed96a30c42p-4, -0x1.374f671f0c35cp-2, -0x1.854d96f2836e6p-4,
+    -0x1.3b9abf845bde7p-2, -0x1.57c47be661403p-4, -0x1.3f5f491ce3c11p-2, -0x1.2b72c7e579680p-4,
+    -0x1.42a0d3fa262e7p-2, -0x1.0073cdc81c74bp-4, -0x1.45637c5cae3d5p-2, -0x1.adbe1122d32b6p-5,
+    -0x1.47ab9f5749dfdp-2, -0x1.5d907244af350p-5, -0x1.497dcfd6d81a7p-2, -0x1.107f16c549032p-5,
+    -0x1.4adecc23224fdp-2, -0x1.8d470666f651dp-6, -0x1.4bd373e975247p-2, -0x1.002192f2fee6bp-6,
+    -0x1.4c60bede13db2p-2, -0x1.e69f886ad4902p-8, -0x1.4c8bb3fe3d6cap-2, 0x1.85cdbc2c9fe59p-12,
+    -0x1.4c5961795717bp-2, 0x1.fc5ceafeee8f7p-8, -0x1.4bced544f3dd5p-2, 0x1.e2ba3cfd45981p-7,
+    -0x1.4af1165cdfd07p-2, 0x1.5cf664da3eb5dp-6, -0x1.49c51eae1362cp-2, 0x1.c1f83bbf4692cp-6,
+    -0x1.484fd5a97e010p-2, 0x1.103f4fae35a63p-5, -0x1.46960b79eea94p-2, 0x1.3c55c235ec7fap-5,
+    -0x1.449c74d701a2ap-2, 0x1.655305b4e143fp-5, -0x1.4267a76ddff09p-2, 0x1.8b4cdf0267108p-5,
+    -0x1.3ffc16d7c28c0p-2, 0x1.ae5aebe1bebf4p-5, -0x1.3d5e12158b538p-2, 0x1.ce964d47c840ep-5,
+    -0x1.3a91c1875a281p-2, 0x1.ec1957cb19624p-5, -0x1.379b2556c7d8cp-2, 0x1.037fa52c63f91p-4,
+    -0x1.347e144a5c589p-2, 0x1.0fb2059783407p-4, -0x1.313e3af8e4878p-2, 0x1.1ab1f584a4e3ep-4,
+    -0x1.2ddf1b53780a7p-2, 0x1.248db72bea16fp-4, -0x1.2a640c7d44235p-2, 0x1.2d538e26fe735p-4,
+    -0x1.26d03ae8886cdp-2, 0x1.3511a9c384c12p-4, -0x1.2326a8b09976dp-2, 0x1.3bd611fc581d7p-4,
+    -0x1.1f6a2e292f9a9p-2, 0x1.41ae96f204fdbp-4, -0x1.1b9d7a9bc28f4p-2, 0x1.46a8c2b8c8889p-4,
+    -0x1.17c3152c31456p-2, 0x1.4ad1cd513d7c1p-4, -0x1.13dd5dde76d0fp-2, 0x1.4e3692a081674p-4,
+    -0x1.0fee8eb7ae768p-2, 0x1.50e38a3ceaa27p-4, -0x1.0bf8bcf5287d0p-2, 0x1.52e4c0e5411abp-4,
+    -0x1.07fdda54cdb60p-2, 0x1.5445d379b65d6p-4, -0x1.03ffb66a8796ep-2, 0x1.5511eb4f7be43p-4,
+    -0x1.fffffffdaaaabp-3, 0x1.5553bbb9bbbe6p-4,
 };
 
 // atan r = r + ha_d_0 r^3 + ha_d_1 r^5 + ha_d_2 r^7, |r| <= 0.008301, relative error below 2^-65.2.

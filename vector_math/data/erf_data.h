@@ -615,9 +615,6 @@ inline constexpr float ep_q1 = 0x1.e1361e0000000p-2f;
 inline constexpr float ep_q2 = 0x1.579ade0000000p-4f;
 inline constexpr float ep_q3 = 0x1.f2b5320000000p-9f;
 
-// 2/sqrt(pi), the slope at 0.
-inline constexpr double slope = 0x1.20dd750429b6dp+0;
-
 }  // namespace orin::vector_math::erf_data
 
 #endif

@@ -10,6 +10,10 @@ namespace orin::vector_math::erfc_data {
 inline constexpr double step_high = 0x1.62e42fef80000p-8;
 inline constexpr double step_low = 0x1.1cf79abc9e3b4p-43;
 
+// ln2/1024 in two parts. The first has 31 bits, so its product with n is exact for |n| < 2^22.
+inline constexpr double la_step_high = 0x1.62e42ff000000p-11;
+inline constexpr double la_step_low = -0x1.718432a1b0e26p-45;
+
 // e^r = 1 + r + r^2 (p2 + .. p5 r^3), |r| <= ln2/256, relative error below 2^-63.6.
 inline constexpr double p2 = 0x1.fffffffffff58p-2;
 inline constexpr double p3 = 0x1.55555555555e5p-3;

@@ -46,16 +46,18 @@ inline constexpr float expm1_la_s_2 = 0x1.5554b80000000p-5f;
 inline constexpr float expm1_la_s_3 = 0x1.120bea0000000p-7f;
 inline constexpr float expm1_la_s_4 = 0x1.6d75e40000000p-10f;
 
-// sinh r = r + sinh_ep_s_0 r^3, |r| <= 0.3469, relative error below 2^-15.5.
-inline constexpr float sinh_ep_s_0 = 0x1.57096a0000000p-3f;
+// sinh ln2 r = sinh_ep_s_0 r + sinh_ep_s_1 r^3, |r| <= 0.5005, relative error below 2^-16.0.
+inline constexpr float sinh_ep_s_0 = 0x1.62e2d40000000p-1f;
+inline constexpr float sinh_ep_s_1 = 0x1.c96d3c0000000p-5f;
 
-// cosh r = 1 + cosh_ep_s_0 r^2, |r| <= 0.3469, relative error below 2^-13.2.
-inline constexpr float cosh_ep_s_0 = 0x1.021fc40000000p-1f;
+// cosh ln2 r = 1 + cosh_ep_s_0 r^2, |r| <= 0.5005, relative error below 2^-13.2.
+inline constexpr float cosh_ep_s_0 = 0x1.f010e40000000p-3f;
 
-// e^r - 1, r = r + expm1_ep_s_0 r^2 + expm1_ep_s_1 r^3 + expm1_ep_s_2 r^4, -0.3469 <= r <= 0.3469, relative error below 2^-14.7.
-inline constexpr float expm1_ep_s_0 = 0x1.fffeae0000000p-2f;
-inline constexpr float expm1_ep_s_1 = 0x1.56e0ba0000000p-3f;
-inline constexpr float expm1_ep_s_2 = 0x1.570c7e0000000p-5f;
+// 2^r - 1, r = expm1_ep_s_0 r + expm1_ep_s_1 r^2 + .. + expm1_ep_s_3 r^4, -0.5005 <= r <= 0.5005, relative error below 2^-15.7.
+inline constexpr float expm1_ep_s_0 = 0x1.62e2d00000000p-1f;
+inline constexpr float expm1_ep_s_1 = 0x1.ebf9560000000p-3f;
+inline constexpr float expm1_ep_s_2 = 0x1.c96efe0000000p-5f;
+inline constexpr float expm1_ep_s_3 = 0x1.3d116c0000000p-7f;
 
 }  // namespace orin::vector_math::hyperbolic_data
 

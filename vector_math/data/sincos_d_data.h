@@ -9,9 +9,9 @@ namespace orin::vector_math::sincos_d_data {
 // 128/(2 pi); 2 pi/128 in parts of 27, 24, 27 bits, whose products with n are exact, and the rest.
 inline constexpr double ha_inverse = 0x1.45f306dc9c883p+4;
 inline constexpr double ha_step_0 = 0x1.921fb54000000p-5;
-inline constexpr double ha_step_1 = 0x1.10b4620000000p-35;
-inline constexpr double ha_step_2 = -0x1.cb3b398000000p-60;
-inline constexpr double ha_step_3 = -0x1.d747f23e32ed7p-88;
+inline constexpr double ha_step_1 = 0x1.10b4600000000p-35;
+inline constexpr double ha_step_2 = 0x1.1a62630000000p-59;
+inline constexpr double ha_step_3 = 0x1.8a2e03707344ap-86;
 
 // 512/(2 pi); 2 pi/512 in parts of 25, 26, 26 bits, whose products with n are exact, and the rest.
 inline constexpr double la_inverse = 0x1.45f306dc9c883p+6;
@@ -25,12 +25,6 @@ inline constexpr double ep_inverse = 0x1.45f306dc9c883p+6;
 inline constexpr double ep_step_0 = 0x1.921fb50000000p-7;
 inline constexpr double ep_step_1 = 0x1.110b460000000p-33;
 inline constexpr double ep_step_2 = 0x1.1a62633145c07p-61;
-
-// 2/(2 pi); 2 pi/2 in parts of 33, 33 bits, whose products with n are exact, and the rest.
-inline constexpr double half_inverse = 0x1.45f306dc9c883p-2;
-inline constexpr double half_step_0 = 0x1.921fb54400000p+1;
-inline constexpr double half_step_1 = 0x1.0b4611a600000p-33;
-inline constexpr double half_step_2 = 0x1.3198a2e037073p-68;
 
 // pi/64 as one number, and as its first 27 bits and the rest.
 inline constexpr double unit = 0x1.921fb54442d18p-5;
@@ -452,12 +446,6 @@ inline constexpr double ep_s0 = -0x1.5555326e5cad5p-3;
 
 // cos r = 1 + r^2 (ep_c0 + ep_c1 r^2 + ..), |r| <= pi/512, relative error below 2^-36.5.
 inline constexpr double ep_c0 = -0x1.ffffa8be8dbffp-2;
-
-// sin r = r + r^3 (half_s0 + half_s1 r^2 + ..), |r| <= pi/2, relative error below 2^-27.2.
-inline constexpr double half_s0 = -0x1.55554bc972cfep-3;
-inline constexpr double half_s1 = 0x1.110ed3b029568p-7;
-inline constexpr double half_s2 = -0x1.9f7006ca930e6p-13;
-inline constexpr double half_s3 = 0x1.5dbe53924e64fp-19;
 
 // 64/pi in digits of 25 bits, nearest, after two zeros; times 2^300, so that none is subnormal.
 alignas(64) inline constexpr double digits[48] = {

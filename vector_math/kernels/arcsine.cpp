@@ -1,14 +1,15 @@
 // arcsine: elementwise asin x and acos x, both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    HA, and LA, EP of double: y = |x|, q = sqrt(1 - y^2); s the middle of y's bin, c = sqrt(1 - s^2);  asin y = asin s + asin r, acos y = acos s - asin r, |r| < 1/83
-//           HA  r = (y - s)(y + s)/(y c + q s), y - s exact;  LA, EP  r = y c - q s
+// Method    HA, and LA of double: y = |x|, q = sqrt(1 - y^2); s the middle of y's bin, c = sqrt(1 - s^2);
+//           asin y = asin s + asin r, acos y = acos s - asin r, |r| < 1/83
+//           HA  r = (y - s)(y + s)/(y c + q s), y - s exact;  LA  r = y c - q s
 //           HA, acos next to 1: acos y = asin(q + d), d = (1 - y^2 - q^2)/2q, what rounding left of q
-//           LA, EP of single: t = y or, beyond 1/2, sqrt((1 - y)/2);  asin t = t p(t^2), asin y = pi/2 - 2 asin t
+//           EP, and LA of single: t = y or, beyond 1/2, sqrt((1 - y)/2);  asin t = t p(t^2), asin y = pi/2 - 2 asin t
 // Bounds    HA 0.56 ulp, LA relative 2^-50, 2^-21, EP relative 2^-26, 2^-11
 // Budget    HA  in ulp: roundings of r 4 2^-6, last rounding 1/2
 //           LA  in units of rounding: q 1, products 2, asin s 1/2, sum 1/2; single t 1, p 1, sums 2
-//           EP  polynomial 2^-30, single 2^-14.9
+//           EP  polynomial 2^-27.4, single 2^-14.9, twice that next to 1/2
 // Special   NaN -> NaN; |x| > 1 -> NaN, status 1
 // Data      data/asin_data.h from tools/tables/asin.py
 #include <cmath>
@@ -38,7 +39,6 @@ struct BinsD {
   Constant<double> tiny = 0x1p-1000;                     // keeps 0/0 away
   Constant<std::int64_t> leading = -(INT64_C(1) << 27);  // the first 26 bits
   Constant<double> q0 = data::ha_d_0, q1 = data::ha_d_1, q2 = data::ha_d_2;
-  Constant<double> ep_q0 = data::ep_d_0;
 };
 struct BinsS {
   static constexpr const float* points = data::points_s;
@@ -63,16 +63,32 @@ ORIN_INLINE const auto& bins_of() {
     return in_memory(bins_s);
 }
 
-constexpr std::int32_t xor_of(float a, float b) {
-  return __builtin_bit_cast(std::int32_t, a) ^ __builtin_bit_cast(std::int32_t, b);
+// What turns a into b by exclusive or.
+template <class T>
+constexpr auto flip(T a, T b) {
+  using Bits = typename Constant<T>::Register::Integer::Element;
+  return __builtin_bit_cast(Bits, a) ^ __builtin_bit_cast(Bits, b);
 }
-constexpr struct {
-  Constant<float> half = 0.5f, one = 1.0f, half_pi = vector_math::half_pi<float>;
-  Constant<float> minus_one = -1.0f;
-  Constant<std::int32_t> one_to_minus_two = xor_of(1.0f, -2.0f), minus_one_to_two = xor_of(-1.0f, 2.0f);
+template <class T>
+struct Halves {
+  using Bits = typename Constant<T>::Register::Integer::Element;
+  Constant<T> half = T(0.5), one = T(1), minus_one = T(-1), zero = T(0), half_pi = vector_math::half_pi<T>;
+  Constant<Bits> one_to_minus_two = flip(T(1), T(-2)), minus_one_to_two = flip(T(-1), T(2));
+};
+constexpr struct : Halves<double> {
+  Constant<double> p0 = data::ep_d_0, p1 = data::ep_d_1, p2 = data::ep_d_2, p3 = data::ep_d_3, p4 = data::ep_d_4;
+} halves_d{};
+constexpr struct : Halves<float> {
   Constant<float> p0 = data::la_s_0, p1 = data::la_s_1, p2 = data::la_s_2, p3 = data::la_s_3, p4 = data::la_s_4;
   Constant<float> ep_p0 = data::ep_s_0, ep_p1 = data::ep_s_1, ep_p2 = data::ep_s_2;
-} short_constants{};
+} halves_s{};
+template <class V>
+ORIN_INLINE const auto& halves() {
+  if constexpr (sizeof(typename V::Element) == 8)
+    return in_memory(halves_d);
+  else
+    return in_memory(halves_s);
+}
 
 // Where y = |x| stands: its cosine, and the sine and cosine of its row.
 template <class V>
@@ -80,12 +96,12 @@ struct Place {
   LaneIndices<9, V::lanes> row;
   V cosine, row_sine, row_cosine;
 };
-template <class V>
-ORIN_INLINE Place<V> place_of(const auto& c, V y) {
+template <class Bins, class V>
+ORIN_INLINE Place<V> place_of(const Bins& c, V y) {
   const V w = c.one - y;
   const V in_w = from_bits(shift_right<1>(bits(max(w, c.first_w))) ^ c.upper_rows);
   const auto bin = bits(select(y > c.split, in_w, max(y, c.first_y)));
-  const auto row = low_bits<9>(shift_right<c.bin_shift>(bin));
+  const auto row = low_bits<9>(shift_right<Bins::bin_shift>(bin));
   const auto [row_sine, row_cosine] = look_up_pairs(c.points, row);
   return {row, sqrt(w * (c.one + y)), row_sine, row_cosine};
 }
@@ -100,26 +116,25 @@ ORIN_INLINE V left_by_root(const auto& c, V y, V q) {
 }
 
 // asin r - r.
-template <Grade grade, class V>
+template <class V>
 ORIN_INLINE V bend(const auto& c, V r) {
   const V r2 = r * r;
   if constexpr (sizeof(typename V::Element) == 4)
     return (r * r2) * c.q0;
-  else if constexpr (grade == Grade::ep)
-    return (r * r2) * c.ep_q0;
   else
     return (r * r2) * (c.q0 + r2 * (c.q1 + r2 * c.q2));
 }
 
 // asin t for the t of y, and a mask of the y beyond 1/2.
+template <class V>
 struct Half {
-  Vec4f asin, beyond;
+  V asin, beyond;
 };
-template <Grade grade>
-ORIN_INLINE Half half_of(const auto& c, Vec4f y) {
-  const Vec4f t = min(y, sqrt((c.one - y) * c.half));
-  const Vec4f t2 = t * t;
-  if constexpr (grade == Grade::ep)
+template <Grade grade, class V>
+ORIN_INLINE Half<V> half_of(const auto& c, V y) {
+  const V t = min(y, sqrt((c.one - y) * c.half));
+  const V t2 = t * t;
+  if constexpr (grade == Grade::ep && sizeof(typename V::Element) == 4)
     return {t * (c.ep_p0 + t2 * (c.ep_p1 + t2 * c.ep_p2)), y > c.half};
   else
     return {t + (t * t2) * ((c.p0 + t2 * c.p1) + (t2 * t2) * ((c.p2 + t2 * c.p3) + (t2 * t2) * c.p4)), y > c.half};
@@ -139,17 +154,17 @@ struct Asin {
       const V twice = positive * at.row_cosine + at.cosine * at.row_sine;
       const V r = (y - at.row_sine) * ((positive + at.row_sine) / max(twice, c.tiny));
       const auto [arc, rest] = look_up_pairs(c.asin_pairs, at.row);
-      return with_sign_of(arc + (r + (rest + bend<grade>(c, r))), x);
+      return with_sign_of(arc + (r + (rest + bend(c, r))), x);
     } else {
       const V r = y * at.row_cosine - at.cosine * at.row_sine;
-      return with_sign_of(look_up<2>(c.asin_pairs, at.row) + (r + bend<grade>(c, r)), x);
+      return with_sign_of(look_up<2>(c.asin_pairs, at.row) + (r + bend(c, r)), x);
     }
   }
-  template <Grade grade>
-  static ORIN_INLINE Vec4f by_halves(Vec4f x) {
-    const auto& c = in_memory(short_constants);
+  template <Grade grade, class V>
+  static ORIN_INLINE V by_halves(V x) {
+    const auto& c = halves<V>();
     const auto [asin, beyond] = half_of<grade>(c, abs(x));
-    const Vec4f factor = c.one ^ (beyond & from_bits(c.one_to_minus_two));
+    const V factor = c.one ^ (beyond & from_bits(c.one_to_minus_two));
     return with_sign_of((beyond & c.half_pi) + asin * factor, x);
   }
 };
@@ -171,23 +186,23 @@ struct Acos {
       if (lane_bits(next_to_one) != 0) [[unlikely]] {  // arc and rest are 0 there
         const V cosine = next_to_one & at.cosine;
         const V r = select(next_to_one, left_by_root(c, y, cosine) * c.half, numerator) / denominator;
-        const V low = r + (rest + bend<grade>(c, select(next_to_one, cosine, r)));
+        const V low = r + (rest + bend(c, select(next_to_one, cosine, r)));
         return on_side<grade, V>({arc | cosine, low}, x < c.zero);
       }
       const V r = numerator / denominator;
-      return on_side<grade, V>({arc, r + (rest + bend<grade>(c, r))}, x < c.zero);
+      return on_side<grade, V>({arc, r + (rest + bend(c, r))}, x < c.zero);
     } else {
       const V r = at.cosine * at.row_sine - y * at.row_cosine;
-      return on_side<grade, V>({look_up<2>(c.acos_pairs, at.row), r + bend<grade>(c, r)}, x < c.zero);
+      return on_side<grade, V>({look_up<2>(c.acos_pairs, at.row), r + bend(c, r)}, x < c.zero);
     }
   }
-  template <Grade grade>
-  static ORIN_INLINE Vec4f by_halves(Vec4f x) {
-    const auto& c = in_memory(short_constants);
-    const Vec4f y = abs(x);
+  template <Grade grade, class V>
+  static ORIN_INLINE V by_halves(V x) {
+    const auto& c = halves<V>();
+    const V y = abs(x);
     const auto [asin, beyond] = half_of<grade>(c, y);
-    const Vec4f factor = c.minus_one ^ (beyond & from_bits(c.minus_one_to_two));
-    return on_side<grade, Vec4f>({and_not(beyond, c.half_pi), asin * factor}, x < Vec4f(0.0f));
+    const V factor = c.minus_one ^ (beyond & from_bits(c.minus_one_to_two));
+    return on_side<grade, V>({and_not(beyond, c.half_pi), asin * factor}, x < c.zero);
   }
 };
 
@@ -203,7 +218,7 @@ struct InverseCircular : OneToOne<T> {
     return magnitude(words) > in_memory(largest);
   }
   static ORIN_INLINE V fast(V x) {
-    if constexpr (sizeof(T) == 8 || grade == Grade::ha)
+    if constexpr (grade == Grade::ha || (grade == Grade::la && sizeof(T) == 8))
       return F::template by_table<grade>(x);
     else
       return F::template by_halves<grade>(x);

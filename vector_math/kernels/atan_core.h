@@ -1,13 +1,15 @@
 // atan_core.h: the angle of a quotient, shared by every function that takes one, both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    HA, and LA, EP of double: c the middle of one of 417 bins, near t;  atan t = atan c + atan r,
-//           r = (t - c)/(1 + c t), |r| < 2^-6.9;  for t = y/x  r = (y - c x)/(x + c y), and y/x itself only picks c
-//           LA, EP of single: t = smaller/larger of y and x;  atan t = t p(t^2), or pi/2 less that
-// Arguments not negative, no NaN; t below 2^500 (single 2^60); of a pair the larger one within 2^-550 .. 2^400 (single 2^-75 .. 2^44).
+// Method    HA, LA of double, EP of its quotients: c the middle of one of 417 bins, near t;  atan t = atan c + atan r,
+//           r = (t - c)/(1 + c t), |r| < 2^-6.9;  HA for t = y/x  r = (y - c x)/(x + c y), and y/x itself only picks c
+//           LA, EP of single, EP of double for pairs: t = smaller/larger of y and x, the angle is atan t, or pi/2 less
+//           that;  single atan t = t p(t^2), double a cubic in the distance of t from a multiple of 1/64
+// Arguments not negative, no NaN; t below 2^500 (single 2^60); of a pair the larger one within 2^-550 .. 2^400 (single
+//           2^-75 .. 2^44).
 // Budget    HA  in ulp: t - c and y - c x with their products exact; other roundings of r 3 2^-6, last rounding 1/2
 //           LA  in units of rounding: y/x 1, atan c 1, sum 1;  single y/x 1, polynomial 2, sum 2
-//           EP  polynomial 2^-32, single 2^-12.2
+//           EP  polynomial 2^-32, cubics 2^-30, single 2^-12.2
 // Data      data/atan_data.h from tools/tables/atan.py
 // Source    J.-M. Muller, Elementary Functions, 3rd ed. (2016), section 4.3, for the reduction by a table
 #ifndef ORIN_VECTOR_MATH_KERNELS_ATAN_CORE_H
@@ -56,12 +58,17 @@ struct EnhancedS {
   Constant<float> one = 1.0f, half_pi = vector_math::half_pi<float>, minus_zero = -0.0f;
   Constant<float> p0 = data::ep_s_0, p1 = data::ep_s_1, p2 = data::ep_s_2, p3 = data::ep_s_3;
 };
+struct EnhancedD {
+  Constant<double> to_step = 0x1.8p46;  // t + to_step: t rounded to a multiple of 1/64, 64 t in the low bits
+  Constant<double> half_pi = vector_math::half_pi<double>, minus_zero = -0.0;
+};
 template <class V>
 inline constexpr BinsD bins{};
 template <>
 inline constexpr BinsS bins<Vec4f>{};
 inline constexpr LowAccuracyS la_s{};
 inline constexpr EnhancedS ep_s{};
+inline constexpr EnhancedD ep_d{};
 
 template <Grade grade, class V>
 inline constexpr bool uses_bins = sizeof(typename V::Element) == 8 || grade == Grade::ha;
@@ -72,10 +79,10 @@ struct Bin {
   LaneIndices<9, V::lanes> index;
   V middle, arc;
 };
-template <class V>
-ORIN_INLINE Bin<V> bin_of(const auto& c, V quotient) {
+template <class Bins, class V>
+ORIN_INLINE Bin<V> bin_of(const Bins& c, V quotient) {
   const V clamped = min(max(quotient, c.first_bin), c.last_bin);
-  const auto index = low_bits<9>(shift_right<c.bin_shift>(bits(clamped) - c.first_bits));
+  const auto index = low_bits<9>(shift_right<Bins::bin_shift>(bits(clamped) - c.first_bits));
   const auto [middle, arc] = look_up_pairs(c.arcs, index);
   return {index, middle, arc};
 }
@@ -94,26 +101,42 @@ ORIN_INLINE V bend(const auto& c, const Bin<V>& bin, V r) {
     return look_up(c.rests, bin.index) + (r * r2) * (c.q0 + r2 * (c.q1 + r2 * c.q2));
 }
 
-// atan(smaller/larger) or, where these are x and y, pi/2 less that.
+// atan(smaller/larger) or, where these are x and y, pi/2 less that. atan t = arc(c, t), 0 <= t <= 1.
+template <class V>
+ORIN_INLINE Angle<V> in_octants(const auto& c, auto arc, V y, V x) {
+  const V swapped = y > x;
+  return {swapped & c.half_pi, arc(c, min(x, y) / max(x, y)) ^ (swapped & c.minus_zero)};
+}
 template <Grade grade>
 ORIN_INLINE Angle<Vec4f> in_octants(Vec4f y, Vec4f x) {
-  const auto with = [&](const auto& c, auto odd) __attribute__((always_inline))->Angle<Vec4f> {
-    const Vec4f t = min(x, y) / max(x, y);
-    const Vec4f swapped = y > x;
-    return {swapped & c.half_pi, odd(c, t, t * t) ^ (swapped & c.minus_zero)};
-  };
   if constexpr (grade == Grade::la)
-    return with(
-        in_memory(la_s), [](const auto& c, Vec4f t, Vec4f t2) __attribute__((always_inline)) {
-          const Vec4f t4 = t2 * t2;
+    return in_octants(
+        in_memory(la_s), [](const auto& c, Vec4f t) __attribute__((always_inline)) {
+          const Vec4f t2 = t * t, t4 = t2 * t2;
           const Vec4f p = ((c.p0 + t2 * c.p1) + t4 * (c.p2 + t2 * c.p3)) + (t4 * t4) * ((c.p4 + t2 * c.p5) + t4 * c.p6);
           return t + (t * t2) * p;
-        });
+        },
+        y, x);
   else
-    return with(
-        in_memory(ep_s), [](const auto& c, Vec4f t, Vec4f t2) __attribute__((always_inline)) {
+    return in_octants(
+        in_memory(ep_s), [](const auto& c, Vec4f t) __attribute__((always_inline)) {
+          const Vec4f t2 = t * t;
           return t * ((c.p0 + t2 * c.p1) + (t2 * t2) * (c.p2 + t2 * c.p3));
-        });
+        },
+        y, x);
+}
+template <Grade grade>
+ORIN_INLINE Angle<Vec2d> in_octants(Vec2d y, Vec2d x) {
+  return in_octants(
+      in_memory(ep_d), [](const auto& c, Vec2d t) __attribute__((always_inline)) {
+        const Vec2d step = t + c.to_step;
+        const Vec2d d = t - (step - c.to_step);
+        const auto j = low_bits<8>(bits(step));
+        const auto [a, b] = look_up_pairs(data::cubics_linear, j);
+        const auto [p, q] = look_up_pairs(data::cubics_bent, j);
+        return a + d * (b + d * (p + d * q));
+      },
+      y, x);
 }
 
 // atan t.
@@ -147,7 +170,7 @@ ORIN_INLINE Angle<V> angle(V y, V x) {
     const V r = and_not(tiny, numerator / (x + bin.middle * y));
     const V curved = select(first, short_quotient, r);
     return {bin.arc, r + bend<grade>(c, bin, curved)};
-  } else if constexpr (uses_bins<grade, V>) {
+  } else if constexpr (grade == Grade::la && uses_bins<grade, V>) {
     return arctangent<grade>(y / max(x, in_memory(bins<V>).least));
   } else {
     return in_octants<grade>(y, x);

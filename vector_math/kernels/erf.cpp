@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    HA  |x| = c + t, c the nearest multiple of 1/32: a polynomial in t for each c, c0 + c1 t as a sum with its
-//               rest; below 2^-1018 the slope at 0 times x;  LA the same, plainly
+//               rest;  LA the same, plainly
 //           EP  c of 1/64, cubics;  HA single is this one, rounded
 //           LA, EP single  x p(x^2)/q(x^2)
-// Bounds    HA 0.63 ulp double, 0.52 single; LA relative 2^-50, 2^-21; EP relative 2^-26, 2^-11
-// Budget    HA  in ulp: polynomial 2^-6, its rounding 2^-7, last rounding 1/2; below 2^-1018 the slope 1/8
+// Bounds    HA 0.52 ulp; LA relative 2^-50, 2^-21; EP relative 2^-26, 2^-11
+// Budget    HA  in ulp: polynomial 2^-6, its rounding 2^-7, last rounding 1/2
 //           LA  double, in 2^-53: c0 and products 2, sums 2;   single, in 2^-24: p, q 2 each, quotient and product 2
 //           EP  polynomial 2^-31, p/q 2^-15.8, erf x - 1 from 2.6 on 2^-12
 // Special   NaN -> NaN, +-inf -> +-1; no status
@@ -26,11 +26,6 @@ using namespace simd;
 namespace data = erf_data;
 
 constexpr struct {
-  Constant<double> last = 6.0;                // erf 6 rounds to 1
-  Constant<double> linear_below = 0x1p-1018;  // below: slope x, lest parts of the product vanish
-  Constant<double> slope = data::slope;
-} constants_d{};
-constexpr struct {
   Constant<float> last = 3.84f;  // erf 3.84 rounds to 1
   Constant<float> one = 1.0f;
   Constant<float> p0 = data::la_p0, p1 = data::la_p1, p2 = data::la_p2, p3 = data::la_p3, p4 = data::la_p4,
@@ -46,12 +41,19 @@ constexpr struct {
 
 template <Grade grade>
 ORIN_INLINE Vec2d error_function(Vec2d x) {
-  const auto& k = in_memory(constants_d);
-  const Vec2d y = min(abs(x), k.last);
+  static constexpr Constant<double> last = 6.0;  // erf 6 rounds to 1
+  Vec2d y = abs(x);
+  [[maybe_unused]] Vec2d lowered;
+  if constexpr (grade == Grade::ha) {
+    const Lifted lifted = lift(y);
+    y = lifted.value;
+    lowered = lifted.inverse_factor;
+  }
+  y = min(y, in_memory(last));
   const Cell<Vec2d> cell = nearest_multiple < grade == Grade::ep ? 64 : 32 > (y);
   const Vec2d t = y - cell.centre;
   if constexpr (grade == Grade::ha)
-    return with_sign_of(select(y < k.linear_below, y * k.slope, accurate_polynomial({data::fine}, cell.number, t)), x);
+    return with_sign_of(accurate_polynomial({data::fine}, cell.number, t) * lowered, x);
   else if constexpr (grade == Grade::la)
     return with_sign_of(plain_polynomial({data::fine}, cell.number, t), x);
   else

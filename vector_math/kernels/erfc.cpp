@@ -3,14 +3,15 @@
 //
 // Method    the tail at y = |x| is g(y) e^(-f y^2), f = 1 or 1/2; on the other side of 0 the result is 2 or 1 less it
 //           g   1 + y = c + t, c of six significant bits (EP seven): a polynomial in t for each c
-//           e^  HA, LA  f y^2 = h + l, h exact; -h = n ln2/128 + r;  2^(n/128) (1 + p(r - l)), 2^(n/128) as a pair
+//           e^  f y^2 = h + l, h exact; -h - l = n ln2/128 + r;  2^(n/128) (1 + p(r)), 2^(n/128) as a pair
+//               LA  n of ln2/1024;  T q(r), q a monic cubic, T near 2^(n/1024)
 //               EP  f y^2 256/ln2 = n + 512 u;  T (w^2 + b), w = u + 369/512, T near 2^(n/256)
 //           HA  both factors have a part of 26 bits and a rest: the parts' product is exact
 //           HA single is EP double, rounded; LA, EP single do the same with floats, c of five and six bits
 // Bounds    HA 0.6 ulp double, 0.55 single; LA relative 2^-50, 2^-21; EP relative 2^-26, 2^-11; subnormal results one
 //           spacing more in LA and EP
 // Budget    HA  in ulp: rests of g 2^-4, of e^ 2^-6, last rounding 1/2
-//           LA  in 2^-53: rounding of g, e^ and products 4;  single, in 2^-24: g 3, e^ 1.1, product 1
+//           LA  in 2^-53: e^ 4, g 2, products 1;  single, in 2^-24: g 3, e^ 1.1, product 1
 //           EP  g 2^-30, e^ 2^-31;  single: g 2^-12.5, e^ 2^-13.6
 // Special   NaN -> NaN, infinite -> 0 or 2 (1), no status; subnormal and vanishing results, status 4
 // Data      data/erfc_data.h from tools/tables/erfc.py; exponentials of data/exp_d_data.h, data/exp_s_data.h
@@ -38,6 +39,9 @@ constexpr struct {
   Constant<double> to_integer = 0x1.8p52;           // x + to_integer: x rounded to an integer, in the low bits
   Constant<double> step_high = data::step_high, step_low = data::step_low;
   Constant<double> p2 = data::p2, p3 = data::p3, p4 = data::p4, p5 = data::p5;
+  Constant<double> la_inverse = 0x1.71547652b82fep+10;  // 1024/ln2, nearest
+  Constant<double> la_step_high = data::la_step_high, la_step_low = data::la_step_low;
+  Constant<double> la_0 = exp_d_data::la_0, la_1 = exp_d_data::la_1, la_2 = exp_d_data::la_2;
   Constant<double> ep_to_step = 0x1.8p43;  // x + ep_to_step: x rounded to a multiple of 2^-9
   Constant<double> ep_to_step_shifted = 0x1.8p43 + exp_d_data::ep_shift;
   Constant<double> ep_b = exp_d_data::ep_0;
@@ -51,10 +55,8 @@ constexpr struct {
   Constant<float> p1 = exp_s_data::ha_1, p2 = exp_s_data::ha_2;
   Constant<float> q0 = exp_s_data::ep_0, q1 = exp_s_data::ep_1, q2 = exp_s_data::ep_2, q3 = exp_s_data::ep_3;
 } constants_s{};
+constexpr PowersOfTwo<Vec2d, 10> la_powers{exp_d_data::la_powers};
 constexpr PowersOfTwo<Vec2d, 8> ep_powers{exp_d_data::ep_powers};
-
-template <int per_octave, class T>
-constexpr std::uint16_t first_row = LeadingBits<per_octave, T>::number(1);
 
 // The two functions: where their tail is, its factor f, the value at the other end; the largest y whose tail is far from
 // subnormal, and the largest that the tables have.
@@ -65,10 +67,10 @@ struct Complement {
   static constexpr float largest_s = 9;
   static constexpr double subnormal_d = data::erfc_tail::subnormal_d;
   static constexpr float subnormal_s = data::erfc_tail::subnormal_s;
-  static constexpr RowTable<10, double> fine{data::erfc_tail::fine, first_row<32, double>};
-  static constexpr RowTable<4, double> medium{data::erfc_tail::medium, first_row<64, double>};
-  static constexpr RowTable<4, float> single{data::erfc_tail::single, first_row<16, float>};
-  static constexpr RowTable<2, float> coarse{data::erfc_tail::coarse, first_row<32, float>};
+  static constexpr RowTable<10, double> fine{data::erfc_tail::fine};
+  static constexpr RowTable<4, double> medium{data::erfc_tail::medium};
+  static constexpr RowTable<4, float> single{data::erfc_tail::single};
+  static constexpr RowTable<2, float> coarse{data::erfc_tail::coarse};
   static constexpr bool tail_is_positive = true;
 };
 struct Normal {
@@ -78,10 +80,10 @@ struct Normal {
   static constexpr float largest_s = 12.5f;
   static constexpr double subnormal_d = data::normal_tail::subnormal_d;
   static constexpr float subnormal_s = data::normal_tail::subnormal_s;
-  static constexpr RowTable<10, double> fine{data::normal_tail::fine, first_row<32, double>};
-  static constexpr RowTable<4, double> medium{data::normal_tail::medium, first_row<64, double>};
-  static constexpr RowTable<4, float> single{data::normal_tail::single, first_row<16, float>};
-  static constexpr RowTable<2, float> coarse{data::normal_tail::coarse, first_row<32, float>};
+  static constexpr RowTable<10, double> fine{data::normal_tail::fine};
+  static constexpr RowTable<4, double> medium{data::normal_tail::medium};
+  static constexpr RowTable<4, float> single{data::normal_tail::single};
+  static constexpr RowTable<2, float> coarse{data::normal_tail::coarse};
   static constexpr bool tail_is_positive = false;
 };
 
@@ -104,33 +106,48 @@ struct Place {
 };
 template <int per_octave, class V>
 ORIN_INLINE Place<V> place_of(V y, V one) {
-  const Cell<V> cell = leading_bits<per_octave>(y + one);
+  const Cell<V> cell = leading_bits<per_octave, 0>(y + one);
   return {y - (cell.centre - one), cell.number};
+}
+
+// -f y^2 as a sum, its high part exact.
+template <class F>
+ORIN_INLINE DoubleDouble scaled_square(Vec2d y) {
+  const auto& f = in_memory(factors<F>);
+  const DoubleDouble parts = split(y);
+  return {(parts.high * f.minus_f) * parts.high, (parts.low * f.minus_f) * (y + parts.high)};
+}
+
+// g as a part of 26 bits and a rest.
+struct FactorG {
+  Vec2d head, rest;
+};
+template <class F>
+ORIN_INLINE FactorG factor_g(Vec2d y) {
+  const auto [t, number] = place_of<32, Vec2d>(y, in_memory(constants_d).one);
+  const Rows<10, Vec2d> rows(F::fine, number);
+  const Vec2d slope = sum_of_pairs<1, 4>(rows, t, t * t);
+  const auto [head, head_rest] = pair<0>(rows);
+  return {head, head_rest + t * slope};
 }
 
 // g and e^(-f y^2), each as a part of 26 bits and a rest; the exponential less its factor 2^k, k above the lowest seven
 // bits of n.
 struct TailFactors {
-  Vec2d g, g_rest, power, power_rest;
+  FactorG g;
+  Vec2d power, power_rest;
   Vec2l n;
 };
 template <class F>
 ORIN_INLINE TailFactors tail_factors(Vec2d y) {
   const auto& c = in_memory(constants_d);
-  const auto& f = in_memory(factors<F>);
-  const DoubleDouble parts = split(y);
-  const Vec2d h = (parts.high * f.minus_f) * parts.high;
-  const Vec2d l = (parts.low * f.minus_f) * (y + parts.high);
-  const Vec2d shifted = h * c.inverse + c.to_integer;
+  const DoubleDouble square = scaled_square<F>(y);
+  const Vec2d shifted = square.high * c.inverse + c.to_integer;
   const Vec2d n = shifted - c.to_integer;
-  const Vec2d r = (h - n * c.step_high) + (l - n * c.step_low);
+  const Vec2d r = (square.high - n * c.step_high) + (square.low - n * c.step_low);
   const Vec2d p = r + (r * r) * ((c.p2 + r * c.p3) + (r * r) * (c.p4 + r * c.p5));
   const auto [power, power_low] = look_up_pairs(data::powers, low_bits<7>(bits(shifted)));
-  const auto [t, number] = place_of<32, Vec2d>(y, c.one);
-  const Rows<10, Vec2d> rows(F::fine, number);
-  const Vec2d slope = sum_of_pairs<1, 4>(rows, t, t * t);
-  const auto [g, g_low] = pair<0>(rows);
-  return {g, g_low + t * slope, power, power_low + (power + power_low) * p, bits(shifted)};
+  return {factor_g<F>(y), power, power_low + (power + power_low) * p, bits(shifted)};
 }
 // 2^(k + extra).
 template <int extra>
@@ -143,7 +160,8 @@ ORIN_INLINE Vec2d power_of_two(Vec2l n) {
 template <class F, int extra>
 ORIN_INLINE Vec2d scaled_tail(Vec2d y) {
   const TailFactors x = tail_factors<F>(y);
-  return (x.power * x.g + (x.power * x.g_rest + x.power_rest * (x.g + x.g_rest))) * power_of_two<extra>(x.n);
+  const Vec2d rest = x.power * x.g.rest + x.power_rest * (x.g.head + x.g.rest);
+  return (x.power * x.g.head + rest) * power_of_two<extra>(x.n);
 }
 
 template <class F, Grade grade>
@@ -163,12 +181,19 @@ ORIN_INLINE Vec2d tail_function(Vec2d x) {
     const Vec2d power = ep_powers.of(bits(shifted)) * (w * w + c.ep_b);
     const auto [t, number] = place_of<64, Vec2d>(y, c.one);
     return whole + ((power * polynomial(F::medium, number, t)) ^ sign);
+  } else if constexpr (grade == Grade::la) {
+    const DoubleDouble square = scaled_square<F>(y);
+    const Vec2d shifted = square.high * c.la_inverse + c.to_integer;
+    const Vec2d n = shifted - c.to_integer;
+    const Vec2d r = (square.high - n * c.la_step_high) + (square.low - n * c.la_step_low);
+    const Vec2d q = ((r + c.la_2) * r + c.la_1) * r + c.la_0;
+    const FactorG g = factor_g<F>(y);
+    return whole + (((la_powers.of(bits(shifted)) * q) * (g.head + g.rest)) ^ sign);
   } else {
     const TailFactors tail = tail_factors<F>(y);
     const Vec2d scale = power_of_two<0>(tail.n) ^ sign;
-    if constexpr (grade == Grade::la) return whole + ((tail.power + tail.power_rest) * (tail.g + tail.g_rest)) * scale;
-    const Vec2d rest = tail.power * tail.g_rest + tail.power_rest * (tail.g + tail.g_rest);
-    const DoubleDouble sum = fast_two_sum(whole, (tail.power * tail.g) * scale);
+    const Vec2d rest = tail.power * tail.g.rest + tail.power_rest * (tail.g.head + tail.g.rest);
+    const DoubleDouble sum = fast_two_sum(whole, (tail.power * tail.g.head) * scale);
     return sum.high + (sum.low + rest * scale);
   }
 }
@@ -217,7 +242,6 @@ struct TailFunction : OneToOne<T> {
   static constexpr bool is_single = sizeof(T) == 4;
   static constexpr const char* name = is_single ? F::name_s : F::name_d;
   static constexpr T ordinary = 0;
-  static constexpr int groups_per_step = 1;
 
   // On the tail's side beyond `largest`; NaN.
   static ORIN_INLINE Vec4i special_lanes(Vec4i words) {

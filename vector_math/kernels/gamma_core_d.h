@@ -1,13 +1,13 @@
 // gamma_core_d.h: log |Gamma| of doubles, shared by the gamma functions.
 // SPDX-License-Identifier: MIT
 //
-// Method    2^-5 <= x < 2^8: c, x rounded to six significant bits (LA and EP: five), t = x - c;  log Gamma(x) = c0 + c1 t + c2 t^2 + ..,
+// Method    2^-5 <= x < 2^10: c, x rounded to six significant bits (LA and EP: five), t = x - c;  log Gamma(x) = c0 + c1 t + c2 t^2 + ..,
 //           the coefficients from the row of c. Next to the zeros 1 and 2 c0 vanishes: nothing cancels there.
 //           HA  c0 a pair; c1 of 26 bits times the leading bits of t exactly; the sum as a pair
-//           x >= 2^8: Stirling's series, x (log x - 1) - (log x)/2 + log(2 pi)/2 + 1/(12 x) - 1/(360 x^3)
+//           x >= 2^10: Stirling's series, x (log x - 1) - (log x)/2 + log(2 pi)/2 + 1/(12 x) - 1/(360 x^3)
 //           -2^20 < x < 0: Gamma(x) = -+pi/(y sin(pi y) Gamma(y)), y = -x = n + t, |t| <= 1/2:
 //           log |Gamma(x)| = -(log(y |t|) + log(sin(pi t)/(pi t)) + log Gamma(y)), the second from a table as above
-// Budget    absolute: pair 2^-63, and 2^-52 t^2 c2, at most 2^-57 (x = 2^8); EP 2^-29.7 |log Gamma|, at most 2^-32
+// Budget    absolute: pair 2^-63, and 2^-52 t^2 c2, at most 2^-57 (x = 2^10); EP 2^-29.7 |log Gamma|, at most 2^-32
 // Data      data/gamma_d_data.h from tools/tables/gamma_d.py
 // Source    NIST Digital Library of Mathematical Functions, 5.5.3 (reflection), 5.7.3 (series), 5.11.1 (Stirling);
 //           D. E. G. Hare, Computing the principal branch of log-Gamma, J. Algorithms 25 (1997), 221-236
@@ -22,7 +22,7 @@ namespace orin::vector_math::gamma_d {
 using namespace simd;
 namespace data = gamma_d_data;
 
-constexpr double least_in_table = 0x1p-5, end_of_table = 0x1p8;
+constexpr double least_in_table = 0x1p-5, end_of_table = 0x1p10;
 constexpr std::int64_t bits_of_least = INT64_C(0x3fa0000000000000);
 
 // Centres have so many bits behind the leading one.
@@ -64,20 +64,18 @@ class Rows {
 
 // The row of x in a table of log Gamma, and the centre of its interval.
 struct Place {
-  LaneIndices<16, 2> row;
+  LaneIndices<32, 2> row;
   Vec2d center;
 };
 template <int fraction_bits>
 ORIN_INLINE Place place(Vec2d x) {
   const auto& c = in_memory(grid<fraction_bits>);
-  return {low_bits<16>(shift_right<52 - fraction_bits>(bits(x) + c.to_index)),
+  return {low_bits<32>(shift_right<52 - fraction_bits>(bits(x) + c.to_index)),
           from_bits((bits(x) + c.half_spacing) & c.leading)};
 }
 
-// c0 + c1 t + c2 t^2 + .. as a pair, t = t_high + t_low nearly, t_high of 26 bits.
-template <int length>
-ORIN_INLINE DoubleDouble evaluate(Rows<length> row, Vec2d t, Vec2d t_high, Vec2d t_low) {
-  static_assert(length == 12 || length == 14);
+// c0 + c1 t + c2 t^2 + .. as a pair. It is t that is split, not the argument: next to a centre their leading bits differ.
+ORIN_INLINE DoubleDouble evaluate(Rows<12> row, Vec2d t) {
   const auto [c0, c0_low] = row.pair(0);
   const auto [c1, c1_low] = row.pair(1);
   const auto [c2, c3] = row.pair(2);
@@ -85,25 +83,16 @@ ORIN_INLINE DoubleDouble evaluate(Rows<length> row, Vec2d t, Vec2d t_high, Vec2d
   const auto [c6, c7] = row.pair(4);
   const auto [c8, c9] = row.pair(5);
   const Vec2d t2 = t * t;
-  Vec2d tail = c8 + t * c9;
-  if constexpr (length == 14) {
-    const auto [c10, c11] = row.pair(6);
-    tail = tail + t2 * (c10 + t * c11);
-  }
-  const Vec2d q = ((c2 + t * c3) + t2 * (c4 + t * c5)) + (t2 * t2) * ((c6 + t * c7) + t2 * tail);
-  const DoubleDouble sum = fast_two_sum(c0, c1 * t_high);  // the product is exact
-  return {sum.high, sum.low + (c0_low + (c1 * t_low + t * (c1_low + t * q)))};
-}
-// The same at x = center + t.
-ORIN_INLINE DoubleDouble evaluate_at(Rows<12> row, Vec2d center, Vec2d x) {
-  const DoubleDouble parts = split(x);
-  return evaluate(row, x - center, parts.high - center, parts.low);
+  const Vec2d q = ((c2 + t * c3) + t2 * (c4 + t * c5)) + (t2 * t2) * ((c6 + t * c7) + t2 * (c8 + t * c9));
+  const DoubleDouble parts = split(t);
+  const DoubleDouble sum = fast_two_sum(c0, c1 * parts.high);  // the product is exact
+  return {sum.high, sum.low + (c0_low + (c1 * parts.low + t * (c1_low + t * q)))};
 }
 
 // log Gamma(x) for x of the table, as a pair; |low| may reach 1/4.
 ORIN_INLINE DoubleDouble log_gamma_pair(Vec2d x) {
   const Place at = place<5>(x);
-  return evaluate_at({data::ha_rows, at.row}, at.center, x);
+  return evaluate({data::ha_rows, at.row}, x - at.center);
 }
 
 // log Gamma(x) for x of the table: LA and EP.
@@ -120,18 +109,26 @@ ORIN_INLINE Vec2d log_gamma_la(Vec2d x) {
   const Vec2d q = ((c2 + t * c3) + t2 * (c4 + t * c5)) + (t2 * t2) * ((c6 + t * c7) + t2 * (c8 + t * c9));
   return c0 + t * (c1 + t * q);
 }
-ORIN_INLINE Vec2d log_gamma_ep(Vec2d x) {
-  const Place at = place<4>(x);
-  const Rows<6> row(data::ep_rows, at.row);
+ORIN_INLINE Vec2d evaluate_short(Rows<6> row, Vec2d t) {
   const auto [c0, c1] = row.pair(0);
   const auto [c2, c3] = row.pair(1);
   const auto [c4, c5] = row.pair(2);
-  const Vec2d t = x - at.center;
   const Vec2d t2 = t * t;
   return (c0 + t * c1) + t2 * ((c2 + t * c3) + t2 * (c4 + t * c5));
 }
+ORIN_INLINE Vec2d log_gamma_ep(Vec2d x) {
+  const Place at = place<4>(x);
+  return evaluate_short({data::ep_rows, at.row}, x - at.center);
+}
 
-// log Gamma(x) for x >= 2^8 as a pair; 2^scaled times that for an x that stands for x 2^scaled.
+// 1/(12 x) - 1/(360 x^3): within 2^-50 of the whole series for x >= 2^10.
+ORIN_INLINE Vec2d stirling_series(Vec2d x) {
+  const auto& c = in_memory(constants);
+  const Vec2d inverse = c.one / x;
+  return inverse * (c.stirling_1 + inverse * inverse * c.stirling_3);
+}
+
+// log Gamma(x) for x >= 2^10 as a pair; 2^scaled times that for an x that stands for x 2^scaled.
 template <int scaled = 0>
 ORIN_INLINE DoubleDouble stirling_pair(Vec2d x) {
   const auto& c = in_memory(constants);
@@ -140,9 +137,7 @@ ORIN_INLINE DoubleDouble stirling_pair(Vec2d x) {
   const DoubleDouble main = two_product(x, less_1.high);
   Vec2d rest = x * (less_1.low + log.low);
   if constexpr (scaled == 0) {  // otherwise x is so large that these terms vanish
-    const Vec2d inverse = c.one / x;
-    const Vec2d series = inverse * (c.stirling_1 + inverse * inverse * c.stirling_3);
-    rest = rest + (series + (c.half_log_two_pi - log.high * c.half));
+    rest = rest + (stirling_series(x) + (c.half_log_two_pi - (log.high + log.low) * c.half));
   }
   return {main.high, main.low + rest};
 }
@@ -154,7 +149,7 @@ ORIN_INLINE Vec2d stirling(Vec2d x) {
   } else {
     const auto& c = in_memory(constants);
     const Vec2d log = logarithm<grade>(x);
-    return x * (log - c.one) + (c.stirling_1 / x + (c.half_log_two_pi - log * c.half));
+    return x * (log - c.one) + (stirling_series(x) + (c.half_log_two_pi - log * c.half));
   }
 }
 
@@ -170,11 +165,16 @@ ORIN_INLINE Nearest nearest(Vec2d y) {
   return {n, y - n, bits(shifted)};
 }
 
-// log(sin(pi t)/(pi t)) as a pair, 0 <= t <= 1/2.
+// log(sin(pi t)/(pi t)), 0 <= t <= 1/2: as a pair, and to 2^-50.
 ORIN_INLINE DoubleDouble log_sine_ratio(Vec2d t) {
   const auto& c = in_memory(constants);
   const Vec2d step = t + c.to_64ths;
-  return evaluate_at({data::sine_rows, low_bits<8>(bits(step))}, step - c.to_64ths, t);
+  return evaluate({data::sine_rows, low_bits<8>(bits(step))}, t - (step - c.to_64ths));
+}
+ORIN_INLINE Vec2d log_sine_ratio_short(Vec2d t) {
+  const auto& c = in_memory(constants);
+  const Vec2d step = t + c.to_64ths;
+  return evaluate_short({data::short_sine_rows, low_bits<8>(bits(step))}, t - (step - c.to_64ths));
 }
 
 // Of four arguments (by their high words) those that are negative, of magnitude first..last and surely no integers.

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    as the table of gamma_core_d.h, in float
-// Budget    in 2^-24 of the larger of result and c0: rounding of c0 1/2, c1 t 1, sum 1/2; polynomial LA 2^-23.5, EP
-//           2^-16.8 of the result
+// Budget    in 2^-24 of the larger of result and c0: rounding of c0 1/2, c1 t 1, sum 1/2; polynomial LA 2^-23.4, EP
+//           2^-12.8 of the result
 // Data      data/gamma_s_data.h from tools/tables/gamma_s.py
 #ifndef ORIN_VECTOR_MATH_KERNELS_GAMMA_CORE_S_H
 #define ORIN_VECTOR_MATH_KERNELS_GAMMA_CORE_S_H
@@ -18,44 +18,59 @@ namespace orin::vector_math::gamma_s {
 using namespace simd;
 namespace data = gamma_s_data;
 
-constexpr std::int32_t spacing = 1 << 19;  // of the bits of centres
 constexpr std::int32_t bits_of_least = 0x3d000000;
 
-inline constexpr struct {
-  Constant<std::int32_t> half_spacing = spacing / 2, leading = -spacing;
-  Constant<std::int32_t> to_index = spacing / 2 - bits_of_least;
-} constants{};
+// Centres have so many bits behind the leading one.
+template <int fraction_bits>
+struct Grid {
+  static constexpr std::int32_t spacing = 1 << (23 - fraction_bits);  // of the bits of centres
+  Constant<std::int32_t> half_spacing = spacing / 2, leading = -spacing, to_index = spacing / 2 - bits_of_least;
+};
+template <int fraction_bits>
+inline constexpr Grid<fraction_bits> grid{};
 
-// Coefficients 2k and 2k + 1 of each lane's row.
+// The rows of a table of pairs of coefficients, one for each lane.
 template <int length>
-ORIN_INLINE TwoVec4f coefficients(const float* table, LaneIndices<8, 4> row, int k) {
-  const auto two = [&](int i, int j) __attribute__((always_inline)) {
-    const auto pair = [&](int lane) __attribute__((always_inline)) {
-      return reinterpret_cast<const __m64*>(table + length * row.of[lane] + 2 * k);
-    };
-    return _mm_loadh_pi(_mm_loadl_pi(_mm_setzero_ps(), pair(i)), pair(j));
-  };
-  const __m128 low = two(0, 1);
-  const __m128 high = two(2, 3);
-  return {_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)), _mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))};
-}
+class Rows {
+  static_assert(length % 2 == 0);
 
-// log Gamma(x), 2^-5 <= x < 2^8.
+ public:
+  ORIN_INLINE Rows(const float* table, LaneIndices<32, 4> index) : table_(table), index_(index) {}
+  // Coefficients 2k and 2k + 1.
+  ORIN_INLINE TwoVec4f pair(int k) const {
+    const __m128 low = two(0, 1, k), high = two(2, 3, k);
+    return {_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)), _mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))};
+  }
+
+ private:
+  ORIN_INLINE const void* place(int lane, int k) const { return table_ + length * index_.of[lane] + 2 * k; }
+  ORIN_INLINE __m128 two(int i, int j, int k) const {
+    const __m128i first = _mm_loadl_epi64(static_cast<const __m128i*>(place(i, k)));
+    return _mm_loadh_pi(_mm_castsi128_ps(first), static_cast<const __m64*>(place(j, k)));
+  }
+
+  const float* table_;
+  LaneIndices<32, 4> index_;
+};
+
+// log Gamma(x), 2^-5 <= x < 2^10.
 template <Grade grade>
 ORIN_INLINE Vec4f log_gamma(Vec4f x) {
-  const auto& c = in_memory(constants);
-  const auto row = low_bits<8>(shift_right<19>(bits(x) + c.to_index));
+  static_assert(grade != Grade::ha);
+  constexpr int fraction_bits = grade == Grade::la ? 4 : 5;
+  const auto& c = in_memory(grid<fraction_bits>);
+  const auto index = low_bits<32>(shift_right<23 - fraction_bits>(bits(x) + c.to_index));
   const Vec4f t = x - from_bits((bits(x) + c.half_spacing) & c.leading);
   if constexpr (grade == Grade::la) {
-    const auto [c0, c1] = coefficients<6>(data::la_rows, row, 0);
-    const auto [c2, c3] = coefficients<6>(data::la_rows, row, 1);
-    const Vec4f c4 = coefficients<6>(data::la_rows, row, 2).first;
+    const Rows<6> row(data::la_rows, index);
+    const auto [c0, c1] = row.pair(0);
+    const auto [c2, c3] = row.pair(1);
+    const Vec4f c4 = row.pair(2).first;
     return c0 + t * (c1 + t * ((c2 + t * c3) + (t * t) * c4));
   } else {
-    static_assert(grade == Grade::ep);
-    const auto [c0, c1] = coefficients<4>(data::ep_rows, row, 0);
-    const auto [c2, c3] = coefficients<4>(data::ep_rows, row, 1);
-    return (c0 + t * c1) + (t * t) * (c2 + t * c3);
+    const Rows<4> row(data::ep_rows, index);
+    const auto [c0, c1] = row.pair(0);
+    return c0 + t * (c1 + t * row.pair(1).first);
   }
 }
 

@@ -3,6 +3,7 @@
 //
 // Method    x = n ln2 + r, |r| <= ln2/2;  with A = (2^n - 2^-n)/2, B = (2^n + 2^-n)/2:
 //           sinh x = A cosh r + B sinh r,  cosh x = B cosh r + A sinh r;  e^x - 1 = (2^n - 1) + 2^n (e^r - 1)
+//           EP has r/ln2 = x/ln2 - n in the place of r
 // Arguments of sinh and cosh from 0 to 88, of e^x - 1 up to 88 on both sides.
 // Budget    LA  in 2^-24: r 1, sinh r 1, products and sums 3, twice as heavy at n = 1;  EP  polynomials 2^-13.2
 // Data      data/hyperbolic_data.h from tools/tables/hyperbolic.py
@@ -29,17 +30,21 @@ inline constexpr struct {
   Constant<float> s0 = data::sinh_la_s_0, s1 = data::sinh_la_s_1, c0 = data::cosh_la_s_0, c1 = data::cosh_la_s_1;
   Constant<float> e0 = data::expm1_la_s_0, e1 = data::expm1_la_s_1, e2 = data::expm1_la_s_2, e3 = data::expm1_la_s_3,
                   e4 = data::expm1_la_s_4;
-  Constant<float> ep_s0 = data::sinh_ep_s_0, ep_c0 = data::cosh_ep_s_0;
-  Constant<float> ep_e0 = data::expm1_ep_s_0, ep_e1 = data::expm1_ep_s_1, ep_e2 = data::expm1_ep_s_2;
+  Constant<float> ep_s0 = data::sinh_ep_s_0, ep_s1 = data::sinh_ep_s_1, ep_c0 = data::cosh_ep_s_0;
+  Constant<float> ep_e0 = data::expm1_ep_s_0, ep_e1 = data::expm1_ep_s_1, ep_e2 = data::expm1_ep_s_2,
+                  ep_e3 = data::expm1_ep_s_3;
 } constants{};
 
-// x = n ln2 + r, t = n + to_integer.
+// x = n ln2 + r, t = n + to_integer; of EP r/ln2.
 struct Reduced {
   Vec4f t, r;
 };
+template <Grade grade>
 ORIN_INLINE Reduced reduce(const auto& c, Vec4f x) {
-  const Vec4f t = x * c.inverse + c.to_integer;
+  const Vec4f quotient = x * c.inverse;
+  const Vec4f t = quotient + c.to_integer;
   const Vec4f n = t - c.to_integer;
+  if constexpr (grade == Grade::ep) return {t, quotient - n};
   return {t, (x - n * c.ln2_high) - n * c.ln2_low};
 }
 
@@ -50,14 +55,14 @@ struct Parts {
 template <Grade grade>
 ORIN_INLINE Parts parts(Vec4f x) {
   const auto& c = in_memory(constants);
-  const auto [t, r] = reduce(c, x);
+  const auto [t, r] = reduce<grade>(c, x);
   const Vec4f power = from_bits(c.half_bits + shift_left<23>(bits(t)));
   const Vec4f inverse = from_bits(c.half_bits - shift_left<23>(bits(min(t, c.largest))));
   const Vec4f r2 = r * r;
   if constexpr (grade == Grade::la)
     return {power - inverse, power + inverse, r2 * (c.c0 + r2 * c.c1), r + (r * r2) * (c.s0 + r2 * c.s1)};
   else
-    return {power - inverse, power + inverse, r2 * c.ep_c0, r + (r * r2) * c.ep_s0};
+    return {power - inverse, power + inverse, r2 * c.ep_c0, r * (c.ep_s0 + r2 * c.ep_s1)};
 }
 
 template <Grade grade>
@@ -75,14 +80,14 @@ ORIN_INLINE Vec4f hyperbolic_cosine(Vec4f x) {
 template <Grade grade>
 ORIN_INLINE Vec4f exponential_less_one(Vec4f x) {
   const auto& c = in_memory(constants);
-  const auto [t, r] = reduce(c, x);
+  const auto [t, r] = reduce<grade>(c, x);
   const Vec4f power = from_bits(c.one_bits + shift_left<23>(bits(t)));
   const Vec4f r2 = r * r;
   Vec4f p;
   if constexpr (grade == Grade::la)
     p = r + r2 * ((c.e0 + r * c.e1) + r2 * ((c.e2 + r * c.e3) + r2 * c.e4));
   else
-    p = r + r2 * ((c.ep_e0 + r * c.ep_e1) + r2 * c.ep_e2);
+    p = r * ((c.ep_e0 + r * c.ep_e1) + r2 * (c.ep_e2 + r * c.ep_e3));
   return (power - c.one) + power * p;
 }
 

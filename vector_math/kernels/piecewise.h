@@ -8,6 +8,10 @@
 #ifndef ORIN_VECTOR_MATH_KERNELS_PIECEWISE_H
 #define ORIN_VECTOR_MATH_KERNELS_PIECEWISE_H
 
+#include <cstddef>
+#include <limits>
+#include <type_traits>
+
 #include "vector_math/kernels/double_double.h"
 #include "vector_math/simd/table.h"
 
@@ -16,14 +20,14 @@ namespace orin::vector_math::simd {
 template <class V>
 using CellIndices = LaneIndices<16, V::lanes>;
 
-// The argument's cell: its centre and the low bits of its number.
+// The argument's cell: its centre and its number, from 0 on.
 template <class V>
 struct Cell {
   V centre;
   CellIndices<V> number;
 };
 
-// Centres are the multiples of 1/steps, numbered from 0 on; for 0 <= x, far below 2^16/steps.
+// Centres are the multiples of 1/steps, from 0 on; for 0 <= x, far below 2^16/steps.
 template <int steps, class V>
 ORIN_INLINE Cell<V> nearest_multiple(V x) {
   using T = typename V::Element;
@@ -32,35 +36,39 @@ ORIN_INLINE Cell<V> nearest_multiple(V x) {
   return {step - in_memory(to_step), low_bits<16>(bits(step))};
 }
 
-// Centres are the numbers with 1 + log2(per_octave) significant bits: `per_octave` of them from a power of two to the
-// next. A number's leading bits are exponent and first fraction bits of its centre.
-template <int per_octave, class T>
+// Centres are the numbers with 1 + log2(per_octave) significant bits, from 2^first on: `per_octave` of them from a power
+// of two to the next.
+template <int per_octave, int first, class T>
 struct LeadingBits {
   using Bits = std::conditional_t<sizeof(T) == 8, std::int64_t, std::int32_t>;
-  static constexpr int shift = (sizeof(T) == 8 ? 52 : 23) - __builtin_ctz(per_octave);
+  static constexpr int fraction = std::numeric_limits<T>::digits - 1;
+  static constexpr int shift = fraction - __builtin_ctz(per_octave);
   static constexpr Bits unit = Bits{1} << shift;
-
-  static constexpr std::uint16_t number(T centre) {
-    return static_cast<std::uint16_t>(__builtin_bit_cast(Bits, centre) >> shift);
-  }
+  static constexpr Bits first_centre = Bits{std::numeric_limits<T>::max_exponent - 1 + first} << fraction;
 };
-template <int per_octave, class V>
+template <int per_octave, int first, class V>
 ORIN_INLINE Cell<V> leading_bits(V x) {
-  using Leading = LeadingBits<per_octave, typename V::Element>;
+  using L = LeadingBits<per_octave, first, typename V::Element>;
   static constexpr struct {
-    Constant<typename Leading::Bits> half = Leading::unit / 2, leading = -Leading::unit;
+    Constant<typename L::Bits> half = L::unit / 2, leading = -L::unit, origin = L::first_centre;
   } constants{};
   const auto& c = in_memory(constants);
   const auto rounded = bits(x) + c.half;
-  return {from_bits(rounded & c.leading), low_bits<16>(shift_right<Leading::shift>(rounded))};
+  return {from_bits(rounded & c.leading), low_bits<16>(shift_right<L::shift>(rounded - c.origin))};
+}
+// The number alone.
+template <int per_octave, int first, class V>
+ORIN_INLINE CellIndices<V> leading_bits_number(V x) {
+  using L = LeadingBits<per_octave, first, typename V::Element>;
+  static constexpr Constant<typename L::Bits> origin = L::first_centre - L::unit / 2;
+  return low_bits<16>(shift_right<L::shift>(bits(x) - in_memory(origin)));
 }
 
-// Rows of `count` coefficients, the first row for the cell number `first`.
+// Rows of `count` coefficients.
 template <int count, class T>
 struct RowTable {
   static_assert(count % 2 == 0);
   const T* coefficients;
-  std::uint16_t first = 0;
 };
 
 template <int count, class V>
@@ -68,8 +76,7 @@ struct Rows {
   const typename V::Element* of[V::lanes];
 
   ORIN_INLINE Rows(RowTable<count, typename V::Element> table, CellIndices<V> number) {
-    for (int lane = 0; lane < V::lanes; ++lane)
-      of[lane] = table.coefficients + count * static_cast<std::uint16_t>(number.of[lane] - table.first);
+    for (int lane = 0; lane < V::lanes; ++lane) of[lane] = table.coefficients + count * std::size_t{number.of[lane]};
   }
 };
 
@@ -133,6 +140,20 @@ ORIN_INLINE Vec2d accurate_polynomial(RowTable<10, double> table, CellIndices<Ve
 }
 ORIN_INLINE Vec2d plain_polynomial(RowTable<10, double> table, CellIndices<Vec2d> number, Vec2d t) {
   return sum_of_pairs<0, 3>(Rows<10, Vec2d>(table, number), t, t * t);
+}
+
+// |x| times a power of two that is 1 but for the least numbers: there the low parts of products would vanish.
+struct Lifted {
+  Vec2d value, inverse_factor;
+};
+ORIN_INLINE Lifted lift(Vec2d magnitude) {
+  static constexpr struct {
+    Constant<double> limit = 0x1p-960, one = 1.0;
+    Constant<std::int64_t> exponent = INT64_C(128) << 52;
+  } constants{};
+  const auto& c = in_memory(constants);
+  const Vec2l exponent = bits(magnitude < c.limit) & c.exponent;
+  return {magnitude * from_bits(bits(Vec2d(c.one)) + exponent), from_bits(bits(Vec2d(c.one)) - exponent)};
 }
 
 }  // namespace orin::vector_math::simd

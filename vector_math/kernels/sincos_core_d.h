@@ -87,38 +87,77 @@ struct Huge {
 };
 inline constexpr Huge huge_constants{};
 
+// Digits of 64/pi, from one on that the exponent e of x decides, the (e + to_first)/25th of the table.
+template <int to_first>
+class Digits {
+ public:
+  explicit ORIN_INLINE Digits(Vec2d x) {
+    const auto exponent = low_bits<11>(shift_right<52>(bits(abs(x))));
+    for (int lane = 0; lane < 2; ++lane) from_[lane] = data::digits + (exponent.of[lane] - (1023 - to_first)) / 25;
+  }
+  // Digits k and k + 1.
+  ORIN_INLINE PairsOfVec2d pair(int k) const {
+    const __m128d low = _mm_loadu_pd(from_[0] + k), high = _mm_loadu_pd(from_[1] + k);
+    return {_mm_unpacklo_pd(low, high), _mm_unpackhi_pd(low, high)};
+  }
+
+ private:
+  const double* from_[2];
+};
+
 // 64 x/pi modulo 128, for 2^20 <= |x|: less n 128/size, the rest as a pair.
 template <int size>
 ORIN_INLINE Angle reduce_huge_turns(Vec2d x) {
   static constexpr Constant<double> to_step = 0x1.8p52 * 128 / size;
   const auto& c = in_memory(huge_constants);
-  // Eight digits of 64/pi, the first one's product with the leading half of x a multiple of 128.
-  const auto exponent = low_bits<11>(shift_right<52>(bits(abs(x))));
-  const double* first = data::digits + (exponent.of[0] - (1023 + 4)) / 25;
-  const double* second = data::digits + (exponent.of[1] - (1023 + 4)) / 25;
+  // A term is the leading part of x times a digit and the rest times the digit before: exact, 2^-25 of the term before.
+  // What comes before the first one is a multiple of 128.
   const DoubleDouble parts = split(x * c.scale);
-  // term(k) = leading half times digit k, rest times digit k - 1: exact, a multiple of 2^-25 times the one before's unit.
-  Vec2d digit[8];
-  for (int k = 0; k < 8; k += 2) {
-    const __m128d a = _mm_loadu_pd(first + k), b = _mm_loadu_pd(second + k);
-    digit[k] = _mm_unpacklo_pd(a, b);
-    digit[k + 1] = _mm_unpackhi_pd(a, b);
-  }
-  const auto term = [&](int k) __attribute__((always_inline)) {
-    return parts.high * digit[k] + parts.low * digit[k - 1];
+  const Digits<-4> digits(x);
+  const auto [d0, d1] = digits.pair(0);
+  const auto [d2, d3] = digits.pair(2);
+  const auto [d4, d5] = digits.pair(4);
+  const auto [d6, d7] = digits.pair(6);
+  const auto term = [&](Vec2d digit, Vec2d before) __attribute__((always_inline)) {
+    return parts.high * digit + parts.low * before;
   };
-  const Vec2d t1 = term(1), t2 = term(2);
+  const Vec2d t1 = term(d1, d0), t2 = term(d2, d1);
   const Vec2d whole = (t1 - ((t1 + c.to_256) - c.to_256)) + (t2 - ((t2 + c.to_128) - c.to_128));  // exact
   // The sum of all terms, from the small end; the rounding errors add up beside.
-  const DoubleDouble sum5 = fast_two_sum(term(5), term(6) + term(7));
-  const DoubleDouble sum4 = fast_two_sum(term(4), sum5.high);
-  const DoubleDouble sum3 = fast_two_sum(term(3), sum4.high);
+  const DoubleDouble sum5 = fast_two_sum(term(d5, d4), term(d6, d5) + term(d7, d6));
+  const DoubleDouble sum4 = fast_two_sum(term(d4, d3), sum5.high);
+  const DoubleDouble sum3 = fast_two_sum(term(d3, d2), sum4.high);
   const Vec2d t = (whole + sum3.high) + in_memory(to_step);
   const Vec2d n = t - in_memory(to_step);
   const DoubleDouble sum2 = fast_two_sum(whole - n, sum3.high);
   const DoubleDouble sum1 = fast_two_sum(sum2.high, sum2.low + sum3.low);
   const DoubleDouble f = fast_two_sum(sum1.high, sum1.low + (sum4.low + sum5.low));
   return {f.high, f.low, bits(t)};
+}
+
+// x, a float beyond 2^20, less n 2 pi/size: five digits, whose products with x are exact. `ahead` quarter turns are
+// added to x first, and taken from n. `opposite`: n 2 pi/size less x, and n + 3.
+template <int size, int ahead = 0, bool opposite = false>
+ORIN_INLINE Angle reduce_huge_single(Vec2d x) {
+  static constexpr struct {
+    Constant<double> to_step = (0x1.8p52 + (opposite ? 3 : 0)) * 128 / size;
+    Constant<double> turned = 32.0 * ahead, unit = opposite ? -data::unit : data::unit;
+  } step{};
+  const auto& c = in_memory(huge_constants);
+  const auto& k = in_memory(step);
+  const Vec2d scaled = x * c.scale;
+  const Digits<25> digits(x);
+  const auto [d1, d2] = digits.pair(0);
+  const auto [d3, d4] = digits.pair(2);
+  const Vec2d d5 = digits.pair(4).first;
+  const Vec2d t1 = scaled * d1, t2 = scaled * d2, t3 = scaled * d3;
+  const Vec2d whole = (t1 - ((t1 + c.to_128) - c.to_128)) + (t2 - ((t2 + c.to_128) - c.to_128));  // exact
+  Vec2d v = whole + t3;
+  if constexpr (ahead != 0) v = v + k.turned;
+  const Vec2d t = v + k.to_step;
+  Vec2d n = t - k.to_step;
+  if constexpr (ahead != 0) n = n - k.turned;
+  return {(((whole - n) + t3) + (scaled * d4 + scaled * d5)) * k.unit, 0.0, bits(t)};
 }
 
 // As reduce, for 2^20 <= |x|.
@@ -134,15 +173,23 @@ ORIN_INLINE Angle reduce_huge(Vec2d x) {
   return {r.high, r.low, f.n};
 }
 
+// a where the mask is set, b elsewhere.
+ORIN_INLINE Angle select(Vec2d mask, const Angle& a, const Angle& b) {
+  return {select(mask, a.high, b.high), select(mask, a.low, b.low), bits(select(mask, from_bits(a.n), from_bits(b.n)))};
+}
+
 // Any finite x; for |x| < 2^20 the bits of reduce.
 template <Grade grade>
 ORIN_INLINE Angle reduce_any(Vec2d x) {
   const auto& c = in_memory(huge_constants);
   const Vec2d huge = abs(x) >= c.limit;
-  const Angle small = reduce<grade>(and_not(huge, x));
-  const Angle large = reduce_huge<grade>(select(huge, x, c.safe));
-  const Vec2d n = select(huge, from_bits(large.n), from_bits(small.n));
-  return {select(huge, large.high, small.high), select(huge, large.low, small.low), bits(n)};
+  return select(huge, reduce_huge<grade>(select(huge, x, c.safe)), reduce<grade>(and_not(huge, x)));
+}
+// The same for x that are floats, to EP.
+ORIN_INLINE Angle reduce_any_single(Vec2d x) {
+  const auto& c = in_memory(huge_constants);
+  const Vec2d huge = abs(x) >= c.limit;
+  return select(huge, reduce_huge_single<512>(select(huge, x, c.safe)), reduce<Grade::ep>(and_not(huge, x)));
 }
 
 // What sine and cosine of one angle share.

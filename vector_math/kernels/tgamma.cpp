@@ -4,7 +4,7 @@
 // Method    x >= 2^-5: e^(log Gamma(x)), the logarithm from the tables of gamma_core_d.h; HA as a pair
 //           |x| < 2^-5: 1/x + g(x)
 //           x <= -2^-5: e^-(log Gamma(y) + log(sin(pi t)/(pi t)))/(y t), y = -x = n + t, in pairs
-//           Single precision is HA as double EP, where x >= 2^-5; EP in float there. All other arguments as double HA.
+//           EP without pairs. Single precision is as double EP, but EP in float where x >= 2^-5.
 // Bounds    HA 0.58 ulp in double, 0.53 in single precision; EP relative 2^-26, 2^-11; LA is HA
 // Budget    HA  in ulp: log Gamma 2^-6, exponential 2^-7, last rounding 1/2;  EP log Gamma 2^-32, exponential 2^-31
 // Special   NaN -> NaN, +inf -> +inf; -inf and negative integers -> NaN, status 1; +-0 -> +-inf, status 2; overflow ->
@@ -66,44 +66,69 @@ ORIN_INLINE Vec4f from_table(Vec4f x) {
   }
 }
 
+// x < 2^-5: y = |x| = n + t, or where |x| < 2^-5 y = 1, t = 0 and Gamma(x) = 1/x + g.
+struct Below {
+  Vec2d size, near_0, y, t, sign, g;
+
+  explicit ORIN_INLINE Below(Vec2d x) {
+    const auto& c = in_memory(constants_d);
+    size = abs(x);
+    near_0 = size < c.least;
+    y = select(near_0, c.one, size);
+    const gamma_d::Nearest nearest = gamma_d::nearest(y);
+    t = abs(nearest.t);
+    // Negative where the integer below y is even: the nearest one where t >= 0, else the one before.
+    const Vec2d parity = from_bits(shift_left<63>(nearest.n_bits)) ^ (nearest.t & c.minus_zero) ^ c.minus_zero;
+    sign = select(near_0, x & c.minus_zero, parity);
+    const Vec2d x2 = x * x;
+    g = (((c.g0 + x * c.g1) + x2 * (c.g2 + x * c.g3)) +
+         (x2 * x2) * ((c.g4 + x * c.g5) + x2 * ((c.g6 + x * c.g7) + x2 * c.g8))) &
+        near_0;
+  }
+  ORIN_INLINE bool reflects() const { return lane_bits(near_0) != 3; }
+};
+
 // Gamma(x) = (high + rest) 2^k for -2^8 < x < 2^-5, |x| at least 2^-1020, x no pole.
 ORIN_INLINE pow_d::PowerPair below_table_pair(Vec2d x) {
   const auto& c = in_memory(constants_d);
-  const Vec2d size = abs(x);
-  const Vec2d near_0 = size < c.least;
-  const Vec2d y = select(near_0, c.one, size);
-  const auto [n, t, n_bits] = gamma_d::nearest(y);
-  const Vec2d distance = abs(t);
-  const DoubleDouble log = gamma_d::log_gamma_pair(y);
-  const DoubleDouble ratio = gamma_d::log_sine_ratio(distance);
-  const DoubleDouble sum = two_sum(log.high, ratio.high);
-  const DoubleDouble e = fast_two_sum(sum.high, sum.low + (log.low + ratio.low));
-  const pow_d::PowerPair power = pow_d::power_pair({Vec2d(0.0) - e.high, Vec2d(0.0) - e.low});
-  // Next to 0 y, t and the power are 1, 0 and 1, and the quotient wanted is 1/|x|.
-  const DoubleDouble product = two_product(y, distance);
-  const Vec2d d = select(near_0, size, product.high);
-  const DoubleDouble numerator = fast_two_sum(power.high, power.rest);
+  const Below at(x);
+  const DoubleDouble product = two_product(at.y, at.t);
+  const Vec2d d = select(at.near_0, at.size, product.high);
   const Vec2d inverse = c.one / d;
+  DoubleDouble numerator{c.one, Vec2d(0.0)};  // next to 0 it is that anyway
+  Vec2l k = INT64_C(0);
+  if (at.reflects()) {
+    const DoubleDouble log = gamma_d::log_gamma_pair(at.y);
+    const DoubleDouble ratio = gamma_d::log_sine_ratio(at.t);
+    const DoubleDouble sum = two_sum(log.high, ratio.high);
+    const DoubleDouble e = fast_two_sum(sum.high, sum.low + (log.low + ratio.low));
+    const pow_d::PowerPair power = pow_d::power_pair({Vec2d(0.0) - e.high, Vec2d(0.0) - e.low});
+    numerator = fast_two_sum(power.high, power.rest);
+    k = power.k;
+  }
   const Vec2d quotient = numerator.high * inverse;
   const DoubleDouble back = two_product(quotient, d);
   const Vec2d remainder = ((numerator.high - back.high) - back.low) + (numerator.low - quotient * product.low);
-  const Vec2d rest = remainder * inverse;
-  // Negative where the integer below y is even: the nearest one where t >= 0, else the one before.
-  const Vec2d parity = from_bits(shift_left<63>(n_bits)) ^ (t & c.minus_zero) ^ c.minus_zero;
-  const Vec2d sign = select(near_0, x & c.minus_zero, parity);
-  const Vec2d x2 = x * x;
-  const Vec2d g = ((c.g0 + x * c.g1) + x2 * (c.g2 + x * c.g3)) +
-                  (x2 * x2) * ((c.g4 + x * c.g5) + x2 * ((c.g6 + x * c.g7) + x2 * c.g8));
-  return {quotient ^ sign, (rest ^ sign) + (g & near_0), power.k};
+  return {quotient ^ at.sign, ((remainder * inverse) ^ at.sign) + at.g, k};
 }
 // The same as one number, for ordinary results.
+template <Grade grade>
 ORIN_INLINE Vec2d below_table(Vec2d x) {
-  const pow_d::PowerPair result = below_table_pair(x);
-  return from_bits(bits(result.high + result.rest) + shift_left<52>(result.k));
+  if constexpr (grade == Grade::ep) {
+    const Below at(x);
+    Vec2d numerator = in_memory(constants_d).one;
+    if (at.reflects())
+      numerator = pow_d::power_medium(Vec2d(0.0) - (gamma_d::log_gamma_ep(at.y) + gamma_d::log_sine_ratio_short(at.t)));
+    return ((numerator / select(at.near_0, at.size, at.y * at.t)) ^ at.sign) + at.g;
+  } else {
+    const pow_d::PowerPair result = below_table_pair(x);
+    return from_bits(bits(result.high + result.rest) + shift_left<52>(result.k));
+  }
 }
+template <Grade grade>
 ORIN_INLINE Vec4f below_table(Vec4f x) {
   const TwoVec2d wide = widen(x);
-  return narrow({below_table(wide.low), below_table(wide.high)});
+  return narrow({below_table<Grade::ep>(wide.low), below_table<Grade::ep>(wide.high)});
 }
 
 ORIN_INLINE double power_of_two(int k) { return __builtin_bit_cast(double, static_cast<std::int64_t>(k + 1023) << 52); }
@@ -176,8 +201,11 @@ struct TwoPaths : OneToOne<T> {
  private:
   [[gnu::noinline]] static void second_path(const V& x, const V& in_table, V& result) {
     const auto& c = constants();
-    const V below = below_table(select(in_table, c.below, x));
-    result = select(in_table, from_table<grade>(select(in_table, x, c.one)), below);
+    const V below = below_table<grade>(select(in_table, c.below, x));
+    if (lane_bits(in_table) == 0)
+      result = below;
+    else
+      result = select(in_table, from_table<grade>(select(in_table, x, c.one)), below);
   }
 };
 

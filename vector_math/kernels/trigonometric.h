@@ -1,4 +1,4 @@
-// trigonometric.h: what the elementwise sine, cosine and tangent have in common beside their values.
+// trigonometric.h: sine, cosine and tangent as records of the elementwise loop.
 // SPDX-License-Identifier: MIT
 //
 // Special   NaN -> NaN, no status; +-inf -> NaN, status 1
@@ -8,46 +8,78 @@
 #include <limits>
 
 #include "vector_math/kernels.h"
-#include "vector_math/kernels/sincos_core_d.h"
+#include "vector_math/kernels/sincos_core_s.h"
 #include "vector_math/simd/elementwise.h"
 
 namespace orin::vector_math {
 
-// F as a record of the elementwise loop. F has Element, results, name; fast(x) for arguments up to the (high) word
-// last_word, and wide(x) for all finite ones.
-template <class F>
-struct Trigonometric : simd::Shape<typename F::Element, 1, F::results> {
-  using T = typename F::Element;
-  static constexpr const char* name = F::name;
+// How a function F<grade> of T is evaluated: fast(x) for arguments up to the (high) word last_word, wide(x) for all
+// finite ones. F<grade> has results, and of(angle), the value(s) at a reduced argument. Doubles:
+template <template <Grade> class F, class T, Grade grade>
+struct Evaluation {
+  static constexpr std::int32_t last_word = sincos_d::reduce_to_word;
+  static ORIN_INLINE auto fast(simd::Vec2d x) { return F<grade>::of(sincos_d::reduce<grade>(x)); }
+  static ORIN_INLINE auto wide(simd::Vec2d x) { return F<grade>::of(sincos_d::reduce_any<grade>(x)); }
+};
+
+// Floats in LA and EP, with a reduction of their own, F<grade>::Reduction.
+template <template <Grade> class F, Grade grade>
+struct Evaluation<F, float, grade> {
+  using Reduction = typename F<grade>::Reduction;
+  static constexpr std::int32_t last_word = sincos_s::last_word<grade>;
+  static ORIN_INLINE auto fast(simd::Vec4f x) { return F<grade>::of(Reduction::reduce(x)); }
+  static ORIN_INLINE auto wide(simd::Vec4f x) { return F<grade>::of(Reduction::reduce_any(x)); }
+};
+
+// Floats in HA: in doubles of grade EP.
+template <template <Grade> class F>
+struct Evaluation<F, float, Grade::ha> {
+  static constexpr std::int32_t last_word = 0x497fffff;  // below 2^20
+
+  static ORIN_INLINE auto fast(simd::Vec4f x) {
+    const auto [low, high] = widen(x);
+    return both(F<Grade::ep>::of(sincos_d::reduce<Grade::ep>(low)),
+                F<Grade::ep>::of(sincos_d::reduce<Grade::ep>(high)));
+  }
+  static ORIN_INLINE auto wide(simd::Vec4f x) {
+    const auto [low, high] = widen(x);
+    return both(F<Grade::ep>::of(sincos_d::reduce_any_single(low)),
+                F<Grade::ep>::of(sincos_d::reduce_any_single(high)));
+  }
+
+ private:
+  static ORIN_INLINE simd::Vec4f both(simd::Vec2d low, simd::Vec2d high) { return simd::narrow({low, high}); }
+  static ORIN_INLINE simd::Two<simd::Vec4f> both(simd::Two<simd::Vec2d> low, simd::Two<simd::Vec2d> high) {
+    return {simd::narrow({low.first, high.first}), simd::narrow({low.second, high.second})};
+  }
+};
+
+// F<grade> of T as a record of the elementwise loop.
+template <template <Grade> class F, class T, Grade grade>
+struct Trigonometric : simd::Shape<T, 1, F<grade>::results> {
+  using Way = Evaluation<F, T, grade>;
+  static constexpr int results = F<grade>::results;
+  static constexpr const char* name = sizeof(T) == 8 ? F<grade>::name_d : F<grade>::name_s;
   static constexpr T ordinary = 0;
 
   static ORIN_INLINE simd::Vec4i beyond_fast(simd::Vec4i words) {
-    static constexpr simd::Constant<std::int32_t> last = F::last_word;
+    static constexpr simd::Constant<std::int32_t> last = Way::last_word;
     return magnitude(words) > simd::in_memory(last);
   }
-  static ORIN_INLINE auto fast(auto x) { return F::fast(x); }
-  static ORIN_INLINE auto wide(auto x) { return F::wide(x); }
+  static ORIN_INLINE auto fast(auto x) { return Way::fast(x); }
+  static ORIN_INLINE auto wide(auto x) { return Way::wide(x); }
 
   static ORIN_INLINE simd::Vec4i special_lanes(simd::Vec4i words) {
     static constexpr simd::Constant<std::int32_t> last = sizeof(T) == 8 ? 0x7fefffff : 0x7f7fffff;
     return magnitude(words) > simd::in_memory(last);
   }
-  static simd::Outcome<T, F::results> special(T x) {
-    simd::Outcome<T, F::results> outcome;
+  static simd::Outcome<T, results> special(T x) {
+    simd::Outcome<T, results> outcome;
     const bool is_nan = x != x;
     for (T& value : outcome.value) value = is_nan ? x + x : std::numeric_limits<T>::quiet_NaN();
     outcome.status = is_nan ? KOR_STATUS_OK : KOR_STATUS_ERRDOM;
     return outcome;
   }
-};
-
-// A function of doubles, F::of(angle), by the reduction of its grade.
-template <class F, Grade grade>
-struct ByAngle : F {
-  using Element = double;
-  static constexpr std::int32_t last_word = sincos_d::reduce_to_word;
-  static ORIN_INLINE auto fast(simd::Vec2d x) { return F::of(sincos_d::reduce<grade>(x)); }
-  static ORIN_INLINE auto wide(simd::Vec2d x) { return F::of(sincos_d::reduce_any<grade>(x)); }
 };
 
 }  // namespace orin::vector_math

@@ -10,10 +10,11 @@
 
 namespace orin::vector_math::simd {
 
-// The low `count` bits of each lane (at most 16) as array indices.
+// The low `count` bits of each lane (at most 16, or 32) as array indices. Take 32 where the other bits of the
+// lane's low word are clear and 8 do not suffice: loads of half words came out a third slower in the benchmark.
 template <int count, int lanes>
 struct LaneIndices {
-  static_assert(count <= 16);
+  static_assert(count <= 16 || count == 32);
   std::uint32_t of[lanes];
 
   ORIN_INLINE LaneIndices(std::uint32_t first, std::uint32_t second) : of{first, second} {}
@@ -25,6 +26,8 @@ struct LaneIndices {
     for (int lane = 0; lane < lanes; ++lane) {
       if constexpr (count == 8) {
         of[lane] = memory[lane * stride];
+      } else if constexpr (count == 32) {
+        std::memcpy(&of[lane], memory + lane * stride, sizeof of[lane]);
       } else {
         std::uint16_t low;
         std::memcpy(&low, memory + lane * stride, sizeof low);

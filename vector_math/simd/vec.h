@@ -175,6 +175,12 @@ ORIN_INLINE TwoVec2d to_double(Vec4i a) {
   return {_mm_cvtepi32_pd(a.raw), _mm_cvtepi32_pd(_mm_shuffle_epi32(a.raw, _MM_SHUFFLE(3, 2, 3, 2)))};
 }
 
+// The low words of four 64-bit integers, in order.
+ORIN_INLINE Vec4i low_words(Vec2l low, Vec2l high) {
+  return _mm_castps_si128(
+      _mm_shuffle_ps(_mm_castsi128_ps(low.raw), _mm_castsi128_ps(high.raw), _MM_SHUFFLE(2, 0, 2, 0)));
+}
+
 // The high words of four doubles, in order.
 ORIN_INLINE Vec4i high_words(Vec2d low, Vec2d high) {
   return _mm_castps_si128(_mm_shuffle_ps(_mm_castpd_ps(low.raw), _mm_castpd_ps(high.raw), _MM_SHUFFLE(3, 1, 3, 1)));

@@ -3,6 +3,8 @@
 #include <NTL/GF2XFactoring.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <random>
 #include <set>
 #include <utility>
 
@@ -28,9 +30,16 @@ NTL::GF2X minimal_polynomial(int32_t set, int bit) {
   return NTL::MinPolySeq(bits, degree);
 }
 
+// One set of each 32nd of the table, drawn anew in each run: --gtest_random_seed=SEED repeats it.
 TEST(Mt2203, CharacteristicPolynomialsAreIrreducible) {
+  const int32_t asked = GTEST_FLAG_GET(random_seed);
+  const uint32_t seed = asked != 0 ? static_cast<uint32_t>(asked) : std::random_device{}() % 99999 + 1;
+  std::printf("seed of the sample: %u\n", seed);
+  std::mt19937 random(seed);
   std::set<std::string> seen;
-  for (int32_t set = 0; set < sets; set = set < sets - 1 && set + 251 >= sets ? sets - 1 : set + 251) {
+  for (int32_t part = 0; part < 32; ++part) {
+    const int32_t first = sets * part / 32, end = sets * (part + 1) / 32;
+    const int32_t set = first + static_cast<int32_t>(random() % static_cast<uint32_t>(end - first));
     const NTL::GF2X p = minimal_polynomial(set, 31 - set % 32);
     EXPECT_EQ(NTL::deg(p), degree) << set;
     EXPECT_TRUE(NTL::IterIrredTest(p)) << set;
@@ -39,7 +48,6 @@ TEST(Mt2203, CharacteristicPolynomialsAreIrreducible) {
     for (long i = 0; i < degree; ++i) bits += NTL::IsOne(NTL::coeff(p, i)) ? '1' : '0';
     EXPECT_TRUE(seen.insert(bits).second) << set;
   }
-  EXPECT_EQ(seen.size(), 25U);
   EXPECT_EQ(faulty_core::live_blocks(), 0);
 }
 

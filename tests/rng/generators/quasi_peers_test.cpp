@@ -27,17 +27,4 @@ TEST(QuasiPeers, SobolInAllDimensions) {
   }
 }
 
-// Niederreiter's g is free: the library's starts every row block with ones. Dimensions of degree one know no choice.
-TEST(QuasiPeers, NiederreiterInTheDimensionsWithoutChoice) {
-  gsl_qrng* peer = gsl_qrng_alloc(gsl_qrng_niederreiter_2, 2);
-  const std::vector<double> r = uniforms<double>(new_stream(JUN_BRNG_NIEDERR, {2}), 2 * 50000);
-  double expected[2];
-  gsl_qrng_get(peer, expected);  // the zero point
-  for (std::size_t i = 0; i < 50000; ++i) {
-    gsl_qrng_get(peer, expected);
-    for (std::size_t j = 0; j < 2; ++j) ASSERT_NEAR(r[2 * i + j], expected[j], 0x1p-29) << i;
-  }
-  gsl_qrng_free(peer);
-}
-
 }  // namespace

@@ -242,16 +242,6 @@ Stream copy_of(const Stream& stream) {
   return Stream(copy);
 }
 
-namespace {
-
-JunBrngProperties row_of(const Stream& stream) {
-  JunBrngProperties row = {};
-  EXPECT_EQ(__junGetBrngProperties(__junGetStreamStateBrng(stream.get()), &row), JUN_RNG_OK);
-  return row;
-}
-
-}  // namespace
-
 template <>
 std::vector<double> uniforms(const Stream& stream, std::size_t n, double a, double b) {
   std::vector<double> r(n);

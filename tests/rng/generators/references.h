@@ -6,12 +6,12 @@
 #include <array>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "orin/rng.h"
+#include "tests/rng/support.h"
 
 namespace references {
 
@@ -42,11 +42,6 @@ std::array<uint32_t, 32> niederreiter_columns(uint32_t dimension);
 // The polynomial over GF(2) of a dimension, by value among those of its degree.
 uint64_t irreducible_polynomial(uint32_t dimension);
 
-// A stream that is deleted with its owner.
-struct DeleteStream {
-  void operator()(void* stream) const { __junDeleteStream(&stream); }
-};
-using Stream = std::unique_ptr<void, DeleteStream>;
 Stream new_stream(int32_t brng, const std::vector<uint32_t>& seeds);
 Stream copy_of(const Stream& stream);
 

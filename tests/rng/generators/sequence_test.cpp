@@ -8,10 +8,11 @@
 #include <limits>
 #include <random>
 
+#include "rng/data/wh_parameters.h"
 #include "rng/stream_layout.h"
 #include "tests/rng/generators/references.h"
-#include "tests/support/faulty_core.h"
 #include "tests/support/guard_pages.h"
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -20,11 +21,7 @@ using namespace references;
 class Sequence : public testing::TestWithParam<Family> {
  protected:
   Stream stream() const { return new_stream(GetParam().brng, GetParam().seeds); }
-  JunBrngProperties row() const {
-    JunBrngProperties row = {};
-    EXPECT_EQ(__junGetBrngProperties(GetParam().brng, &row), JUN_RNG_OK);
-    return row;
-  }
+  JunBrngProperties row() const { return row_of(GetParam().brng); }
 };
 
 INSTANTIATE_TEST_SUITE_P(Families, Sequence, testing::ValuesIn(families()),
@@ -44,84 +41,148 @@ TEST_P(Sequence, RawOutputsFollowTheRecurrence) {
   }
 }
 
-// a + (b - a) u, a rounding at each step: the sum of four quotients in WH, one quotient or none elsewhere.
-TEST_P(Sequence, UniformsAreTheScaledOutputs) {
-  struct Range {
-    double a, b;
-  };
-  for (const Range range : {Range{0, 1}, Range{-3, 5}, Range{1e-3, 1e6}, Range{-1e-290, 1e-290}}) {
-    const Generator next = GetParam().start();
-    const std::vector<double> r = uniforms<double>(stream(), length, range.a, range.b);
-    const auto fa = static_cast<float>(range.a), fb = static_cast<float>(range.b);
-    const std::vector<float> s = uniforms<float>(stream(), length, fa, fb);
-    const double size = std::abs(range.a) + std::abs(range.b);
-    for (std::size_t k = 0; k < length; ++k) {
-      const long double u = next().u;
-      ASSERT_LE(std::abs(r[k] - (range.a + (static_cast<long double>(range.b) - range.a) * u)), size * 0x1p-50) << k;
-      ASSERT_LE(std::abs(s[k] - (fa + (static_cast<long double>(fb) - fa) * u)), size * 0x1p-22) << k;
-    }
+// u to a + (b - a) u, each operation rounded; a result that rounds to b becomes the value below it.
+template <class T>
+T mapped(T u, T a, T b) {
+  const T product = (b - a) * u, r = a + product;
+  return a < b ? std::min(r, std::nextafter(b, a)) : r;
+}
+
+template <class T>
+void expect_mapped(const Family& family, const std::vector<std::pair<T, T>>& intervals) {
+  const std::vector<T> u = uniforms<T>(new_stream(family.brng, family.seeds), 4001);
+  for (const auto& [a, b] : intervals) {
+    const std::vector<T> r = uniforms<T>(new_stream(family.brng, family.seeds), u.size(), a, b);
+    for (std::size_t k = 0; k < u.size(); ++k) ASSERT_EQ(r[k], mapped(u[k], a, b)) << k << " on " << a << ", " << b;
   }
 }
 
-// Words of 32 bits fit a double; single precision takes 31 bits of u and rounds them once.
+// Wide and narrow intervals, some with nothing or little between their ends, empty and reversed ones.
+TEST_P(Sequence, UniformsOfAnyIntervalAreMapped) {
+  expect_mapped<float>(GetParam(), {{-3, 5},
+                                    {1e-3f, 1e6f},
+                                    {1, std::nextafter(1.0f, 2.0f)},
+                                    {-1, -1 + 0x1p-22f},
+                                    {-0x1p-149f, 0},
+                                    {-1e38f, 2e38f},
+                                    {2.5f, 2.5f},
+                                    {5, 3}});
+  if (GetParam().name == "MCG31M1") return;  // whose doubles have a formula of their own
+  expect_mapped<double>(GetParam(), {{-3, 5},
+                                     {-1e-290, 1e-290},
+                                     {1, std::nextafter(1.0, 2.0)},
+                                     {0x1p52, 0x1p52 + 3},
+                                     {-0x1p-1074, 0},
+                                     {0, 0x1p-1074},
+                                     {-1e308, 0.5e308},
+                                     {2.5, 2.5},
+                                     {5, 3}});
+}
+
+// The one rounding of a number of [0, 1); what rounds to 1 becomes the value below.
+template <class T>
+T rounded(long double u) {
+  return std::min(static_cast<T>(u), std::nextafter(T{1}, T{0}));
+}
+
+// Outputs of a list, as they come first from a stream: with so few of them, and with the same in front of many more.
+template <class T>
+T first_uniform(int32_t brng, const std::vector<uint32_t>& seeds) {
+  const T r = uniforms<T>(new_stream(brng, seeds), 1)[0];
+  EXPECT_EQ(uniforms<T>(new_stream(brng, seeds), 40)[0], r);
+  return r;
+}
+
 TEST_P(Sequence, UnitUniformsAreRoundedOnce) {
   const Generator next = GetParam().start();
   const std::vector<double> r = uniforms<double>(stream(), length);
   const std::vector<float> s = uniforms<float>(stream(), length);
   const std::string name = GetParam().name;
-  const bool quotient = name.starts_with("WH") || name == "MRG32K3A" || name == "MCG31M1";
   for (std::size_t k = 0; k < length; ++k) {
     const long double u = next().u;
-    if (!quotient) {
-      ASSERT_EQ(r[k], std::min(static_cast<double>(u), 1 - 0x1p-53)) << k;
-      ASSERT_EQ(s[k], std::min(static_cast<float>(std::ldexp(std::floor(std::ldexp(u, 31)), -31)), 1 - 0x1p-24f)) << k;
-    } else {
-      if (name == "MRG32K3A") {
-        ASSERT_EQ(r[k], static_cast<double>(std::llround(u * 4294967087.0L)) / 4294967087.0) << k;
+    ASSERT_EQ(s[k], rounded<float>(u)) << k;
+    if (name == "MRG32K3A") {
+      ASSERT_EQ(r[k], static_cast<double>(std::llround(u * 4294967087.0L)) / 4294967087.0) << k;
+    } else if (name.starts_with("WH")) {
+      ASSERT_LE(std::abs(r[k] - u), u * 0x1p-53L + 0x1p-60L) << k;
+    } else if (name != "MCG31M1") {  // whose doubles have a formula of their own
+      ASSERT_EQ(r[k], rounded<double>(u)) << k;
+    }
+  }
+}
+
+// Numbers whose rounding is hard: halfway and next to it, with any number of leading zeros, nearly 0 and nearly 1.
+TEST(Rounding, HardCases) {
+  std::vector<uint64_t> hard;  // of 64 bits, most of them in the leading ones
+  for (int zeros = 0; zeros < 64; ++zeros)
+    for (const uint64_t mantissa : {0x800000ULL, 0x800001ULL, 0xFFFFFFULL, 0xABCDEEULL})
+      for (const uint64_t half : {0ULL, 0x7FFFFFFFFFULL, 0x8000000000ULL, 0x8000000001ULL, 0x8000008000ULL})
+        hard.push_back((mantissa << 40 | half) >> zeros);
+  for (std::size_t at = 0; at < hard.size(); at += 103) {  // an R250 that delivers its table first
+    std::vector<uint32_t> table(250);
+    for (std::size_t i = 0; i < 103 && at + i < hard.size(); ++i) table[i] = static_cast<uint32_t>(hard[at + i] >> 32);
+    const std::vector<float> s = uniforms<float>(new_stream(JUN_BRNG_R250, table), 103);
+    for (std::size_t i = 0; i < 103; ++i) ASSERT_EQ(s[i], rounded<float>(table[i] * 0x1p-32L)) << std::hex << table[i];
+  }
+  for (const uint64_t bits : hard) {
+    if (const uint64_t x = bits >> 5; x != 0) {
+      const std::vector<uint32_t> seeds = {static_cast<uint32_t>(x), static_cast<uint32_t>(x >> 32)};
+      const long double u = static_cast<long double>(x) * 0x1p-59L;
+      ASSERT_EQ(first_uniform<float>(JUN_BRNG_MCG59, seeds), rounded<float>(u)) << std::hex << x;
+      ASSERT_EQ(first_uniform<double>(JUN_BRNG_MCG59, seeds), rounded<double>(u)) << std::hex << x;
+    }
+    if (const auto x = static_cast<uint32_t>(bits >> 33); x % 2147483647 != 0) {
+      ASSERT_EQ(first_uniform<float>(JUN_BRNG_MCG31M1, {x}), rounded<float>(x / 2147483647.0L)) << x;
+    }
+  }
+  // 1 +- 4 j / (m1 m2) and 1 +- 6 k / (m3 m4), from x and m - x.
+  const uint32_t* m = orin::rng::wh_moduli[0];
+  for (int64_t j = -40; j <= 40; ++j) {
+    for (int64_t k = -5000; k <= 5000; k += 613) {
+      if (j == 0 || k == 0) continue;
+      std::vector<uint32_t> x(4);
+      long double u = 0;
+      for (std::size_t i = 0; i < 4; i += 2) {
+        const int64_t c = i == 0 ? j : k;
+        x[i] = static_cast<uint32_t>(c > 0 ? c : m[i] + c);
+        x[i + 1] = static_cast<uint32_t>(c > 0 ? m[i + 1] - c : -c);
+        const int64_t apart = int64_t{m[i + 1]} - m[i];
+        u += static_cast<long double>(c * apart) / (static_cast<long double>(m[i]) * m[i + 1]);
       }
-      ASSERT_LE(std::abs(r[k] - u), 0x1p-50) << k;
-      ASSERT_LE(std::abs(s[k] - u), 0x1p-31 + u * 0x1p-23) << k;
+      u = u < 0 ? 1 + u : u;
+      const double r = first_uniform<double>(JUN_BRNG_WH, x);
+      ASSERT_LE(std::abs(r - u), u * 0x1p-53L + 0x1p-63L) << j << ' ' << k;
+      ASSERT_LT(r, 1);
+      ASSERT_NEAR(first_uniform<float>(JUN_BRNG_WH, x), rounded<float>(u), 0x1p-60) << j << ' ' << k;
     }
   }
 }
 
 // Calls of all lengths and kinds in a random order, into arrays between guard pages at every 4-byte alignment.
 TEST_P(Sequence, CutsAlignmentsAndKindsOfCallsDoNotMatter) {
-  const std::size_t raw_words = GetParam().words * GetParam().outputs_per_raw;
-  std::vector<Stream> streams;
-  for (int kind = 0; kind < 4; ++kind) streams.push_back(stream());
+  const std::size_t words = GetParam().words, per_raw = GetParam().outputs_per_raw;
   const std::vector<double> d = uniforms<double>(stream(), length, -2.0, 3.0);
   const std::vector<float> s = uniforms<float>(stream(), length, -2.0f, 3.0f);
-  const std::vector<uint32_t> w = raw(stream(), length, raw_words);
+  const std::vector<uint32_t> w = raw(stream(), length, words * per_raw);
+  const Stream cut = stream();
   std::mt19937 random(static_cast<uint32_t>(GetParam().brng));
-  std::size_t at[3] = {}, mixed = 0;
-  const auto same = [](const auto& part, const auto& whole, std::size_t from) {
-    return std::memcmp(part.data(), whole.data() + from, part.size() * sizeof whole[0]) == 0;
-  };
-  for (int call = 0; call < 250; ++call) {
-    const std::size_t most = call % 8 == 0 ? 900 : call % 2 == 0 ? 70 : 10;
-    const std::size_t n = random() % most, offset = 4 * (random() % 4);
-    const auto side = [&]<class T>(GuardedArray<T>*) {
-      return call % 3 == 0 ? GuardedArray<T>::at_start : GuardedArray<T>::at_end;
-    };
-    GuardedArray<double> pd(n, side(static_cast<GuardedArray<double>*>(nullptr)), offset), qd(n);
-    GuardedArray<float> ps(n, side(static_cast<GuardedArray<float>*>(nullptr)), offset), qs(n);
-    GuardedArray<uint32_t> pw(n * raw_words, side(static_cast<GuardedArray<uint32_t>*>(nullptr)), offset);
+  std::size_t place = 0;
+  for (int call = 0; place + 4 * 900 < length; ++call) {
+    const std::size_t n = random() % (call % 8 == 0 ? 900 : call % 2 == 0 ? 70 : 10), offset = 4 * (random() % 4);
     const auto count = static_cast<int32_t>(n);
-    ASSERT_EQ(row().dBRng(streams[0].get(), count, pd.data(), -2, 3), JUN_RNG_OK);
-    ASSERT_EQ(row().sBRng(streams[1].get(), count, ps.data(), -2, 3), JUN_RNG_OK);
-    ASSERT_EQ(row().iBRng(streams[2].get(), count, pw.data()), JUN_RNG_OK);
-    ASSERT_TRUE(same(pd, d, at[0]) && same(ps, s, at[1]) && same(pw, w, at[2] * raw_words)) << "call " << call;
-    ASSERT_TRUE(pd.surroundings_intact() && ps.surroundings_intact() && pw.surroundings_intact());
-    for (std::size_t& place : at) place += n;
-    if (call % 2 == 0) {
-      ASSERT_EQ(row().dBRng(streams[3].get(), count, qd.data(), -2, 3), JUN_RNG_OK);
-      ASSERT_TRUE(same(qd, d, mixed)) << "call " << call;
-    } else {
-      ASSERT_EQ(row().sBRng(streams[3].get(), count, qs.data(), -2, 3), JUN_RNG_OK);
-      ASSERT_TRUE(same(qs, s, mixed)) << "call " << call;
+    const auto expect = [&]<class T>(const T* expected, std::size_t elements, auto fill) {
+      GuardedArray<T> r(elements, call % 3 == 0 ? GuardedArray<T>::at_start : GuardedArray<T>::at_end, offset);
+      ASSERT_EQ(fill(r.data()), JUN_RNG_OK);
+      ASSERT_TRUE(std::memcmp(r.data(), expected, elements * sizeof(T)) == 0 && r.surroundings_intact()) << call;
+    };
+    const auto kind = random() % 3;
+    if (kind == 0) expect(&d[place], n, [&](double* r) { return row().dBRng(cut.get(), count, r, -2, 3); });
+    if (kind == 1) expect(&s[place], n, [&](float* r) { return row().sBRng(cut.get(), count, r, -2, 3); });
+    if (kind == 2) {
+      expect(&w[place * words], n * words * per_raw, [&](uint32_t* r) { return row().iBRng(cut.get(), count, r); });
     }
-    mixed += n;
+    ASSERT_FALSE(HasFatalFailure());
+    place += kind == 2 ? n * per_raw : n;
   }
 }
 
@@ -161,31 +222,6 @@ TEST_P(Sequence, NothingIsWrittenForNoOutputs) {
   EXPECT_EQ(row().iBRng(cut.get(), 1, nullptr), JUN_RNG_NULL_POINTER);
 }
 
-// Intervals where a + (b - a) u rounds up to b often, or nothing lies between a and b.
-template <class T>
-void expect_half_open(const Stream& stream, T a, T b) {
-  for (const T r : uniforms<T>(stream, 4000, a, b))
-    ASSERT_TRUE(a <= r && r < b) << r << " in [" << a << ", " << b << ")";
-}
-
-TEST_P(Sequence, UniformsStayBelowTheEnd) {
-  const Stream s = stream();
-  if (GetParam().name != "MCG31M1") {  // whose doubles keep to their formula
-    expect_half_open(s, 1.0, std::nextafter(1.0, 2.0));
-    expect_half_open(s, 0x1p52, 0x1p52 + 3);
-    expect_half_open(s, -0x1p-1074, 0.0);
-    expect_half_open(s, 0.0, 0x1p-1074);
-    expect_half_open(s, -1e308, 0.5e308);
-  }
-  expect_half_open(s, 0.0f, 1.0f);
-  expect_half_open(s, 1.0f, std::nextafter(1.0f, 2.0f));
-  expect_half_open(s, -1.0f, -1 + 0x1p-22f);
-  expect_half_open(s, -0x1p-149f, 0.0f);
-  expect_half_open(s, -1e38f, 2e38f);
-  EXPECT_EQ(uniforms<double>(s, 9, 2.5, 2.5), std::vector<double>(9, 2.5));
-  for (const double r : uniforms<double>(s, 99, 5, 3)) EXPECT_TRUE(3 <= r && r <= 5);  // reversed
-}
-
 // The state as any bytes at all: the calls end, and no byte outside the state and the array is touched.
 TEST_P(Sequence, CorruptStatesAreHarmless) {
   std::mt19937 random(99);
@@ -204,17 +240,20 @@ TEST_P(Sequence, CorruptStatesAreHarmless) {
   }
 }
 
-TEST_P(Sequence, CopiesAndSavedImagesContinue) {
+// Copied, and loaded from a saved image, a stream goes on with the same numbers on whatever thread.
+TEST_P(Sequence, ContinuesWhereverItIsCarried) {
   const Stream s = stream();
   uniforms<float>(s, 777);
-  const Stream copy = copy_of(s);
   std::vector<unsigned char> image(static_cast<std::size_t>(__junGetStreamSize(s.get())));
   ASSERT_EQ(__junSaveStreamM(s.get(), image.data()), JUN_RNG_OK);
+  std::vector<double> found[4];
+  run_threads(4, [&](int thread) {
+    void* mine = nullptr;
+    EXPECT_EQ(thread % 2 == 0 ? __junCopyStream(&mine, s.get()) : __junLoadStreamM(&mine, image.data()), JUN_RNG_OK);
+    found[thread] = uniforms<double>(Stream(mine), 3001);
+  });
   const std::vector<double> expected = uniforms<double>(s, 3001);
-  EXPECT_EQ(uniforms<double>(copy, 3001), expected);
-  void* loaded = nullptr;
-  ASSERT_EQ(__junLoadStreamM(&loaded, image.data()), JUN_RNG_OK);
-  EXPECT_EQ(uniforms<double>(Stream(loaded), 3001), expected);
+  for (const std::vector<double>& numbers : found) EXPECT_EQ(numbers, expected);
 }
 
 TEST(Memory, NothingIsLeftBehind) {

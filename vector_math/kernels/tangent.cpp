@@ -1,4 +1,4 @@
-// tangent_d: elementwise tan x, double.
+// tangent: elementwise tan x, both precisions.
 // SPDX-License-Identifier: MIT
 //
 // Method    x = n a + r as in sincos_core_d.h;  tan x = (S + C t)/(C - S t), t = tan r, S/C = tan n a from a table, the
@@ -6,10 +6,11 @@
 //           LA, EP  so in working precision
 //           HA      S, C and t as pairs, both products of high parts exact. The quotient is cut to 26 bits; what is
 //                   left of the dividend then is exact, and divided it completes the quotient.
-// Bounds    HA 0.51 ulp, LA relative 2^-50, EP relative 2^-26, for every finite argument
+//           single  LA, EP as in sincos_core_s.h; HA in doubles of grade EP
+// Bounds    HA 0.51 ulp; LA relative 2^-50, 2^-21; EP relative 2^-26, 2^-11; for every finite argument
 // Budget    HA  in ulp: lower parts 2^-8, rounding 1/2
 //           LA  in 2^-53: t 2, S 1, dividend 1/2, divisor 1, quotient 1/2;   EP polynomial 2^-31
-// Special   NaN -> NaN, no status; +-inf -> NaN, status 1; tan +-0 = +-0. No double is a pole.
+// Special   NaN -> NaN, no status; +-inf -> NaN, status 1; tan +-0 = +-0. No number is a pole.
 // Data      data/tangent_d_data.h from tools/tables/tangent_d.py
 #include "vector_math/data/tangent_d_data.h"
 #include "vector_math/kernels/trigonometric.h"
@@ -26,10 +27,16 @@ constexpr struct {
 constexpr struct { Constant<double> one = 1.0, t0 = data::la_0, t1 = data::la_1; } la_constants{};
 constexpr struct { Constant<double> one = 1.0, t0 = data::ep_0; } ep_constants{};
 
-template <Grade grade>
-struct Tangent {
+struct OneTangent {
   static constexpr int results = 1;
-  static constexpr const char* name = "vdTan";
+  static constexpr const char* name_s = "vsTan";
+  static constexpr const char* name_d = "vdTan";
+};
+
+template <Grade grade>
+struct Tangent : OneTangent {
+  using Reduction = sincos_s::QuarterTurns<grade>;
+  static ORIN_INLINE Vec4f of(const sincos_s::Angle& angle) { return sincos_s::tangent<grade>(angle); }
 
   static ORIN_INLINE Vec2d of(const sincos_d::Angle& angle) {
     const auto [s, c] = look_up_pairs(data::la_table, low_bits<8>(angle.n));
@@ -48,10 +55,7 @@ struct Tangent {
 };
 
 template <>
-struct Tangent<Grade::ha> {
-  static constexpr int results = 1;
-  static constexpr const char* name = "vdTan";
-
+struct Tangent<Grade::ha> : OneTangent {
   // a/b for pairs high - low, low up to 2^-10 of high, as one number; 0/b keeps its sign.
   static ORIN_INLINE Vec2d quotient(DoubleDouble a, DoubleDouble b) {
     const auto& k = in_memory(ha_constants);
@@ -86,13 +90,16 @@ struct Tangent<Grade::ha> {
 
 }  // namespace
 
-#define ORIN_TANGENT(grade)                                                                    \
-  void ORIN_CALL tan_d_##grade(std::int32_t n, const double* a, double* r) {                   \
-    elementwise<Trigonometric<ByAngle<Tangent<Grade::grade>, Grade::grade>>>({}, n, {a}, {r}); \
+#define ORIN_TANGENT(name, T, grade)                                       \
+  void ORIN_CALL name##_##grade(std::int32_t n, const T* a, T* r) {        \
+    elementwise<Trigonometric<Tangent, T, Grade::grade>>({}, n, {a}, {r}); \
   }
-ORIN_TANGENT(la)
-ORIN_TANGENT(ha)
-ORIN_TANGENT(ep)
+ORIN_TANGENT(tan_s, float, la)
+ORIN_TANGENT(tan_s, float, ha)
+ORIN_TANGENT(tan_s, float, ep)
+ORIN_TANGENT(tan_d, double, la)
+ORIN_TANGENT(tan_d, double, ha)
+ORIN_TANGENT(tan_d, double, ep)
 #undef ORIN_TANGENT
 
 }  // namespace orin::vector_math

@@ -1,0 +1,111 @@
+// complex_exponential: elementwise e^z and cos a + i sin a, both precisions.
+// SPDX-License-Identifier: MIT
+//
+// Method    e^(x + i y) = e^x cos y + i e^x sin y, by exp_core_d.h and sincos_core_d.h; single precision in double
+// Bounds    e^z HA each part 2 ulp; LA 8 ulp of the modulus, EP 2^-26, 2^-11 of it; CIS as sine and cosine
+// Budget    HA  in ulp of a part: e^x 0.53, cosine or sine 0.51, each up to twice as heavy, product 1/2
+// Special   C Annex G; a part that overflows -> status 3; e^x below the least normal number -> status 4; finite x with
+//           infinite y, and +inf with it -> NaN, status 1. CIS of +-inf -> NaN, status 1
+#include "vector_math/kernels.h"
+#include "vector_math/kernels/complex_periodic.h"
+
+namespace orin::vector_math {
+
+using namespace complex_periodic;
+
+namespace {
+
+struct Exp {
+  static constexpr const char* name_c = "vcExp";
+  static constexpr const char* name_z = "vzExp";
+  template <class T>
+  static constexpr std::int32_t last_word = sizeof(T) == 8 ? 0x40860fff : 0x42adffff;  // below 706, 87
+
+  template <Grade grade>
+  static ORIN_INLINE ComplexD of(Vec2d x, const sincos_d::Parts<grade>& parts) {
+    const Vec2d e = exp_d::Power<grade>::template of<0>(x);
+    return {e * parts.cosine(), e * parts.sine()};
+  }
+
+  template <class T, Grade grade>
+  static Outcome<KorComplex16> special(KorComplex16 z) {
+    if (is_nan(z.im) || is_infinite(z.im)) {
+      const std::int32_t status = is_infinite(z.im) && !is_nan(z.re) ? KOR_STATUS_ERRDOM : KOR_STATUS_OK;
+      if (z.re == -infinity) return {{{0.0, std::copysign(0.0, z.im)}}, KOR_STATUS_OK};
+      return {{{z.re == infinity ? infinity : not_a_number, not_a_number}}, status};
+    }
+    if (is_nan(z.re)) return {{{z.re + z.re, z.im == 0 ? z.im : not_a_number}}, KOR_STATUS_OK};
+    const auto [sine, cosine] = sine_and_cosine<grade>(z.im);
+    if (is_infinite(z.re)) {
+      const double modulus = z.re > 0 ? infinity : 0.0;
+      return {{{std::copysign(modulus, cosine), z.im == 0 ? z.im : std::copysign(modulus, sine)}}, KOR_STATUS_OK};
+    }
+    const std::int32_t status = z.re < double{ExponentialRange<T>::subnormal} ? KOR_STATUS_UNDERFLOW : KOR_STATUS_OK;
+    if (std::fabs(z.re) >= 700)
+      return checked<T>(far_exponential_times<grade>(z.re, cosine), far_exponential_times<grade>(z.re, sine), status);
+    const double modulus = first_lane(exp_d::Power<grade>::template of<0>(z.re));
+    return checked<T>(modulus * cosine, modulus * sine, status);
+  }
+};
+
+template <class T, Grade grade>
+struct Cis : OneToOther<T, ComplexOf<T>> {
+  using V = typename RegisterOf<T>::type;
+  using Z = ComplexOf<T>;
+  static constexpr const char* name = sizeof(T) == 8 ? "vzCIS" : "vcCIS";
+  static constexpr T ordinary = 0;
+  static constexpr int groups_per_step = 1;
+
+  static ORIN_INLINE Vec4i special_lanes(Vec4i words) {
+    static constexpr Constant<std::int32_t> last = sizeof(T) == 8 ? 0x7fefffff : 0x7f7fffff;
+    return magnitude(words) > in_memory(last);
+  }
+  static ORIN_INLINE Vec4i beyond_fast(Vec4i words) {
+    static constexpr Constant<std::int32_t> last = sizeof(T) == 8 ? sincos_d::reduce_to_word : 0x497fffff;
+    return magnitude(words) > in_memory(last);
+  }
+  static ORIN_INLINE Complex<V> fast(V a) {
+    return in_double(
+        a, [](Vec2d y) __attribute__((always_inline)) { return sincos_d::reduce<grade>(y); });
+  }
+  static ORIN_INLINE Complex<V> wide(V a) {
+    return in_double(
+        a, [](Vec2d y) __attribute__((always_inline)) { return sincos_d::reduce_any<grade>(y); });
+  }
+  static Outcome<Z> special(T a) {
+    constexpr T nan = std::numeric_limits<T>::quiet_NaN();
+    if (a != a) return {{{a + a, a + a}}, KOR_STATUS_OK};
+    return {{{nan, nan}}, KOR_STATUS_ERRDOM};
+  }
+
+ private:
+  static ORIN_INLINE Complex<V> in_double(V a, auto reduce) {
+    if constexpr (sizeof(T) == 8) {
+      const sincos_d::Parts<grade> parts(reduce(a));
+      return {parts.cosine(), parts.sine()};
+    } else {
+      const TwoVec2d y = widen(a);
+      const sincos_d::Parts<grade> low(reduce(y.low)), high(reduce(y.high));
+      return {narrow({low.cosine(), high.cosine()}), narrow({low.sine(), high.sine()})};
+    }
+  }
+};
+
+}  // namespace
+
+ORIN_COMPLEX_PERIODIC(exp, Straight<Exp>)
+
+void ORIN_CALL cis_c(std::int32_t n, const float* a, KorComplex8* r) {
+  elementwise<Cis<float, Grade::ep>>({}, n, {a}, {r});
+}
+void ORIN_CALL cis_z_la(std::int32_t n, const double* a, KorComplex16* r) {
+  elementwise<Cis<double, Grade::la>>({}, n, {a}, {r});
+}
+void ORIN_CALL cis_z_ha(std::int32_t n, const double* a, KorComplex16* r) {
+  elementwise<Cis<double, Grade::ha>>({}, n, {a}, {r});
+}
+void ORIN_CALL cis_z_ep(std::int32_t n, const double* a, KorComplex16* r) {
+  elementwise<Cis<double, Grade::ep>>({}, n, {a}, {r});
+}
+
+}  // namespace orin::vector_math

@@ -1,0 +1,162 @@
+// complex_hyperbolic: elementwise sinh, cosh, tanh, sin, cos and tan of complex numbers, both precisions.
+// SPDX-License-Identifier: MIT
+//
+// Method    z = x + i y, S = sinh x, C = cosh x by sinh_cosh_core_d.h, s = sin y, c = cos y by sincos_core_d.h
+//           sinh z = S c + i C s,  cosh z = C c + i S s,  tanh z = (S C + i s c)/(S^2 + c^2)
+//           with the parts of a number exchanged:  sin z' = (sinh z)',  cos z' = conj(cosh z),  tan z' = (tanh z)'
+//           tanh HA takes the larger square and S C as pairs; single precision all in double
+// Bounds    in ulp of the modulus: HA sinh, cosh 2.1, tanh 4; LA 8; EP 2^-26, 2^-11 of it
+// Budget    HA  in ulp: S, C, s, c 0.53 each, up to twice as heavy, products and quotient 1/2 each; of tanh S and c count
+//           twice below the line
+// Special   C Annex G; a part that overflows -> status 3; infinite y, but tanh +-inf -> NaN, status 1
+#include "vector_math/kernels.h"
+#include "vector_math/kernels/complex_periodic.h"
+#include "vector_math/kernels/log_base.h"
+#include "vector_math/kernels/sinh_cosh_core_d.h"
+
+namespace orin::vector_math {
+
+using namespace complex_periodic;
+
+namespace {
+
+using sinh_cosh_d::SinhCosh;
+
+// Of any x; sinh with its sign.
+template <Grade grade>
+ORIN_INLINE SinhCosh sinh_cosh(Vec2d x) {
+  const SinhCosh result = sinh_cosh_d::sinh_cosh<grade>(abs(x));
+  return {with_sign_of(result.sinh, x), result.cosh};
+}
+
+// The status where the sine and cosine of z.im are none.
+inline std::int32_t status_of_no_angle(KorComplex16 z) {
+  return is_infinite(z.im) && !is_nan(z.re) ? KOR_STATUS_ERRDOM : KOR_STATUS_OK;
+}
+
+struct Sinh {
+  static constexpr const char* name_c = "vcSinh";
+  static constexpr const char* name_z = "vzSinh";
+  static constexpr const char* turned_name_c = "vcSin";
+  static constexpr const char* turned_name_z = "vzSin";
+  template <class T>
+  static constexpr std::int32_t last_word = sizeof(T) == 8 ? sinh_cosh_d::largest_word : 0x42afffff;  // below 88
+
+  template <Grade grade>
+  static ORIN_INLINE ComplexD of(Vec2d x, const sincos_d::Parts<grade>& parts) {
+    const auto [sinh, cosh] = sinh_cosh<grade>(x);
+    return {sinh * parts.cosine(), cosh * parts.sine()};
+  }
+  template <class Z>
+  static ORIN_INLINE Z turned_back(Z z) {
+    return {z.im, z.re};
+  }
+
+  template <class T, Grade grade>
+  static Outcome<KorComplex16> special(KorComplex16 z) {
+    if (is_nan(z.im) || is_infinite(z.im))
+      return {{{z.re == 0 || is_infinite(z.re) ? z.re : not_a_number, not_a_number}}, status_of_no_angle(z)};
+    if (is_nan(z.re)) return {{{z.re + z.re, z.im == 0 ? z.im : not_a_number}}, KOR_STATUS_OK};
+    const auto [sine, cosine] = sine_and_cosine<grade>(z.im);
+    if (is_infinite(z.re)) return {{{z.re * cosine, z.im == 0 ? z.im : std::copysign(infinity, sine)}}, KOR_STATUS_OK};
+    const double x = std::fabs(z.re), sign = std::copysign(1.0, z.re);
+    if (x >= 700)
+      return checked<T>(sign * far_exponential_times<grade, 1>(x, cosine), far_exponential_times<grade, 1>(x, sine));
+    const SinhCosh of_x = sinh_cosh<grade>(z.re);
+    return checked<T>(first_lane(of_x.sinh) * cosine, first_lane(of_x.cosh) * sine);
+  }
+};
+
+struct Cosh {
+  static constexpr const char* name_c = "vcCosh";
+  static constexpr const char* name_z = "vzCosh";
+  static constexpr const char* turned_name_c = "vcCos";
+  static constexpr const char* turned_name_z = "vzCos";
+  template <class T>
+  static constexpr std::int32_t last_word = Sinh::last_word<T>;
+
+  template <Grade grade>
+  static ORIN_INLINE ComplexD of(Vec2d x, const sincos_d::Parts<grade>& parts) {
+    const auto [sinh, cosh] = sinh_cosh<grade>(x);
+    return {cosh * parts.cosine(), sinh * parts.sine()};
+  }
+  static ORIN_INLINE ComplexD turned_back(ComplexD z) {
+    static constexpr Constant<double> minus_zero = -0.0;
+    return {z.re, z.im ^ Vec2d(in_memory(minus_zero))};
+  }
+  static KorComplex16 turned_back(KorComplex16 z) { return {z.re, -z.im}; }
+
+  template <class T, Grade grade>
+  static Outcome<KorComplex16> special(KorComplex16 z) {
+    const double zero = std::copysign(0.0, std::copysign(1.0, z.re) * std::copysign(1.0, z.im));
+    if (is_nan(z.im) || is_infinite(z.im)) {
+      if (z.re == 0) return {{{not_a_number, zero}}, status_of_no_angle(z)};
+      return {{{is_infinite(z.re) ? infinity : not_a_number, not_a_number}}, status_of_no_angle(z)};
+    }
+    if (is_nan(z.re)) return {{{z.re + z.re, z.im == 0 ? z.im : not_a_number}}, KOR_STATUS_OK};
+    const auto [sine, cosine] = sine_and_cosine<grade>(z.im);
+    if (is_infinite(z.re)) return {{{std::copysign(infinity, cosine), z.im == 0 ? zero : z.re * sine}}, KOR_STATUS_OK};
+    const double x = std::fabs(z.re), sign = std::copysign(1.0, z.re);
+    if (x >= 700)
+      return checked<T>(far_exponential_times<grade, 1>(x, cosine), sign * far_exponential_times<grade, 1>(x, sine));
+    const SinhCosh of_x = sinh_cosh<grade>(z.re);
+    return checked<T>(first_lane(of_x.cosh) * cosine, first_lane(of_x.sinh) * sine);
+  }
+};
+
+struct Tanh {
+  static constexpr const char* name_c = "vcTanh";
+  static constexpr const char* name_z = "vzTanh";
+  static constexpr const char* turned_name_c = "vcTan";
+  static constexpr const char* turned_name_z = "vzTan";
+  template <class T>
+  static constexpr std::int32_t last_word = sizeof(T) == 8 ? 0x4075dfff : 0x43aeffff;  // below 350
+
+  template <Grade grade>
+  static ORIN_INLINE ComplexD of(Vec2d x, const sincos_d::Parts<grade>& parts) {
+    const auto [sinh, cosh] = sinh_cosh<grade>(x);
+    const Vec2d sine = parts.sine(), cosine = parts.cosine();
+    if constexpr (grade != Grade::ha) {
+      const Vec2d below = sinh * sinh + cosine * cosine;
+      return {sinh * cosh / below, sine * cosine / below};
+    } else {
+      // Where S is the larger one, the real part is near +-1: what rounding takes below the line comes off above it, too.
+      const Vec2d y = abs(sinh), c = abs(cosine);
+      const DoubleDouble larger = two_square(max(y, c));
+      const Vec2d smaller = min(y, c);
+      const DoubleDouble below = fast_two_sum(larger.high, larger.low + smaller * smaller);
+      const DoubleDouble product = two_product(y, cosh);
+      const Vec2d above = product.high + (product.low - (below.low & (y > c)));
+      return {with_sign_of(above / below.high, x), sine * cosine / below.high};
+    }
+  }
+  template <class Z>
+  static ORIN_INLINE Z turned_back(Z z) {
+    return {z.im, z.re};
+  }
+
+  template <class T, Grade grade>
+  static Outcome<KorComplex16> special(KorComplex16 z) {
+    const double one = std::copysign(1.0, z.re);
+    if (is_nan(z.im) || is_infinite(z.im)) {
+      if (is_infinite(z.re)) return {{{one, std::copysign(0.0, z.im)}}, KOR_STATUS_OK};
+      return {{{z.re == 0 ? z.re : not_a_number, not_a_number}}, status_of_no_angle(z)};
+    }
+    if (is_nan(z.re)) return {{{z.re + z.re, z.im == 0 ? z.im : not_a_number}}, KOR_STATUS_OK};
+    // |x| is large: tanh z = +-1 + 4 i s c e^(-2 |x|).
+    const auto [sine, cosine] = sine_and_cosine<grade>(z.im);
+    const double e = first_lane(exp_d::Power<grade>::template of<0>(-std::min(std::fabs(z.re), 700.0)));
+    return {{{one, sine * cosine * 4 * e * e}}, KOR_STATUS_OK};
+  }
+};
+
+}  // namespace
+
+ORIN_COMPLEX_PERIODIC(sinh, Straight<Sinh>)
+ORIN_COMPLEX_PERIODIC(cosh, Straight<Cosh>)
+ORIN_COMPLEX_PERIODIC(tanh, Straight<Tanh>)
+ORIN_COMPLEX_PERIODIC(sin, Turned<Sinh>)
+ORIN_COMPLEX_PERIODIC(cos, Turned<Cosh>)
+ORIN_COMPLEX_PERIODIC(tan, Turned<Tanh>)
+
+}  // namespace orin::vector_math

@@ -1,0 +1,161 @@
+// complex_periodic.h: complex functions made of a sine, a cosine and exponentials, as records for the loop.
+// SPDX-License-Identifier: MIT
+//
+// A function is a record F, periodic along the imaginary axis, with
+//   name_c, name_z          the names in reports
+//   last_word<T>            high word of the largest |re| that `of` takes, in precision T
+//   of<grade>(x, parts)     the value at x + i y, in double; parts: of the angle y, from sincos_core_d.h
+//   special<T, grade>(z)    the Outcome of one special argument of precision T, in double
+// Turned<F> is the function along the other axis: arguments have their parts exchanged, results are F::turned_back.
+// The double EP grade is good for every grade in single precision: 2^-26 is an eighth of its ulp.
+#ifndef ORIN_VECTOR_MATH_KERNELS_COMPLEX_PERIODIC_H
+#define ORIN_VECTOR_MATH_KERNELS_COMPLEX_PERIODIC_H
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "vector_math/kernels/exp_core_d.h"
+#include "vector_math/kernels/exponential.h"
+#include "vector_math/kernels/sincos_core_d.h"
+#include "vector_math/simd/complex.h"
+
+namespace orin::vector_math::complex_periodic {
+
+using namespace simd;
+using ComplexD = Complex<Vec2d>;
+
+inline constexpr double infinity = std::numeric_limits<double>::infinity();
+inline constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
+inline bool is_nan(double x) { return x != x; }
+inline bool is_infinite(double x) { return std::fabs(x) == infinity; }
+
+// Sine and cosine of any finite number.
+struct SineAndCosine {
+  double sine, cosine;
+};
+template <Grade grade>
+SineAndCosine sine_and_cosine(double y) {
+  const sincos_d::Parts<grade> parts(sincos_d::reduce_any<grade>(y));
+  return {first_lane(parts.sine()), first_lane(parts.cosine())};
+}
+
+// e^x f 2^-halvings for |x| from 700 to 1500 (beyond, as there: 0 or an infinity unless f is 0), rounded to a subnormal
+// once, and an infinity only where the result is, silently: e^x stays 2^1200 off, and a small f is drawn up first.
+template <Grade grade, int halvings = 0>
+double far_exponential_times(double x, double f) {
+  if (x < 0) {
+    const double v = first_lane(exp_d::Power<grade>::template of<1200 - halvings>(std::max(x, -1500.0)));
+    return v * f * 0x1p-600 * 0x1p-600;
+  }
+  const double v = first_lane(exp_d::Power<grade>::template of<-1200 - halvings>(std::min(x, 1500.0)));
+  if (std::fabs(f) >= 0x1p-100) {
+    const double product = v * f;
+    return std::fabs(product) >= 0x1p-176 ? std::copysign(infinity, f) : product * 0x1p600 * 0x1p600;
+  }
+  const double drawn = f * 0x1p1000;
+  if (std::fabs(drawn) >= 0x1p900 / v) return std::copysign(infinity, f);
+  const double product = drawn * v;
+  return std::fabs(product) >= 0x1p824 ? std::copysign(infinity, f) : product * 0x1p200;
+}
+
+// The outcome in precision T: with its overflow, infinite where T is.
+template <class T>
+Outcome<KorComplex16> checked(double re, double im, std::int32_t status = KOR_STATUS_OK) {
+  constexpr double half_past_largest = sizeof(T) == 8 ? infinity : 0x1.ffffffp127;  // rounds to infinity
+  for (double* part : {&re, &im})
+    if (std::fabs(*part) >= half_past_largest) {
+      *part = std::copysign(infinity, *part);
+      status = KOR_STATUS_OVERFLOW;
+    }
+  return {{{re, im}}, status};
+}
+
+template <class F>
+struct Straight : F {
+  template <class Z>
+  static ORIN_INLINE Z turn(Z z) {
+    return z;
+  }
+  template <class Z>
+  static ORIN_INLINE Z turned_back(Z z) {
+    return z;
+  }
+};
+template <class F>
+struct Turned : F {
+  static constexpr const char* name_c = F::turned_name_c;
+  static constexpr const char* name_z = F::turned_name_z;
+  template <class Z>
+  static ORIN_INLINE Z turn(Z z) {
+    return {z.im, z.re};
+  }
+};
+
+template <class F, class T, Grade grade>
+struct Periodic : OneToOne<ComplexOf<T>> {
+  using V = typename RegisterOf<T>::type;
+  using Z = ComplexOf<T>;
+  static constexpr bool is_double = sizeof(T) == 8;
+  static constexpr const char* name = is_double ? F::name_z : F::name_c;
+  static constexpr Z ordinary{T(0.5), T(0.5)};
+  static constexpr int groups_per_step = 1;
+
+  static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> w) { return outside(w, is_double ? 0x7fefffff : 0x7f7fffff); }
+  static ORIN_INLINE Vec4i beyond_fast(Complex<Vec4i> w) {
+    return outside(w, is_double ? sincos_d::reduce_to_word : 0x497fffff);  // 2^20
+  }
+  static ORIN_INLINE Complex<V> fast(Complex<V> z) {
+    return in_double(
+        z, [](Vec2d y) __attribute__((always_inline)) { return sincos_d::reduce<grade>(y); });
+  }
+  static ORIN_INLINE Complex<V> wide(Complex<V> z) {
+    return in_double(
+        z, [](Vec2d y) __attribute__((always_inline)) { return sincos_d::reduce_any<grade>(y); });
+  }
+  static Outcome<Z> special(Z z) {
+    const KorComplex16 turned = F::turn(KorComplex16{z.re, z.im});
+    const Outcome<KorComplex16> outcome = F::template special<T, grade>(turned);
+    const KorComplex16 value = F::turned_back(outcome.value[0]);
+    return {{{static_cast<T>(value.re), static_cast<T>(value.im)}}, outcome.status};
+  }
+
+ private:
+  static ORIN_INLINE Vec4i outside(Complex<Vec4i> w, std::int32_t last_im) {
+    w = F::turn(w);
+    static constexpr Constant<std::int32_t> last = F::template last_word<T>;
+    return (magnitude(w.re) > in_memory(last)) | (magnitude(w.im) > Vec4i(last_im));
+  }
+  static ORIN_INLINE ComplexD one(ComplexD z, auto reduce) {
+    z = F::turn(z);
+    return F::turned_back(F::template of<grade>(z.re, sincos_d::Parts<grade>(reduce(z.im))));
+  }
+  static ORIN_INLINE Complex<V> in_double(Complex<V> z, auto reduce) {
+    if constexpr (is_double) {
+      return one(z, reduce);
+    } else {
+      const TwoVec2d re = widen(z.re), im = widen(z.im);
+      const ComplexD low = one({re.low, im.low}, reduce), high = one({re.high, im.high}, reduce);
+      return {narrow({low.re, high.re}), narrow({low.im, high.im})};
+    }
+  }
+};
+
+// The kernels of a function: double in three grades, single in one.
+#define ORIN_COMPLEX_PERIODIC(name, F)                                                 \
+  void ORIN_CALL name##_c(std::int32_t n, const KorComplex8* a, KorComplex8* r) {      \
+    elementwise<Periodic<F, float, Grade::ep>>({}, n, {a}, {r});                       \
+  }                                                                                    \
+  void ORIN_CALL name##_z_la(std::int32_t n, const KorComplex16* a, KorComplex16* r) { \
+    elementwise<Periodic<F, double, Grade::la>>({}, n, {a}, {r});                      \
+  }                                                                                    \
+  void ORIN_CALL name##_z_ha(std::int32_t n, const KorComplex16* a, KorComplex16* r) { \
+    elementwise<Periodic<F, double, Grade::ha>>({}, n, {a}, {r});                      \
+  }                                                                                    \
+  void ORIN_CALL name##_z_ep(std::int32_t n, const KorComplex16* a, KorComplex16* r) { \
+    elementwise<Periodic<F, double, Grade::ep>>({}, n, {a}, {r});                      \
+  }
+
+}  // namespace orin::vector_math::complex_periodic
+
+#endif

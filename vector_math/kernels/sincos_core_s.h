@@ -1,0 +1,187 @@
+// sincos_core_s.h: sine, cosine and tangent of floats, shared by every function that takes one in LA or EP.
+// SPDX-License-Identifier: MIT
+//
+// Use       sine<grade>(HalfTurns<grade, 0>::reduce(x)), with HalfTurns<grade, 1> the cosine; QuarterTurns<grade>::reduce
+//           for sine_and_cosine and tangent. reduce takes |x| up to last_word<grade>, reduce_any every finite x with the
+//           same bits. Single HA computes in doubles with sincos_core_d.h; reduce_any_single is its reduction.
+// Method    x = n pi - r, for the cosine x = (n - 1/2) pi - r;  (-1)^(n+1) sin r = (-1)^(n+1) r (1 + r^2 p(r^2))
+//           x = n pi/2 - r;  sin r, cos r, exchanged where n is odd;  tan r = r (1 + p r^2)/(1 + q r^2 + q' r^4)
+// Reduction in floats up to 1536 in LA, 248 in EP: x - n pi in parts of pi, each product exact but the last (Cody and
+//           Waite); in doubles below 2^20, and by the digits of 64/pi beyond, as in sincos_core_d.h. r is the opposite
+//           of the usual one, so that zero keeps its sign: the first part of pi is above pi, the others are negative.
+// Budget    LA  in 2^-24: r 2, polynomial 1/2, its product 1, last two 2;  EP polynomial 2^-12.8
+// Special   sin -0 = -0, tan -0 = -0 and f(x) = x for subnormal x come out by themselves
+// Data      data/sincos_s_data.h from tools/tables/sincos_s.py
+#ifndef ORIN_VECTOR_MATH_KERNELS_SINCOS_CORE_S_H
+#define ORIN_VECTOR_MATH_KERNELS_SINCOS_CORE_S_H
+
+#include "vector_math/data/sincos_s_data.h"
+#include "vector_math/kernels/sincos_core_d.h"
+
+namespace orin::vector_math::sincos_s {
+
+using namespace simd;
+namespace data = sincos_s_data;
+
+// A multiple n of the unit less x, which is +-0 where x is -+0; n + 3 in the low bits of m.
+struct Angle {
+  Vec4f r;
+  Vec4i m;
+};
+
+template <Grade grade>
+inline constexpr std::int32_t last_word = grade == Grade::la ? 0x44bfffff : 0x4377ffff;  // below 1536, below 248
+
+// Reduction by units of pi/per_pi. `ahead` quarter turns are added to x first, and taken from n.
+template <Grade grade, int per_pi, int ahead>
+struct Turns {
+  static constexpr float turned = 0.5f * ahead * per_pi;
+
+  static constexpr struct {
+    Constant<std::int32_t> last = last_word<grade>, last_medium = 0x497fffff;  // below 2^20
+    Constant<float> inverse = data::inverse * per_pi, to_integer = 0x1.8p23f + 3, turned = Turns::turned;
+    Constant<float> step_0 = data::pi_0 / per_pi;
+    Constant<float> step_1 = (grade == Grade::la ? data::pi_1 : data::rest_0) / per_pi;
+    Constant<float> step_2 = data::rest_1 / per_pi;
+  } constants{};
+  static constexpr struct {
+    Constant<double> limit = 0x1p20, safe = 0x1p30;
+    Constant<double> inverse = data::wide_inverse * per_pi, to_integer = 0x1.8p52 + 3, turned = Turns::turned;
+    Constant<double> high = data::wide_high / per_pi, low = data::wide_low / per_pi;
+  } wide_constants{};
+
+  static ORIN_INLINE Angle reduce(Vec4f x) {
+    const auto& c = in_memory(constants);
+    Vec4f turns = x * c.inverse;
+    if constexpr (ahead != 0) turns = turns + c.turned;
+    const Vec4f t = turns + c.to_integer;
+    Vec4f n = t - c.to_integer;
+    if constexpr (ahead != 0) n = n - c.turned;
+    Vec4f r = n * c.step_1 - (x - n * c.step_0);
+    if constexpr (grade == Grade::la) r = r + n * c.step_2;
+    return {r, bits(t)};
+  }
+
+  // Any finite x; up to last_word the bits of reduce.
+  static ORIN_INLINE Angle reduce_any(Vec4f x) {
+    const Vec4i is_far = magnitude(bits(x)) > in_memory(constants).last;
+    const unsigned lanes = lane_bits(is_far);
+    if (lanes == 0) return reduce(x);
+    Angle far;
+    if constexpr (grade == Grade::la)
+      far = reduce_in_doubles(x);
+    else
+      far = Turns<Grade::la, per_pi, ahead>::reduce_any(x);
+    if (lanes == 15) return far;
+    const Angle near = reduce(from_bits(select(is_far, Vec4i(0), bits(x))));
+    return {select(from_bits(is_far), far.r, near.r), select(is_far, far.m, near.m)};
+  }
+
+ private:
+  static ORIN_INLINE Angle reduce_in_doubles(Vec4f x) {
+    const TwoVec2d wide = widen(x);
+    sincos_d::Angle low, high;
+    if (lane_bits(magnitude(bits(x)) > in_memory(constants).last_medium) == 0) [[likely]] {
+      low = reduce_medium(wide.low);
+      high = reduce_medium(wide.high);
+    } else {
+      low = reduce_large(wide.low);
+      high = reduce_large(wide.high);
+    }
+    return {narrow({low.high, high.high}), low_words(low.n, high.n)};
+  }
+  // |x| < 2^20.
+  static ORIN_INLINE sincos_d::Angle reduce_medium(Vec2d x) {
+    const auto& c = in_memory(wide_constants);
+    Vec2d turns = x * c.inverse;
+    if constexpr (ahead != 0) turns = turns + c.turned;
+    const Vec2d t = turns + c.to_integer;
+    Vec2d n = t - c.to_integer;
+    if constexpr (ahead != 0) n = n - c.turned;
+    return {(n * c.high - x) + n * c.low, 0.0, bits(t)};
+  }
+  static ORIN_INLINE sincos_d::Angle reduce_large(Vec2d x) {
+    const auto& c = in_memory(wide_constants);
+    const Vec2d huge = abs(x) >= c.limit;
+    return select(huge, sincos_d::reduce_huge_single<2 * per_pi, ahead, true>(select(huge, x, c.safe)),
+                  reduce_medium(and_not(huge, x)));
+  }
+};
+template <Grade grade, int ahead>
+using HalfTurns = Turns<grade, 1, ahead>;
+template <Grade grade>
+using QuarterTurns = Turns<grade, 2, 0>;
+
+struct LowAccuracy {
+  Constant<float> one = 1.0f;
+  Constant<float> half_s0 = data::la_half_s0, half_s1 = data::la_half_s1, half_s2 = data::la_half_s2,
+                  half_s3 = data::la_half_s3;
+  Constant<float> s0 = data::la_s0, s1 = data::la_s1, s2 = data::la_s2;
+  Constant<float> c0 = data::la_c0, c1 = data::la_c1, c2 = data::la_c2;
+  Constant<float> tp = data::la_tp, tq0 = data::la_tq0, tq1 = data::la_tq1;
+};
+struct Enhanced {
+  Constant<float> one = 1.0f;
+  Constant<float> half_s0 = data::ep_half_s0, half_s1 = data::ep_half_s1;
+  Constant<float> s0 = data::ep_s0, s1 = data::ep_s1, c0 = data::ep_c0, c1 = data::ep_c1;
+  Constant<float> tq0 = data::ep_tq0, tq1 = data::ep_tq1;
+};
+template <Grade grade>
+inline constexpr LowAccuracy constants{};
+template <>
+inline constexpr Enhanced constants<Grade::ep>{};
+
+// Of an angle in half turns.
+template <Grade grade>
+ORIN_INLINE Vec4f sine(const Angle& angle) {
+  const auto& c = in_memory(constants<grade>);
+  const Vec4f r = angle.r;
+  const Vec4f r2 = r * r;
+  Vec4f p;
+  if constexpr (grade == Grade::la)
+    p = c.half_s0 + r2 * (c.half_s1 + r2 * (c.half_s2 + r2 * c.half_s3));
+  else
+    p = c.half_s0 + r2 * c.half_s1;
+  return (r * (c.one + r2 * p)) ^ from_bits(shift_left<31>(angle.m));
+}
+
+// first and second, exchanged in the lanes where m is odd.
+ORIN_INLINE Two<Vec4f> exchange_if_odd(Vec4i m, Vec4f first, Vec4f second) {
+  const Vec4f difference = (first ^ second) & from_bits(shift_right_signed<31>(shift_left<31>(m)));
+  return {first ^ difference, second ^ difference};
+}
+
+// Of an angle in quarter turns.
+template <Grade grade>
+ORIN_INLINE Two<Vec4f> sine_and_cosine(const Angle& angle) {
+  static constexpr struct { Constant<std::int32_t> one = 1, sign = INT32_MIN; } integers{};
+  const auto& c = in_memory(constants<grade>);
+  const auto& k = in_memory(integers);
+  const Vec4f r = angle.r;
+  const Vec4f r2 = r * r;
+  Vec4f s, t;
+  if constexpr (grade == Grade::la) {
+    s = c.s0 + r2 * (c.s1 + r2 * c.s2);
+    t = c.c0 + r2 * (c.c1 + r2 * c.c2);
+  } else {
+    s = c.s0 + r2 * c.s1;
+    t = c.c0 + r2 * c.c1;
+  }
+  const auto [cosine, sine] = exchange_if_odd(angle.m, r * (c.one + r2 * s), c.one + r2 * t);
+  return {sine ^ from_bits(shift_left<30>(angle.m) & k.sign),
+          cosine ^ from_bits(shift_left<30>(angle.m + k.one) & k.sign)};
+}
+template <Grade grade>
+ORIN_INLINE Vec4f tangent(const Angle& angle) {
+  const auto& c = in_memory(constants<grade>);
+  const Vec4f r = angle.r;
+  const Vec4f r2 = r * r;
+  Vec4f dividend = r;
+  if constexpr (grade == Grade::la) dividend = r * (c.one + r2 * c.tp);
+  const auto [t, s] = exchange_if_odd(angle.m, dividend, c.one + r2 * (c.tq0 + r2 * c.tq1));
+  return (s / t) ^ from_bits(shift_left<31>(angle.m));
+}
+
+}  // namespace orin::vector_math::sincos_s
+
+#endif
