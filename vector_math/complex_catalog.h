@@ -19,12 +19,21 @@ namespace orin::vector_math {
 
 // Where the quick references of the catalog are looked up; what the standard library lacks is added here.
 namespace complex_reference {
+using std::acos;
+using std::acosh;
+using std::asin;
+using std::asinh;
+using std::atan;
+using std::atanh;
 using std::conj;
 using std::cos;
 using std::cosh;
 using std::exp;
 using std::sin;
 using std::sinh;
+using std::log;
+using std::log10;
+using std::pow;
 using std::sqrt;
 using std::tan;
 using std::tanh;
@@ -47,6 +56,10 @@ std::complex<T> times_conj(std::complex<T> a, std::complex<T> b) {
 template <class T>
 std::complex<T> over(std::complex<T> a, std::complex<T> b) {
   return a / b;
+}
+template <class T>
+std::complex<T> argument(std::complex<T> a) {
+  return std::arg(a);
 }
 template <class T>
 std::complex<T> modulus(std::complex<T> a) {

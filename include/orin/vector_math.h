@@ -298,6 +298,25 @@ ORIN_KOR_COMPLEX_BINARY(Mul)
 ORIN_KOR_COMPLEX_BINARY(MulByConj)
 ORIN_KOR_COMPLEX_UNARY(Conj)
 
+/* Angle of a, from -pi to pi, real; nothing is reported. HA within 0.56 ulp, signed zeros as in atan2. */
+ORIN_KOR_COMPLEX_TO_REAL(Arg)
+/* Principal logarithms, the cut on the negative real axis. Status 2 at 0. HA within 1 ulp of the modulus, Log10 2; the
+ * real part of Ln stays accurate next to the unit circle. */
+ORIN_KOR_COMPLEX_UNARY(Ln)
+ORIN_KOR_COMPLEX_UNARY(Log10)
+/* a^b = e^(b Ln a); Powx with one b for all. a^0 = 1. Status 1 where a part of the result has no limit, 2 where 0 is
+ * raised to a negative real number, 3 where a part overflows, 4 where a result other than 0 has no part that is a normal
+ * number. HA within 2 ulp of the modulus while |b Ln a| < 1700; beyond, the error grows with the angle. */
+ORIN_KOR_COMPLEX_BINARY(Pow)
+ORIN_KOR_COMPLEX_SCALAR(Powx)
+/* Principal inverse functions, cuts and signed zeros as in C Annex G. Atan reports status 2 at +-i, Atanh at +-1; the
+ * others nothing. HA within 1 ulp of the modulus, Atan and Atanh 1.2. */
+ORIN_KOR_COMPLEX_UNARY(Atan)
+ORIN_KOR_COMPLEX_UNARY(Atanh)
+ORIN_KOR_COMPLEX_UNARY(Asin)
+ORIN_KOR_COMPLEX_UNARY(Acos)
+ORIN_KOR_COMPLEX_UNARY(Asinh)
+ORIN_KOR_COMPLEX_UNARY(Acosh)
 /* r = |a|, a real vector, without intermediate overflow or underflow. Nothing is reported. */
 ORIN_KOR_COMPLEX_TO_REAL(Abs)
 

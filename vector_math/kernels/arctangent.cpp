@@ -1,17 +1,17 @@
-// arctangent: elementwise atan x and the angle atan2(y, x) of a point, both precisions.
+// arctangent: elementwise atan x and the angle of a point, atan2(y, x) and arg(x + iy), both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    atan_core.h for |x| and for |y|, |x|; atan2 is pi less that angle where x < 0
+// Method    atan_core.h for |x|, point_angle.h for points
 // Bounds    HA 0.56 ulp, LA relative 2^-50, 2^-21, EP relative 2^-26, 2^-11
-// Special   no status. NaN -> NaN; atan of very large arguments +-pi/2; atan2 of zeros, infinities as in C Annex F;
-//           points far out or near 0 are scaled, quotients next to 0 rounded once
+// Special   no status. NaN -> NaN; atan of very large arguments +-pi/2; points as point_angle.h says
 #include <cmath>
 #include <limits>
 
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/atan_core.h"
 #include "vector_math/kernels/log_base.h"
-#include "vector_math/simd/elementwise.h"
+#include "vector_math/kernels/point_angle.h"
+#include "vector_math/simd/complex.h"
 
 namespace orin::vector_math {
 namespace {
@@ -41,63 +41,48 @@ struct Atan : OneToOne<T> {
 
 template <class T, Grade grade>
 struct Atan2 : TwoToOne<T> {
-  using V = typename RegisterOf<T>::type;
+  using Angle = PointAngle<T, grade>;
+  using V = typename Angle::V;
   static constexpr const char* name = sizeof(T) == 8 ? "vdAtan2" : "vsAtan2";
   static constexpr T ordinary = 1;
   static constexpr int groups_per_step = 1;
 
-  static ORIN_INLINE Vec4i special_lanes(Vec4i y, Vec4i x) {
-    const Vec4i first = magnitude(y), second = magnitude(x);
-    const Vec4i larger = select(first > second, first, second);
-    if constexpr (sizeof(T) == 8)
-      return outside<0x1d900000, 0x58efffff>(larger);  // 2^-550, 2^400
-    else
-      return outside<0x1a000000, 0x557fffff>(larger);  // 2^-75, 2^44
-  }
+  static ORIN_INLINE Vec4i special_lanes(Vec4i y, Vec4i x) { return Angle::special_lanes(y, x); }
+  static ORIN_INLINE V fast(V y, V x) { return Angle::fast(y, x); }
+  static Outcome<T> special(T y, T x) { return {{Angle::special(y, x)}, KOR_STATUS_OK}; }
+};
 
-  static ORIN_INLINE V fast(V y, V x) {
-    static constexpr Constant<T> zero = 0;
-    return with_sign_of(on_side<grade>(atan_core::angle<grade>(abs(y), abs(x)), x < in_memory(zero)), y);
-  }
+template <class T, Grade grade>
+struct Arg : OneToOther<ComplexOf<T>, T> {
+  using Angle = PointAngle<T, grade>;
+  using V = typename Angle::V;
+  static constexpr const char* name = sizeof(T) == 8 ? "vzArg" : "vcArg";
+  static constexpr ComplexOf<T> ordinary{1, 1};
+  static constexpr int groups_per_step = 1;
 
-  static Outcome<T> special(T y, T x) {
-    constexpr T large = sizeof(T) == 8 ? T(0x1p400) : T(0x1p44), scale = sizeof(T) == 8 ? T(0x1p700) : T(0x1p84);
-    constexpr T negligible = sizeof(T) == 8 ? T(0x1p-60) : T(0x1p-40);
-    if (y != y) return {{y + y}, KOR_STATUS_OK};  // of two, the first one on every target
-    if (x != x) return {{x + x}, KOR_STATUS_OK};
-    const T size_y = std::fabs(y), size_x = std::fabs(x);
-    if (size_y > std::numeric_limits<T>::max() || size_x > std::numeric_limits<T>::max()) {
-      y = std::copysign(size_y > std::numeric_limits<T>::max() ? T(1) : T(0), y);
-      x = std::copysign(size_x > std::numeric_limits<T>::max() ? T(1) : T(0), x);
-    } else if (size_y == 0 && size_x == 0) {
-      x = std::copysign(T(1), x);
-    } else if (x > 0 && size_y < x * negligible) {
-      return {{y / x}, KOR_STATUS_OK};
-    } else {
-      // What one of the two loses here does not show in the angle.
-      const T factor = size_y >= large || size_x >= large ? 1 / scale : scale;
-      y *= factor;
-      x *= factor;
-    }
-    return {{first_lane(fast(V(y), V(x)))}, KOR_STATUS_OK};
-  }
+  static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> z) { return Angle::special_lanes(z.im, z.re); }
+  static ORIN_INLINE V fast(Complex<V> z) { return Angle::fast(z.im, z.re); }
+  static Outcome<T> special(ComplexOf<T> z) { return {{Angle::special(z.im, z.re)}, KOR_STATUS_OK}; }
 };
 
 }  // namespace
 
-#define ORIN_ARCTANGENT(T, t, grade)                                                 \
+#define ORIN_ARCTANGENT(T, t, Z, z, grade)                                           \
   void ORIN_CALL atan_##t##_##grade(std::int32_t n, const T* a, T* r) {              \
     elementwise<Atan<T, Grade::grade>>({}, n, {a}, {r});                             \
   }                                                                                  \
   void ORIN_CALL atan2_##t##_##grade(std::int32_t n, const T* a, const T* b, T* r) { \
     elementwise<Atan2<T, Grade::grade>>({}, n, {a, b}, {r});                         \
+  }                                                                                  \
+  void ORIN_CALL arg_##z##_##grade(std::int32_t n, const Z* a, T* r) {               \
+    elementwise<Arg<T, Grade::grade>>({}, n, {a}, {r});                              \
   }
-ORIN_ARCTANGENT(float, s, la)
-ORIN_ARCTANGENT(float, s, ha)
-ORIN_ARCTANGENT(float, s, ep)
-ORIN_ARCTANGENT(double, d, la)
-ORIN_ARCTANGENT(double, d, ha)
-ORIN_ARCTANGENT(double, d, ep)
+ORIN_ARCTANGENT(float, s, KorComplex8, c, la)
+ORIN_ARCTANGENT(float, s, KorComplex8, c, ha)
+ORIN_ARCTANGENT(float, s, KorComplex8, c, ep)
+ORIN_ARCTANGENT(double, d, KorComplex16, z, la)
+ORIN_ARCTANGENT(double, d, KorComplex16, z, ha)
+ORIN_ARCTANGENT(double, d, KorComplex16, z, ep)
 #undef ORIN_ARCTANGENT
 
 }  // namespace orin::vector_math

@@ -1,0 +1,277 @@
+// complex_values_test: complex functions at the values of C Annex G, on their cuts and at their poles; symmetries; powers
+// that are known exactly.
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+
+#include "vector_math/complex_catalog.h"
+
+namespace {
+
+using namespace orin::vector_math;
+
+constexpr double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double pi = 3.14159265358979323846;
+
+struct Value {
+  const char* function;
+  double re, im;                // of the argument
+  double result_re, result_im;  // NaN stands for any NaN
+  int status;
+};
+
+// Signs of the imaginary parts turn with that of the argument: another test tells.
+const Value values[] = {
+    {"Ln", -0.0, 0.0, -inf, pi, 2},
+    {"Ln", 0.0, 0.0, -inf, 0.0, 2},
+    {"Ln", 5, inf, inf, pi / 2, 0},
+    {"Ln", 5, nan, nan, nan, 0},
+    {"Ln", -inf, 3, inf, pi, 0},
+    {"Ln", inf, 3, inf, 0.0, 0},
+    {"Ln", -inf, inf, inf, 3 * pi / 4, 0},
+    {"Ln", inf, inf, inf, pi / 4, 0},
+    {"Ln", -inf, nan, inf, nan, 0},
+    {"Ln", nan, 3, nan, nan, 0},
+    {"Ln", nan, inf, inf, nan, 0},
+    {"Ln", -1, 0.0, 0.0, pi, 0},
+    {"Log10", 0.0, 0.0, -inf, 0.0, 2},
+    {"Log10", -inf, 3, inf, pi / std::log(10.0), 0},
+    {"Log10", 100, 0.0, 2, 0.0, 0},
+    {"Acos", 0.0, 0.0, pi / 2, -0.0, 0},
+    {"Acos", -0.0, 0.0, pi / 2, -0.0, 0},
+    {"Acos", -0.0, nan, pi / 2, nan, 0},
+    {"Acos", 5, inf, pi / 2, -inf, 0},
+    {"Acos", 5, nan, nan, nan, 0},
+    {"Acos", -inf, 3, pi, -inf, 0},
+    {"Acos", inf, 3, 0.0, -inf, 0},
+    {"Acos", -inf, inf, 3 * pi / 4, -inf, 0},
+    {"Acos", inf, inf, pi / 4, -inf, 0},
+    {"Acos", nan, 3, nan, nan, 0},
+    {"Acos", nan, inf, nan, -inf, 0},
+    {"Acos", 1, 0.0, 0.0, -0.0, 0},
+    {"Acos", -1, 0.0, pi, -0.0, 0},
+    {"Acosh", 0.0, 0.0, 0.0, pi / 2, 0},
+    {"Acosh", 5, inf, inf, pi / 2, 0},
+    {"Acosh", -inf, 3, inf, pi, 0},
+    {"Acosh", inf, 3, inf, 0.0, 0},
+    {"Acosh", -inf, inf, inf, 3 * pi / 4, 0},
+    {"Acosh", inf, inf, inf, pi / 4, 0},
+    {"Acosh", inf, nan, inf, nan, 0},
+    {"Acosh", nan, inf, inf, nan, 0},
+    {"Acosh", nan, 3, nan, nan, 0},
+    {"Acosh", 1, 0.0, 0.0, 0.0, 0},
+    {"Asinh", 0.0, 0.0, 0.0, 0.0, 0},
+    {"Asinh", 5, inf, inf, pi / 2, 0},
+    {"Asinh", 5, nan, nan, nan, 0},
+    {"Asinh", inf, 3, inf, 0.0, 0},
+    {"Asinh", inf, inf, inf, pi / 4, 0},
+    {"Asinh", inf, nan, inf, nan, 0},
+    {"Asinh", nan, 0.0, nan, 0.0, 0},
+    {"Asinh", nan, 3, nan, nan, 0},
+    {"Asinh", nan, inf, inf, nan, 0},
+    {"Asinh", 0.0, 1, 0.0, pi / 2, 0},
+    {"Asin", 0.0, 0.0, 0.0, 0.0, 0},
+    {"Asin", 0.0, nan, 0.0, nan, 0},
+    {"Asin", 3, inf, 0.0, inf, 0},
+    {"Asin", inf, 3, pi / 2, inf, 0},
+    {"Asin", inf, nan, nan, inf, 0},
+    {"Asin", nan, inf, nan, inf, 0},
+    {"Asin", -1, 0.0, -pi / 2, 0.0, 0},
+    {"Atanh", 0.0, 0.0, 0.0, 0.0, 0},
+    {"Atanh", 0.0, nan, 0.0, nan, 0},
+    {"Atanh", 1, 0.0, inf, 0.0, 2},
+    {"Atanh", -1, 0.0, -inf, 0.0, 2},
+    {"Atanh", 5, inf, 0.0, pi / 2, 0},
+    {"Atanh", 5, nan, nan, nan, 0},
+    {"Atanh", inf, 3, 0.0, pi / 2, 0},
+    {"Atanh", inf, inf, 0.0, pi / 2, 0},
+    {"Atanh", inf, nan, 0.0, nan, 0},
+    {"Atanh", nan, 3, nan, nan, 0},
+    {"Atanh", nan, inf, 0.0, pi / 2, 0},
+    {"Atan", 0.0, 1, 0.0, inf, 2},
+    {"Atan", -0.0, 1, -0.0, inf, 2},
+    {"Atan", inf, 3, pi / 2, 0.0, 0},
+    {"Atan", 3, inf, pi / 2, 0.0, 0},
+    {"Arg", -0.0, 0.0, pi, 0, 0},
+    {"Arg", -inf, inf, 3 * pi / 4, 0, 0},
+    {"Arg", 3, nan, nan, 0, 0},
+    // On the cuts the sign of zero tells the side.
+    {"Atanh", 2, 0.0, 0.54930614433405484570, pi / 2, 0},
+    {"Atan", 0.0, 2, pi / 2, 0.54930614433405484570, 0},
+    {"Atan", -0.0, 2, -pi / 2, 0.54930614433405484570, 0},
+    {"Asin", 2, 0.0, pi / 2, 1.31695789692481670863, 0},
+    {"Acos", 2, 0.0, 0.0, -1.31695789692481670863, 0},
+    {"Acos", -2, 0.0, pi, -1.31695789692481670863, 0},
+    {"Asinh", 0.0, 2, 1.31695789692481670863, pi / 2, 0},
+    {"Asinh", -0.0, 2, -1.31695789692481670863, pi / 2, 0},
+    {"Acosh", -2, 0.0, 1.31695789692481670863, pi, 0},
+    {"Acosh", 0.5, 0.0, 0.0, 1.04719755119659774615, 0},
+};
+
+struct PowerValue {
+  double re, im, b_re, b_im;
+  double result_re, result_im;
+  int status;
+};
+const PowerValue power_values[] = {
+    {nan, nan, 0.0, 0.0, 1, 0.0, 0},  {0.0, 0.0, 0.0, 0.0, 1, 0.0, 0},  {0.0, 0.0, 2, 5, 0.0, 0.0, 0},
+    {0.0, 0.0, -2, 0.0, inf, 0.0, 2}, {0.0, 0.0, -2, 1, inf, nan, 1},   {0.0, 0.0, 0.0, 1, nan, nan, 1},
+    {nan, 1, 2, 0.0, nan, nan, 0},    {1, 1, nan, 0.0, nan, nan, 0},    {inf, 3, -2, 1, 0.0, 0.0, 0},
+    {inf, 0.0, 2, 0.0, inf, 0.0, 0},  {inf, 0.0, 0.0, 1, nan, nan, 1},  {inf, 1, 1, 1, inf, nan, 1},
+    {2, 0.0, inf, 0.0, inf, 0.0, 0},  {2, 0.0, -inf, 0.0, 0.0, 0.0, 0}, {0.25, 0.25, inf, 0.0, 0.0, 0.0, 0},
+    {2, 2, inf, 0.0, inf, nan, 1},    {2, 2, 1, inf, nan, nan, 1},      {1, 0.0, inf, 0.0, 1, 0.0, 0},
+    {2, 0.0, 1e6, 0.0, inf, 0.0, 3},  {2, 0.0, -1e6, 0.0, 0.0, 0.0, 4}, {1e-30, 0.0, 50, 0.0, 0.0, 0.0, 4},
+    {2, 2, 1e30, 0.0, inf, inf, 3},
+};
+
+template <class T>
+class ComplexValues : public testing::Test {
+ protected:
+  using Function = ComplexFunction<T>;
+  using Z = typename Function::Z;
+
+  void SetUp() override { _korSetMode(KOR_HA | KOR_ERRMODE_IGNORE | KOR_FTZDAZ_OFF); }
+  void TearDown() override { _korSetMode(KOR_MODE_DEFAULT | KOR_FTZDAZ_OFF); }
+
+  template <class Body>
+  void for_each_kernel_of(const char* name, const Body& body) {
+    bool any = false;
+    for (const auto& function : complex_functions<T>()) {
+      if (std::strcmp(function.function, name) != 0) continue;
+      any = true;
+      for (int grade = 0; grade < grades; ++grade) {
+        SCOPED_TRACE(function.label() + " " + grade_names[grade]);
+        body(function, grade);
+      }
+    }
+    EXPECT_TRUE(any) << name;
+  }
+  static Z at(double re, double im) { return {static_cast<T>(re), static_cast<T>(im)}; }
+
+  // Whether a part is the value, the sign of zero included, within the grade's bound.
+  static bool is(T part, double value, double bound) {
+    if (std::isnan(value) || std::isnan(part)) return std::isnan(value) && std::isnan(part);
+    if (std::isinf(value) || value == 0)
+      return part == static_cast<T>(value) && std::signbit(part) == std::signbit(value);
+    const double ulp = std::fabs(value) * static_cast<double>(std::numeric_limits<T>::epsilon());
+    return std::fabs(static_cast<double>(part) - value) <= (bound + 1) * ulp;
+  }
+};
+
+using Parts = testing::Types<float, double>;
+TYPED_TEST_SUITE(ComplexValues, Parts);
+
+TYPED_TEST(ComplexValues, SpecialValuesCutsAndPoles) {
+  for (const Value& value : values) {
+    this->for_each_kernel_of(value.function, [&](const auto& function, int grade) {
+      _korClearErrStatus();
+      const auto result = function.call(grade, this->at(value.re, value.im), this->at(0, 0));
+      const double bound = function.bound(Grade(grade));
+      // Beside 0 only as much is promised as the modulus has ulps.
+      const auto small = [&](auto part, double exact) {
+        return exact == 0 && !std::signbit(exact) &&
+               std::fabs(static_cast<double>(part)) <=
+                   bound * static_cast<double>(std::numeric_limits<TypeParam>::epsilon());
+      };
+      EXPECT_TRUE(this->is(result.re, value.result_re, bound) || small(result.re, value.result_re))
+          << value.re << ' ' << value.im << " -> " << result.re << ' ' << result.im;
+      EXPECT_TRUE(this->is(result.im, value.result_im, bound))
+          << value.re << ' ' << value.im << " -> " << result.re << ' ' << result.im;
+      EXPECT_EQ(_korGetErrStatus(), value.status) << value.re << ' ' << value.im;
+    });
+  }
+}
+
+TYPED_TEST(ComplexValues, SpecialPowers) {
+  for (const char* name : {"Pow", "Powx"}) {
+    for (const PowerValue& value : power_values) {
+      this->for_each_kernel_of(name, [&](const auto& function, int grade) {
+        _korClearErrStatus();
+        const auto result = function.call(grade, this->at(value.re, value.im), this->at(value.b_re, value.b_im));
+        const auto is = [](double part, double exact) {
+          return part == exact || (std::isnan(part) && std::isnan(exact)) || (std::isinf(part) && exact == inf);
+        };
+        EXPECT_TRUE(is(static_cast<double>(result.re), value.result_re) &&
+                    is(static_cast<double>(result.im), value.result_im))
+            << value.re << ' ' << value.im << " ^ " << value.b_re << ' ' << value.b_im << " -> " << result.re << ' '
+            << result.im;
+        EXPECT_EQ(_korGetErrStatus(), value.status)
+            << value.re << ' ' << value.im << " ^ " << value.b_re << ' ' << value.b_im;
+      });
+    }
+  }
+}
+
+// f(conj z) = conj f(z) bit by bit, and f(-z) = -f(z) for the odd functions, special values included.
+TYPED_TEST(ComplexValues, Symmetries) {
+  using T = TypeParam;
+  using Limits = std::numeric_limits<T>;
+  const T parts[] = {T(0),
+                     T(1),
+                     T(0.5),
+                     T(2),
+                     T(1e-30),
+                     T(1e30),
+                     Limits::infinity(),
+                     T(1.5),
+                     Limits::min(),
+                     Limits::max(),
+                     Limits::denorm_min(),
+                     T(1) - Limits::epsilon() / 2};
+  const auto same = [](T a, T b) {
+    return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
+  };
+  for (const char* name : {"Ln", "Log10", "Acos", "Acosh", "Asin", "Asinh", "Atan", "Atanh"}) {
+    const bool odd = std::strncmp(name, "As", 2) == 0 || std::strncmp(name, "At", 2) == 0;
+    this->for_each_kernel_of(name, [&](const auto& function, int grade) {
+      for (T re : parts) {
+        for (T im : parts) {
+          for (T sign : {T(1), T(-1)}) {
+            const auto z = function.call(grade, {sign * re, im}, {0, 0});
+            const auto conjugate = function.call(grade, {sign * re, -im}, {0, 0});
+            EXPECT_TRUE(same(z.re, conjugate.re) && same(z.im, -conjugate.im)) << sign * re << ' ' << im;
+            if (!odd) continue;
+            const auto negative = function.call(grade, {-sign * re, -im}, {0, 0});
+            EXPECT_TRUE(same(z.re, -negative.re) && same(z.im, -negative.im)) << sign * re << ' ' << im;
+          }
+        }
+      }
+    });
+  }
+}
+
+// (1 + i)^n is a product of 2^(n/2) and a power of i, times 1 + i for odd n: exact in all exponents.
+TYPED_TEST(ComplexValues, PowersOfOnePlusI) {
+  using T = TypeParam;
+  constexpr int last = 2 * std::numeric_limits<T>::max_exponent - 4;
+  for (const char* name : {"Pow", "Powx"}) {
+    this->for_each_kernel_of(name, [&](const auto& function, int grade) {
+      // The coarse grade has its logarithm to 2^-50, which shows in the last powers of double.
+      const double bound = function.bound(Grade(grade)) * static_cast<double>(std::numeric_limits<T>::epsilon());
+      for (int n = -last + 8; n <= last; ++n) {
+        _korClearErrStatus();
+        const auto result = function.call(grade, this->at(1, 1), this->at(n, 0));
+        const int eighth = ((n % 8) + 8) % 8;
+        const double re[] = {1, 1, 0, -1, -1, -1, 0, 1}, im[] = {0, 1, 1, 1, 0, -1, -1, -1};
+        const int half = (n - (eighth % 2)) / 2;
+        const double modulus = eighth % 2 != 0 ? std::sqrt(2.0) : 1.0;
+        const double error = std::hypot(std::ldexp(static_cast<double>(result.re), -half) - re[eighth],
+                                        std::ldexp(static_cast<double>(result.im), -half) - im[eighth]);
+        EXPECT_LE(error, bound * modulus) << n << ": " << result.re << ' ' << result.im;
+        EXPECT_EQ(_korGetErrStatus(), KOR_STATUS_OK) << n;
+      }
+      // Past the normal numbers on either side.
+      _korClearErrStatus();
+      function.call(grade, this->at(1, 1), this->at(last + 8, 0));
+      EXPECT_EQ(_korGetErrStatus(), KOR_STATUS_OVERFLOW);
+      _korClearErrStatus();
+      const auto small = function.call(grade, this->at(1, 1), this->at(-last - 16, 0));
+      EXPECT_EQ(_korGetErrStatus(), KOR_STATUS_UNDERFLOW);
+      EXPECT_TRUE(small.re != 0 || small.im != 0);
+    });
+  }
+}
+
+}  // namespace

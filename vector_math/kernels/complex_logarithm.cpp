@@ -1,0 +1,65 @@
+// complex_logarithm: elementwise log z and log10 z, both precisions.
+// SPDX-License-Identifier: MIT
+//
+// Method    log |z| + i arg z by modulus_log.h, point_angle.h; base 10 times 1/ln 10, in HA as a pair
+//           single precision in double by the EP grade
+// Bounds    in ulp of the modulus: HA log 1, log10 1.5, each part within it; LA 8; EP 2^-26, 2^-11
+// Special   C Annex G; 0 -> -inf + i arg, status 2
+#include "vector_math/kernels.h"
+#include "vector_math/kernels/complex_in_double.h"
+#include "vector_math/kernels/modulus_log.h"
+#include "vector_math/kernels/point_angle.h"
+
+namespace orin::vector_math {
+namespace {
+
+using namespace simd;
+
+constexpr struct {
+  Constant<double> high = 0x1.bcb7b1526e50ep-2, low = 0x1.95355baaafad3p-57;  // 1/ln 10
+} inverse_ln10{};
+
+template <Base base>
+struct ComplexLogarithm {
+  static constexpr const char* name_c = base == Base::e ? "vcLn" : "vcLog10";
+  static constexpr const char* name_z = base == Base::e ? "vzLn" : "vzLog10";
+  static constexpr double ordinary = 1;
+
+  template <class T>
+  static ORIN_INLINE Vec4i special_lanes(Vec4i larger, Complex<Vec4i>) {
+    if constexpr (sizeof(T) == 8)
+      return outside<0x23d00000, 0x58efffff>(larger);  // 2^-450, 2^400
+    else
+      return outside<0x00800000, 0x7f7fffff>(larger);
+  }
+
+  template <Grade grade>
+  static ORIN_INLINE Vec2d in_base(Vec2d log) {
+    if constexpr (base == Base::e) return log;
+    const auto& c = in_memory(inverse_ln10);
+    const Vec2d product = log * c.high;
+    if constexpr (grade != Grade::ha) return product;
+    return product + log * c.low;
+  }
+  template <Grade grade>
+  static ORIN_INLINE ComplexD of(ComplexD z) {
+    return {in_base<grade>(modulus_log<grade>(z.re, z.im)),
+            in_base<grade>(PointAngle<double, grade>::fast(z.im, z.re))};
+  }
+
+  template <Grade grade>
+  static Outcome<KorComplex16> special(KorComplex16 z) {
+    const double angle = first_lane(in_base<grade>(Vec2d(PointAngle<double, grade>::special(z.im, z.re))));
+    if (z.re == 0 && z.im == 0) return {{{-infinite, angle}}, KOR_STATUS_SING};
+    if (is_infinite(z.re) || is_infinite(z.im)) return {{{infinite, angle}}, KOR_STATUS_OK};
+    if (is_nan(z.re) || is_nan(z.im)) return {{{angle, angle}}, KOR_STATUS_OK};
+    return {{{first_lane(in_base<grade>(Vec2d(far_modulus_log<grade>(z.re, z.im)))), angle}}, KOR_STATUS_OK};
+  }
+};
+
+}  // namespace
+
+ORIN_COMPLEX_IN_DOUBLE(ln, ComplexLogarithm<Base::e>)
+ORIN_COMPLEX_IN_DOUBLE(log10, ComplexLogarithm<Base::ten>)
+
+}  // namespace orin::vector_math
