@@ -1,13 +1,14 @@
 // gamma_core_d.h: log |Gamma| of doubles, shared by the gamma functions.
 // SPDX-License-Identifier: MIT
 //
-// Method    2^-5 <= x < 2^10: c, x rounded to six significant bits (LA and EP: five), t = x - c;  log Gamma(x) = c0 + c1 t + c2 t^2 + ..,
-//           the coefficients from the row of c. Next to the zeros 1 and 2 c0 vanishes: nothing cancels there.
+// Method    2^-5 <= x < 2^10: c, x rounded to six significant bits (LA and EP: five), t = x - c;
+//           log Gamma(x) = c0 + c1 t + c2 t^2 + .., the coefficients from the row of c. Next to the zeros 1 and 2 c0
+//           vanishes: nothing cancels there.
 //           HA  c0 a pair; c1 of 26 bits times the leading bits of t exactly; the sum as a pair
 //           x >= 2^10: Stirling's series, x (log x - 1) - (log x)/2 + log(2 pi)/2 + 1/(12 x) - 1/(360 x^3)
-//           -2^20 < x < 0: Gamma(x) = -+pi/(y sin(pi y) Gamma(y)), y = -x = n + t, |t| <= 1/2:
+//           x < 0: Gamma(x) = -+pi/(y sin(pi y) Gamma(y)), y = -x = n + t, |t| <= 1/2:
 //           log |Gamma(x)| = -(log(y |t|) + log(sin(pi t)/(pi t)) + log Gamma(y)), the second from a table as above
-// Budget    absolute: pair 2^-63, and 2^-52 t^2 c2, at most 2^-57 (x = 2^10); EP 2^-29.7 |log Gamma|, at most 2^-32
+// Budget    absolute: pair 2^-63 and x 2^-64 (roundings of t^2 c2); EP 2^-29.7 |log Gamma|, at most 2^-32
 // Data      data/gamma_d_data.h from tools/tables/gamma_d.py
 // Source    NIST Digital Library of Mathematical Functions, 5.5.3 (reflection), 5.7.3 (series), 5.11.1 (Stirling);
 //           D. E. G. Hare, Computing the principal branch of log-Gamma, J. Algorithms 25 (1997), 221-236
@@ -74,7 +75,8 @@ ORIN_INLINE Place place(Vec2d x) {
           from_bits((bits(x) + c.half_spacing) & c.leading)};
 }
 
-// c0 + c1 t + c2 t^2 + .. as a pair. It is t that is split, not the argument: next to a centre their leading bits differ.
+// c0 + c1 t + c2 t^2 + .. as a pair. It is t that is split, not the argument: next to a centre the argument's leading
+// bits say little of t.
 ORIN_INLINE DoubleDouble evaluate(Rows<12> row, Vec2d t) {
   const auto [c0, c0_low] = row.pair(0);
   const auto [c1, c1_low] = row.pair(1);

@@ -3,8 +3,8 @@
 //
 // Method    2^-5 <= x < 2^10: the tables of gamma_core_d.h; x >= 2^10: Stirling's series
 //           |x| < 2^-5: -log |x| + x l(x)
-//           x <= -2^-5: reflection as in gamma_core_d.h, all in pairs; where that is below 2^-6 in magnitude, next to one
-//           of the 29 zeros that have numbers so near, a series at the zero, which stands in the table in three parts
+//           x <= -2^-5: reflection as in gamma_core_d.h, all in pairs; where that is below 2^-6 in magnitude, next to
+//           one of the 29 zeros that have numbers so near, a series at the zero, which is known in three parts
 //           LA below the table is HA; EP there, and single precision, without pairs but for the series at the zeros
 //           Single precision is HA as double EP, LA and EP from tables in float; outside the tables all in double
 // Bounds    HA 0.60 ulp in double, 0.53 in single precision; LA relative 2^-50, 2^-21; EP 2^-26, 2^-11
@@ -61,7 +61,8 @@ ORIN_INLINE Vec4f above_table(Vec4f x) {
   return narrow({gamma_d::stirling<enough>(wide.low), gamma_d::stirling<enough>(wide.high)});
 }
 
-// log |Gamma(-y)| = d (c1 + c2 d + d^2 q(d)), d = y - z, where it is below 2^-6 in magnitude; elsewhere anything. y = n + t.
+// log |Gamma(-y)| = d (c1 + c2 d + d^2 q(d)), d = y - z, y = n + t, where it is below 2^-6 in magnitude; elsewhere
+// anything.
 ORIN_INLINE Vec2d at_zero(Vec2d is_near, Vec2d y, Vec2d n, Vec2d t) {
   const auto& c = in_memory(constants_d);
   // The zero above n = 2 is the first of the table; then come those below and above 3, 4 ..
