@@ -1,4 +1,4 @@
-// tour_functions: a table of functions with the worst error observed and the speed measured on the spot.
+// tour_functions: a table of functions with the worst error observed and the speed measured on the spot; complex roots.
 // SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <chrono>
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "orin/abi.h"
+#include "orin/vector_math.h"
 #include "tour.h"
 
 namespace {
@@ -28,10 +28,32 @@ struct Row {
 };
 
 constexpr Row rows[] = {
-    {"Exp", -20, 20, std::exp},         {"Ln", 0.01, 100, std::log},
-    {"Log10", 0.01, 100, std::log10},   {"Log1p", -0.9, 10, std::log1p},
-    {"Asinh", -10, 10, std::asinh},     {"Acosh", 1, 100, std::acosh},
-    {"Atanh", -0.99, 0.99, std::atanh}, {"Pow", 0.1, 10, nullptr, std::pow, -10, 10},
+    {"Exp", -20, 20, std::exp},
+    {"Expm1", -5, 5, std::expm1},
+    {"Ln", 0.01, 100, std::log},
+    {"Log10", 0.01, 100, std::log10},
+    {"Log1p", -0.9, 10, std::log1p},
+    {"Pow", 0.1, 10, nullptr, std::pow, -10, 10},
+    {"Sqrt", 0, 100, std::sqrt},
+    {"Cbrt", -100, 100, std::cbrt},
+    {"Hypot", -10, 10, nullptr, std::hypot, -10, 10},
+    {"Sin", -10, 10, std::sin},
+    {"Cos", -10, 10, std::cos},
+    {"Tan", -1.5, 1.5, std::tan},
+    {"Asin", -1, 1, std::asin},
+    {"Acos", -1, 1, std::acos},
+    {"Atan", -10, 10, std::atan},
+    {"Atan2", -10, 10, nullptr, std::atan2, -10, 10},
+    {"Sinh", -10, 10, std::sinh},
+    {"Cosh", -10, 10, std::cosh},
+    {"Tanh", -5, 5, std::tanh},
+    {"Asinh", -10, 10, std::asinh},
+    {"Acosh", 1, 100, std::acosh},
+    {"Atanh", -0.99, 0.99, std::atanh},
+    {"Erf", -3, 3, std::erf},
+    {"Erfc", -3, 8, std::erfc},
+    {"LGamma", 3, 100, std::lgamma},
+    {"TGamma", 0.5, 20, std::tgamma},
 };
 
 double error_in_ulp(double result, long double exact) {
@@ -54,6 +76,29 @@ double speed(const Call& call) {
     if (elapsed.count() > 0) best = std::max(best, calls * elements / elapsed.count());
   }
   return best;
+}
+
+// The 48th roots of unity by cos + i sin of the angle, and as powers of the first one.
+void roots_of_unity() {
+  constexpr int count = 48;
+  const double turn = 2 * std::acos(-1.0);
+  double angles[count];
+  KorComplex16 base[count], exponent[count], by_angle[count], by_power[count];
+  for (int k = 0; k < count; ++k) {
+    angles[k] = turn * k / count;
+    exponent[k] = {static_cast<double>(k), 0};
+  }
+  const auto cis = tour::exported<void ORIN_CALL(int32_t, const double*, KorComplex16*)>("_korzCIS");
+  const auto pow =
+      tour::exported<void ORIN_CALL(int32_t, const KorComplex16*, const KorComplex16*, KorComplex16*)>("_korzPow");
+  cis(count, angles, by_angle);
+  for (KorComplex16& first : base) first = by_angle[1];
+  pow(count, base, exponent, by_power);
+  double largest = 0;
+  for (int k = 0; k < count; ++k)
+    largest = std::max(largest, std::hypot(by_angle[k].re - by_power[k].re, by_angle[k].im - by_power[k].im));
+  std::printf("\n");
+  tour::check("roots of unity, CIS less Pow", largest, 0, 1e-14);
 }
 
 }  // namespace
@@ -92,4 +137,5 @@ void tour_functions() {
     std::printf("  %-12s %13.3f %13.3f %13.0f   %8.0f %8.0f %8.0f   %s\n", row.name, grades[0].error, grades[1].error,
                 grades[2].error, grades[0].speed, grades[1].speed, grades[2].speed, tour::tally(kept));
   }
+  roots_of_unity();
 }
