@@ -26,10 +26,17 @@ using std::asinh;
 using std::atan;
 using std::atanh;
 using std::conj;
+using std::cos;
+using std::cosh;
+using std::exp;
 using std::log;
 using std::log10;
 using std::pow;
+using std::sin;
+using std::sinh;
 using std::sqrt;
+using std::tan;
+using std::tanh;
 template <class T>
 std::complex<T> plus(std::complex<T> a, std::complex<T> b) {
   return a + b;
@@ -58,18 +65,10 @@ template <class T>
 std::complex<T> modulus(std::complex<T> a) {
   return std::abs(a);
 }
-using std::cos;
-using std::cosh;
-using std::exp;
-using std::sin;
-using std::sinh;
-using std::tan;
-using std::tanh;
-inline Complex plus(Complex a, Complex b) { return a + b; }
-inline Complex minus(Complex a, Complex b) { return a - b; }
-inline Complex times(Complex a, Complex b) { return a * b; }
-inline Complex times_conj(Complex a, Complex b) { return a * conj(b); }
-inline Complex cis(Complex a) { return std::polar(1.0, a.real()); }
+template <class T>
+std::complex<T> cis(std::complex<T> a) {
+  return std::polar(T(1), a.real());
+}
 }  // namespace complex_reference
 
 enum class Measure { by_modulus, by_part };
