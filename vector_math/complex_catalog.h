@@ -34,6 +34,8 @@ using std::sinh;
 using std::log;
 using std::log10;
 using std::pow;
+using std::sin;
+using std::sinh;
 using std::sqrt;
 using std::tan;
 using std::tanh;

@@ -305,8 +305,8 @@ ORIN_KOR_COMPLEX_TO_REAL(Arg)
 ORIN_KOR_COMPLEX_UNARY(Ln)
 ORIN_KOR_COMPLEX_UNARY(Log10)
 /* a^b = e^(b Ln a); Powx with one b for all. a^0 = 1. Status 1 where a part of the result has no limit, 2 where 0 is
- * raised to a negative real number, 3 where a part overflows, 4 where a result other than 0 has no part that is a normal
- * number. HA within 2 ulp of the modulus while |b Ln a| < 1700; beyond, the error grows with the angle. */
+ * raised to a negative real number, 3 where a part overflows, 4 where a result other than 0 has a modulus below normal
+ * numbers. HA within 2 ulp of the modulus while |b Ln a| < 1700; beyond, the error grows with the angle. */
 ORIN_KOR_COMPLEX_BINARY(Pow)
 ORIN_KOR_COMPLEX_SCALAR(Powx)
 /* Principal inverse functions, cuts and signed zeros as in C Annex G. Atan reports status 2 at +-i, Atanh at +-1; the
@@ -317,6 +317,7 @@ ORIN_KOR_COMPLEX_UNARY(Asin)
 ORIN_KOR_COMPLEX_UNARY(Acos)
 ORIN_KOR_COMPLEX_UNARY(Asinh)
 ORIN_KOR_COMPLEX_UNARY(Acosh)
+
 /* r = |a|, a real vector, without intermediate overflow or underflow. Nothing is reported. */
 ORIN_KOR_COMPLEX_TO_REAL(Abs)
 
@@ -328,6 +329,7 @@ ORIN_KOR_COMPLEX_BINARY(Div)
 /* The square root with a real part >= 0, cut along the negative real axis: the sign of a zero imaginary part chooses the
  * side. Nothing is reported. */
 ORIN_KOR_COMPLEX_UNARY(Sqrt)
+
 /* r = e^a. Status 3 where a part of a finite argument's result overflows, 4 where the modulus is subnormal or underflows,
  * 1 (NaN) for an infinite imaginary part, unless the real one is -inf. HA within 2 ulp in each part. */
 ORIN_KOR_COMPLEX_UNARY(Exp)

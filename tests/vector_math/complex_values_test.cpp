@@ -1,5 +1,5 @@
-// complex_values_test: complex functions at the values of C Annex G, on their cuts and at their poles; symmetries; powers
-// that are known exactly.
+// complex_values_test: complex functions at the values of C Annex G, on their cuts and at their poles; symmetries;
+// powers that are known exactly.
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 

@@ -5,8 +5,9 @@
 //           S = x^2 + y^2 - 1, so with H = sqrt(S^2 + 4 y^2) the root of (|S| + H)/2 is sinh v outside the unit circle
 //           and cos u inside it, and the other of these is y over it; then
 //           v = log(1 + w + w^2/(1 + a)), w = sinh v, a = cosh v;  u = atan2(x, a cos u), pi/2 - u = atan2(a cos u, x)
-//           No difference cancels but S, and that only where y outweighs it. asinh z = -i asin(iz), acosh z = +-i acos z
-//           HA takes S, the roots and the quotient as pairs; single precision in double by the EP grade
+//           No difference cancels but S, and that only where y outweighs it.
+//           asinh z = -i asin(iz), acosh z = +-i acos z; HA takes S, the roots and the quotient as pairs;
+//           single precision in double by the EP grade
 // Bounds    in ulp of the modulus: HA 1, LA 8; EP 2^-26, 2^-11
 // Special   C Annex G; no status; |z| >= 2^250: the angle of z and log 2|z|
 // Source    T. E. Hull, T. F. Fairgrieve, P. T. P. Tang, Implementing the complex arcsine and arccosine functions using

@@ -7,7 +7,8 @@
 //           HA takes D, 4x/D and (1 - x)(1 + x) - y^2 as pairs
 // Bounds    in ulp of the modulus: HA 1.2, LA 8; EP 2^-26, 2^-11
 // Special   C Annex G; +-1 (atan: +-i) -> infinite, status 2; |z| >= 2^250: x/|z|^2 + i pi/2
-// Source    W. Kahan, Branch cuts for complex elementary functions, in The State of the Art in Numerical Analysis (1987)
+// Source    W. Kahan, Branch cuts for complex elementary functions, in The State of the Art in Numerical
+//           Analysis (1987)
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/complex_in_double.h"
 #include "vector_math/kernels/log_core_d.h"

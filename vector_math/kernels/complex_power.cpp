@@ -9,7 +9,7 @@
 //           with |F|
 // Special   z^0 = 1; 0^w = 0 for Re w > 0, infinite with status 2 for w real and negative; arguments that are not
 //           finite, and other powers of 0, by C Annex G in e^(w log z): a part that has no limit is NaN, status 1;
-//           overflow of a part, status 3; both parts below normal numbers, status 4
+//           overflow of a part, status 3; a modulus below normal numbers, status 4
 // Data      data/log_d_data.h, data/atan_data.h, data/pow_d_data.h, data/sincos_d_data.h
 #include <cfloat>
 
@@ -164,10 +164,10 @@ Outcome<KorComplex16> wide_power(const Exponent& e) {
   const pow_d::Power p = pow_d::power(real);
   const double value = first_lane(p.value);
   const int k = static_cast<int>(static_cast<std::int16_t>(_mm_cvtsi128_si32(p.k.raw)));
+  const auto power_of_two = [](int n) __attribute__((always_inline)) {
+    return __builtin_bit_cast(double, static_cast<std::int64_t>(n + 1023) << 52);
+  };
   const auto scaled = [&](double part) __attribute__((always_inline)) {
-    const auto power_of_two = [](int n) {
-      return __builtin_bit_cast(double, static_cast<std::int64_t>(n + 1023) << 52);
-    };
     const double too_large = std::copysign(infinite, part);
     double x = part * value;
     int left = k;
@@ -190,7 +190,10 @@ Outcome<KorComplex16> wide_power(const Exponent& e) {
   const KorComplex16 result{in_range(scaled(direction.re)), in_range(scaled(direction.im))};
   const double size = std::fmax(std::fabs(result.re), std::fabs(result.im));
   if (size >= first_infinite) return {{result}, KOR_STATUS_OVERFLOW};
-  return {{result}, size < double{Limits::min()} ? KOR_STATUS_UNDERFLOW : KOR_STATUS_OK};
+  // The modulus is value 2^k.
+  const int above_normal = k + 1 - Limits::min_exponent;
+  const bool underflow = above_normal < -1 || (above_normal < 2 && value * power_of_two(above_normal) < 1);
+  return {{result}, underflow ? KOR_STATUS_UNDERFLOW : KOR_STATUS_OK};
 }
 
 // z^w for what `power` does not take. As C Annex G for e^(w log z), but w = 0 gives 1 and zero bases as real ones do.
