@@ -34,8 +34,6 @@ using std::sinh;
 using std::log;
 using std::log10;
 using std::pow;
-using std::sin;
-using std::sinh;
 using std::sqrt;
 using std::tan;
 using std::tanh;
