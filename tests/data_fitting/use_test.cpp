@@ -225,9 +225,9 @@ TYPED_TEST(Use, UniformPartitionsFarFromTheOrigin) {
                                                        {Api<T>::bessel, 4, 4, 2}}) {
       SCOPED_TRACE(testing::Message() << "step " << step << " order " << order << " type " << type);
       Fit<T> fit(x, 1, 4);
-      const auto curve = [&](T t, int k) {
+      const auto curve = [&, is_line = order == 2](T t, int k) {
         const long double u = (static_cast<long double>(t) - x[0]) / (x[n - 1] - x[0]);
-        return k == 0 ? 1 + u * (order == 2 ? 1 : 1 - u) : 1 + (order == 2 ? 0 : 2);
+        return k == 0 ? 1 + u * (is_line ? 1 : 1 - u) : 1 + (is_line ? 0 : 2);
       };
       for (std::size_t i = 0; i < n; ++i) fit.y[i] = static_cast<T>(curve(x[i], 0));
       const T middle = static_cast<T>(curve(x[0], 0) / 2 + curve(x[1], 0) / 2);
