@@ -3,7 +3,7 @@
 //
 // Method    a + b, a - b, conj(a) part by part, one kernel for all grades
 //           a b   LA, EP the formula;  HA complex_products.h;  |a| hypot_core.h
-// Bounds    a + b, a - b each part correctly rounded; conj exact; a b HA each part 1 ulp, LA 4 ulp of the modulus
+// Bounds    a + b, a - b each part correctly rounded; conj exact; a b HA each part 1.45 ulp, LA 4 ulp of the modulus
 // Special   no statuses. a b: C Annex G, an infinite factor makes the product infinite; HA: finite factors whose
 //           products overflow are scaled
 #include <cmath>
