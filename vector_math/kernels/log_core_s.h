@@ -3,11 +3,12 @@
 //
 // Method    HA  x = 2^k (1 + f), |f| <= 1/3;  log x = k l + f + (k l' - f^2/2 + f^3 P(f)), l + l' = log 2, k l exact,
 //               the first sum as a pair
-//           LA  x = 2^k (1 + f), sqrt 1/2 <= 1 + f <= sqrt 2;  log x = k log 2 + f p(f);  EP the same, p shorter
+//           LA  x = 2^k (1 + f), sqrt 1/2 <= 1 + f <= sqrt 2;  log x = k log 2 + (f + f^2 p(f))
+//           EP  the same range;  log x = k log 2 + f p(f)
 //           The square f^2/2 is exact for the leading bits of f and joins the pair; base 10 has that pair times 1/ln 10
 // Arguments positive and normal; a pair x + rest where named so. `scaled`: x stands for x 2^-scaled.
 // Budget    HA  in ulp: low parts 1/16, polynomial 1/16, last rounding 1/2
-//           LA  in 2^-24: polynomial 2.8, its rounding 1, products and sum 2;   EP polynomial 2^-11.5
+//           LA  in 2^-24: polynomial 1.1, its product 1/2, products and sums 2.5;   EP polynomial 2^-11.4
 // Data      data/log_s_data.h from tools/tables/log_s.py
 #ifndef ORIN_VECTOR_MATH_KERNELS_LOG_CORE_S_H
 #define ORIN_VECTOR_MATH_KERNELS_LOG_CORE_S_H
@@ -41,7 +42,7 @@ struct HighAccuracy : Reduction {
   Constant<std::int32_t> leading = ~0xfff;  // the first 12 bits of a float
 };
 struct LowAccuracy : Reduction {
-  Constant<float> two, p0, p1, p2, p3, p4, p5, p6, p7;
+  Constant<float> two, inverse, p0, p1, p2, p3, p4, p5, p6, p7;
 };
 struct Enhanced : Reduction {
   Constant<float> two, p0, p1, p2, p3;
@@ -54,7 +55,7 @@ struct Constants<Base::e> {
   static constexpr HighAccuracy ha{
       {bits_of_two_thirds}, data::two_high, data::two_low, 1.0f,       0.0f,       1.0f,       data::ha_0, data::ha_1,
       data::ha_2,           data::ha_3,     data::ha_4,    data::ha_5, data::ha_6, data::ha_7, data::ha_8};
-  static constexpr LowAccuracy la{{bits_of_root_half}, data::two,  data::la_0, data::la_1, data::la_2,
+  static constexpr LowAccuracy la{{bits_of_root_half}, data::two,  1.0f,       data::la_0, data::la_1, data::la_2,
                                   data::la_3,          data::la_4, data::la_5, data::la_6, data::la_7};
   static constexpr Enhanced ep{{bits_of_root_half}, data::two, data::ep_0, data::ep_1, data::ep_2, data::ep_3};
 };
@@ -75,8 +76,9 @@ struct Constants<Base::ten> {
                                    data::ha_6,
                                    data::ha_7,
                                    data::ha_8};
-  static constexpr LowAccuracy la{{bits_of_root_half}, data::two10,  data::la10_0, data::la10_1, data::la10_2,
-                                  data::la10_3,        data::la10_4, data::la10_5, data::la10_6, data::la10_7};
+  static constexpr LowAccuracy la{{bits_of_root_half}, data::two10,  data::inverse_ln10, data::la10_0,
+                                  data::la10_1,        data::la10_2, data::la10_3,       data::la10_4,
+                                  data::la10_5,        data::la10_6, data::la10_7};
   static constexpr Enhanced ep{{bits_of_root_half}, data::two10,  data::ep10_0,
                                data::ep10_1,        data::ep10_2, data::ep10_3};
 };
@@ -128,7 +130,8 @@ ORIN_INLINE Vec4f evaluate(Vec4f x, Vec4f rest) {
     const Vec4f f2 = f * f;
     const Vec4f p =
         ((c.p0 + f * c.p1) + f2 * (c.p2 + f * c.p3)) + (f2 * f2) * ((c.p4 + f * c.p5) + f2 * (c.p6 + f * c.p7));
-    return k * c.two + f * p;
+    const Vec4f first = base == Base::ten ? f * c.inverse : f;
+    return k * c.two + (first + f2 * p);
   } else {
     const auto& c = in_memory(Constants<base>::ep);
     const auto [k, f, rest_low] = reduce<has_rest, scaled>(c, x, rest);
