@@ -17,7 +17,7 @@ if(WIN32)
   target_compile_options(orin_arithmetic INTERFACE -march=pentium4 -mtune=generic)
 endif()
 if(ORIN_SANITIZE)
-  target_compile_options(orin_arithmetic INTERFACE -fsanitize=${ORIN_SANITIZE} -fno-omit-frame-pointer -g)
+  target_compile_options(orin_arithmetic INTERFACE -fsanitize=${ORIN_SANITIZE} -fno-omit-frame-pointer -O1 -g1)
   target_link_options(orin_arithmetic INTERFACE -fsanitize=${ORIN_SANITIZE})
   if(ORIN_SANITIZE MATCHES undefined)
     # Arrays need an alignment of 4 bytes only, arrays of doubles too: that is not a fault.
