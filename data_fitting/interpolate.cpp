@@ -58,11 +58,17 @@ void evaluate(Index n, const Index* piece, const T* local, const T* coefficients
     for (; i < n; ++i) r[i * stride] = 0;
   } else {
     if constexpr (sizeof(T) == sizeof(double)) {
+      const auto values = [=](Index at) {
+        return polynomial_pair<order, k>(coefficients + order * piece[at], coefficients + order * piece[at + 1],
+                                         _mm_loadu_pd(local + at));
+      };
+      if (stride == 1) {
+        for (; i + 2 <= n; i += 2) _mm_storeu_pd(r + i, values(i));
+      }
       for (; i + 2 <= n; i += 2) {
-        const __m128d value = polynomial_pair<order, k>(coefficients + order * piece[i],
-                                                        coefficients + order * piece[i + 1], _mm_loadu_pd(local + i));
-        _mm_storel_pd(r + i * stride, value);
-        _mm_storeh_pd(r + (i + 1) * stride, value);
+        const __m128d pair = values(i);
+        _mm_storel_pd(r + i * stride, pair);
+        _mm_storeh_pd(r + (i + 1) * stride, pair);
       }
     }
     for (; i < n; ++i) r[i * stride] = polynomial<order, k>(coefficients + order * piece[i], local[i]);
@@ -163,8 +169,8 @@ void run(const DfTask1D& task, const Request<T>& q, Index asked, Pieces<T>& piec
   T local[block_sites];
   for (Index begin = 0; begin < q.nsite; begin += block_sites) {
     const Index n = q.nsite - begin < block_sites ? q.nsite - begin : block_sites;
-    pieces.find(n, q.site + begin, q.cell == nullptr ? nullptr : q.cell + begin, piece, local);
-    const bool last_point_asked = values && last_point.among(n, q.site + begin);
+    const bool maybe_last = pieces.find(n, q.site + begin, q.cell == nullptr ? nullptr : q.cell + begin, piece, local);
+    const bool last_point_asked = values && maybe_last && last_point.among(n, q.site + begin);
     for (Index f = 0; f < functions; ++f) {
       const T* coefficients = static_cast<const T*>(task.scoeff[f]);
       T* const results = q.r + (q.by_site ? begin * functions + f : f * q.nsite + begin) * asked;

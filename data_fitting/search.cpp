@@ -7,8 +7,6 @@
 // Source   guide tables: Chen and Asau, AIIE Transactions 6 (1974) 163-166, there for drawing from a distribution
 #include "data_fitting/search.h"
 
-#include <emmintrin.h>
-
 #include <limits>
 
 namespace orin::data_fitting {
@@ -161,15 +159,6 @@ struct UniformVector<float> {
   // In four lanes the limits cost no more than the doubt.
   __m128i likely_cells(const float* site, __m128i&) const { return cells(site); }
 };
-
-void store_cells(__m128i cells, int32_t* out) { _mm_storeu_si128(reinterpret_cast<__m128i*>(out), cells); }
-
-// A cell is not negative, so that zeros extend it.
-void store_cells(__m128i cells, int64_t* out) {
-  const __m128i zero = _mm_setzero_si128();
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi32(cells, zero));
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 2), _mm_unpackhi_epi32(cells, zero));
-}
 
 }  // namespace
 

@@ -6,11 +6,23 @@
 #ifndef ORIN_DATA_FITTING_SEARCH_H
 #define ORIN_DATA_FITTING_SEARCH_H
 
+#include <emmintrin.h>
+
 #include <cstdint>
 
 #include "data_fitting/task.h"
 
 namespace orin::data_fitting {
+
+// Four cells.
+inline void store_cells(__m128i cells, int32_t* out) { _mm_storeu_si128(reinterpret_cast<__m128i*>(out), cells); }
+
+// A cell is not negative, so that zeros extend it.
+inline void store_cells(__m128i cells, int64_t* out) {
+  const __m128i zero = _mm_setzero_si128();
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi32(cells, zero));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 2), _mm_unpackhi_epi32(cells, zero));
+}
 
 // The multiplier of the uniform guess: cells per unit of length.
 template <class T>
