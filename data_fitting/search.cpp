@@ -88,7 +88,8 @@ int64_t uniform_cell(int64_t nx, T x0, T r, T s) {
   if (!(s >= x0)) return 0;
   const T offset = (s - x0) * r;
   if (offset <= -1) return 0;  // a negative multiplier; the conversion holds from here on
-  if (!(offset < static_cast<T>(nx))) return nx;
+  constexpr T convertible = static_cast<T>(int64_t{1} << 62);  // nx itself may be rounded in T
+  if (!(offset < convertible)) return nx;
   const int64_t cell = static_cast<int64_t>(offset) + 1;
   return cell < nx ? cell : nx;
 }
