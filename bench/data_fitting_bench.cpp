@@ -128,6 +128,14 @@ void truncate_all(const double* s, std::size_t count, double x0, double r, int32
   for (std::size_t i = 0; i < count; ++i) cell[i] = static_cast<int32_t>((s[i] - x0) * r) + 1;
 }
 
+// The same with the cells of sites outside, as the search gives them.
+void locate_all(const double* s, std::size_t count, double x0, double r, int32_t nx, int32_t* cell) {
+  for (std::size_t i = 0; i < count; ++i) {
+    const int32_t c = s[i] >= x0 ? static_cast<int32_t>((s[i] - x0) * r) + 1 : 0;
+    cell[i] = c < nx ? c : nx;
+  }
+}
+
 void merge(const Doubles& x, const Doubles& s, Cells& cell) {
   std::size_t c = 0;
   for (std::size_t i = 0; i < s.size(); ++i) {
@@ -190,9 +198,15 @@ void searches(const Data& data) {
           for (std::size_t k = 0; k < sites / count; ++k) {
             truncate_all(data.random.data(), count, data.even[0], multiplier, theirs.data());
           }
+        },
+        [&] {
+          for (std::size_t k = 0; k < sites / count; ++k) {
+            locate_all(data.random.data(), count, data.even[0], multiplier, points, theirs.data());
+          }
         });
     const bool same = std::equal(ours.begin(), ours.begin() + static_cast<std::ptrdiff_t>(count), theirs.begin());
     row(count == cached ? "search, uniform, 8000 sites" : "search, uniform", even[0], "unchecked loop", even[1], same);
+    row("", even[0], "the rule as a loop", even[2], same);
   }
   const auto even_float = race(sites, [&] {
     orin_df_kernel_sDFUniformSearch1D(points, data.even_float.data(), n, data.random_float.data(),

@@ -42,6 +42,7 @@ class Placer {
   bool place(const double* site, Index* piece, double* local) const {
     const __m128i highest = _mm_set1_epi32(static_cast<int32_t>(points_ - 2));
     __m128i outside = _mm_setzero_si128();
+    fetch_ahead<group>(site);
     for (Index k = 0; k < group; k += 4) {
       const __m128i places = _mm_unpacklo_epi64(truncated(site + k), truncated(site + k + 2));
       outside = _mm_or_si128(outside, _mm_or_si128(places, _mm_sub_epi32(highest, places)));

@@ -165,15 +165,17 @@ struct UniformVector<float> {
 
 template <class T, class Cell>
 void find_uniform(int64_t nx, const T* x, Index nsite, const T* site, T r, Cell* cell) {
+  constexpr Index group = 32;
   const T x0 = x[0];
   Index i = 0;
   if (nx <= max_vector_nx<T> && r > 0) {  // else a site and its place may differ in sign
     const UniformVector<T> vector(x0, r, static_cast<T>(nx - 1));
-    for (; i + 16 <= nsite; i += 16) {
+    for (; i + group <= nsite; i += group) {
+      fetch_ahead<group>(site + i);
       __m128i doubtful = _mm_setzero_si128();
-      for (Index k = i; k < i + 16; k += 4) store_cells(vector.likely_cells(site + k, doubtful), cell + k);
+      for (Index k = i; k < i + group; k += 4) store_cells(vector.likely_cells(site + k, doubtful), cell + k);
       if (_mm_movemask_ps(_mm_castsi128_ps(doubtful)) != 0) {
-        for (Index k = i; k < i + 16; k += 4) store_cells(vector.cells(site + k), cell + k);
+        for (Index k = i; k < i + group; k += 4) store_cells(vector.cells(site + k), cell + k);
       }
     }
   }

@@ -14,6 +14,15 @@
 
 namespace orin::data_fitting {
 
+// Asks for what a pass over sites reads after some hundred nanoseconds; there need not be anything.
+template <Index sites, class T>
+void fetch_ahead(const T* site) {
+  constexpr std::uintptr_t line = 64, distance = 2048;
+  const auto first = reinterpret_cast<std::uintptr_t>(site) + distance;
+  for (std::uintptr_t at = first; at < first + sites * sizeof(T); at += line)
+    _mm_prefetch(reinterpret_cast<const char*>(at), _MM_HINT_T0);
+}
+
 // Four cells.
 inline void store_cells(__m128i cells, int32_t* out) { _mm_storeu_si128(reinterpret_cast<__m128i*>(out), cells); }
 
