@@ -462,4 +462,25 @@ TYPED_TEST(Use, StatusesAndMemory) {
   EXPECT_EQ(faulty_core::live_blocks(), before);
 }
 
+// The same bits on every target: a digest of coefficients, values, slopes and integrals.
+TYPED_TEST(Use, BitsAreTheSameOnEveryTarget) {
+  using T = TypeParam;
+  std::uint64_t digest = 14695981039346656037U;
+  const auto take = [&digest](const std::vector<T>& numbers) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(numbers.data());
+    for (std::size_t i = 0; i < numbers.size() * sizeof(T); ++i) digest = (digest ^ bytes[i]) * 1099511628211U;
+  };
+  this->splines([&](const Fit<T>& fit, int64_t) {
+    const std::vector<T> s = this->sites(fit, 900, false), right = this->sites(fit, 901, false);
+    std::vector<T> r(6 * s.size()), integrals(3 * s.size());
+    const int32_t ask[] = {1, 1};
+    ASSERT_EQ(Api<T>::interpolate(fit.task, 900, s.data(), 0, 2, ask, nullptr, r.data(), 0, nullptr), ORIN_DF_OK);
+    ASSERT_EQ(Api<T>::integrate(fit.task, 900, s.data(), 0, right.data(), 0, integrals.data(), 0), ORIN_DF_OK);
+    take(fit.coefficients);
+    take(r);
+    take(integrals);
+  });
+  EXPECT_EQ(digest, sizeof(T) == 8 ? 11184335716608775507U : 15045338050455170849U);
+}
+
 }  // namespace
