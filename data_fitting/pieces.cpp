@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include "data_fitting/pieces.h"
 
-#include <emmintrin.h>
-
 #include <limits>
+
+#include "data_fitting/placer.h"
 
 namespace orin::data_fitting {
 
@@ -14,60 +14,6 @@ template <class T>
 T magnitude(T v) {
   return v < 0 ? -v : v;
 }
-
-// Sites of a uniform partition in groups, by their places: a site belongs to its place's piece or, where it lies to the left
-// of that, to the one before. Pieces go through memory, cheaper than from a vector's lanes to two addresses.
-class Placer {
- public:
-  static constexpr Index group = 16;
-
-  Placer(const double* x, Index points, double origin, double multiplier)
-      : x_(x), points_(points), origin_(_mm_set1_pd(origin)), multiplier_(_mm_set1_pd(multiplier)) {}
-
-  // Places never fall as sites grow, since each rounded operation is monotone: with every point's place in [i, i + 1),
-  // those of the sites in piece i lie in [i, i + 2).
-  bool confirmed() const {
-    if (points_ > std::numeric_limits<int32_t>::max()) return false;
-    __m128i different = _mm_setzero_si128();
-    const auto compare = [&](Index i) {
-      const auto k = static_cast<int32_t>(i);
-      different = _mm_or_si128(different, _mm_xor_si128(truncated(x_ + i), _mm_set_epi32(0, 0, k + 1, k)));
-    };
-    for (Index i = 0; i + 2 <= points_; i += 2) compare(i);
-    compare(points_ - 2);
-    return _mm_movemask_epi8(_mm_cmpeq_epi32(different, _mm_setzero_si128())) == 0xFFFF;
-  }
-
-  // False if some site lies to the left of its place's piece, or outside the partition: the group is left unfinished.
-  bool place(const double* site, Index* piece, double* local) const {
-    const __m128i highest = _mm_set1_epi32(static_cast<int32_t>(points_ - 2));
-    __m128i outside = _mm_setzero_si128();
-    fetch_ahead<group>(site);
-    for (Index k = 0; k < group; k += 4) {
-      const __m128i places = _mm_unpacklo_epi64(truncated(site + k), truncated(site + k + 2));
-      outside = _mm_or_si128(outside, _mm_or_si128(places, _mm_sub_epi32(highest, places)));
-      store_cells(places, piece + k);
-    }
-    if (_mm_movemask_ps(_mm_castsi128_ps(outside)) != 0) return false;
-    __m128d negative = _mm_setzero_pd();
-    for (Index k = 0; k < group; k += 2) {
-      const __m128d left = _mm_loadh_pd(_mm_load_sd(x_ + piece[k]), x_ + piece[k + 1]);
-      const __m128d u = _mm_sub_pd(_mm_loadu_pd(site + k), left);
-      negative = _mm_or_pd(negative, u);
-      _mm_storeu_pd(local + k, u);
-    }
-    return _mm_movemask_pd(negative) == 0;
-  }
-
- private:
-  __m128i truncated(const double* site) const {
-    return _mm_cvttpd_epi32(_mm_mul_pd(_mm_sub_pd(_mm_loadu_pd(site), origin_), multiplier_));
-  }
-
-  const double* x_;
-  Index points_;
-  __m128d origin_, multiplier_;
-};
 
 }  // namespace
 
@@ -92,10 +38,8 @@ Pieces<T>::Pieces(const DfTask1D& task, Index nsite, int64_t sitehint, const T* 
   origin_ = x_[0] - (rounding < quarter_cell ? rounding : quarter_cell);
   // A place is off by the rounding of the points and its own, in cells.
   certain_ = (1 - 16 * eps * (far * multiplier_ + static_cast<T>(points_))) / multiplier_;
-  if constexpr (std::is_same_v<T, double>) {
-    const bool worth_it = method_ == Method::uniform && nsite >= 2 * points_;
-    places_confirmed_ = worth_it && Placer(x_, points_, origin_, multiplier_).confirmed();
-  }
+  const bool worth_it = method_ == Method::uniform && nsite >= 2 * points_ && Placer<T>::fits(points_);
+  places_confirmed_ = worth_it && Placer<T>(x_, points_, origin_, multiplier_).confirmed();
 }
 
 template <class T>
@@ -141,17 +85,22 @@ template <class T>
 template <class Real>
 bool Pieces<T>::find_uniform_pieces(Index n, const T* site, Index* piece, Real* local) const {
   Index i = 0;
-  bool outside = false;
-  if constexpr (std::is_same_v<T, double>) {
-    const Placer placer(x_, points_, origin_, multiplier_);
-    for (; places_confirmed_ && i + Placer::group <= n; i += Placer::group) {
-      if (placer.place(site + i, piece + i, local + i)) continue;
-      place_one_by_one(Placer::group, site + i, piece + i, local + i);
-      outside = true;
+  bool maybe_last = !places_confirmed_;
+  if constexpr (std::is_same_v<T, Real>) {
+    const Placer<T> placer(x_, points_, origin_, multiplier_);
+    const auto placed = [&](Index at) {
+      return places_confirmed_ ? placer.template place<true>(site + at, certain_, piece + at, local + at)
+                               : placer.template place<false>(site + at, certain_, piece + at, local + at);
+    };
+    constexpr Index group = Placer<T>::group;
+    for (const Index end = Placer<T>::fits(points_) ? n : 0; i + group <= end; i += group) {
+      if (placed(i)) continue;
+      place_one_by_one(group, site + i, piece + i, local + i);
+      maybe_last = true;
     }
   }
   place_one_by_one(n - i, site + i, piece + i, local + i);
-  return outside || i < n;
+  return maybe_last || i < n;
 }
 
 // A cell's knot cuts it in two: the pieces left and right of it have the numbers cell - 1 and cell.

@@ -9,6 +9,8 @@
 
 #include <limits>
 
+#include "data_fitting/vectors.h"
+
 namespace orin::data_fitting {
 namespace {
 
@@ -16,38 +18,7 @@ constexpr Index sorted_walk = 16;  // gaps up to this size are walked, not bisec
 constexpr Index general_walk = 40;
 constexpr Index block_sites = 256;  // cells of a block stay in the first-level cache between two passes
 
-// --- Vector pieces ---------------------------------------------------------------------------------------------------
-
-struct Vec2 {
-  static constexpr Index lanes = 2;
-  __m128d v;
-
-  static Vec2 load(const double* p) { return {_mm_loadu_pd(p)}; }
-  static Vec2 all(double value) { return {_mm_set1_pd(value)}; }
-  unsigned not_greater(Vec2 bound) const { return static_cast<unsigned>(_mm_movemask_pd(_mm_cmple_pd(v, bound.v))); }
-  unsigned less(Vec2 bound) const { return static_cast<unsigned>(_mm_movemask_pd(_mm_cmplt_pd(v, bound.v))); }
-};
-
-struct Vec4 {
-  static constexpr Index lanes = 4;
-  __m128 v;
-
-  static Vec4 load(const float* p) { return {_mm_loadu_ps(p)}; }
-  static Vec4 all(float value) { return {_mm_set1_ps(value)}; }
-  unsigned not_greater(Vec4 bound) const { return static_cast<unsigned>(_mm_movemask_ps(_mm_cmple_ps(v, bound.v))); }
-  unsigned less(Vec4 bound) const { return static_cast<unsigned>(_mm_movemask_ps(_mm_cmplt_ps(v, bound.v))); }
-};
-
-template <class T>
-struct VectorOf {
-  using type = Vec2;
-};
-template <>
-struct VectorOf<float> {
-  using type = Vec4;
-};
-template <class T>
-using Vec = typename VectorOf<T>::type;
+// --- Shared pieces ---------------------------------------------------------------------------------------------------
 
 // The first place from `lo` on, at most `hi`, whose point is not <= s.
 template <class T>

@@ -6,32 +6,11 @@
 #ifndef ORIN_DATA_FITTING_SEARCH_H
 #define ORIN_DATA_FITTING_SEARCH_H
 
-#include <emmintrin.h>
-
 #include <cstdint>
 
 #include "data_fitting/task.h"
 
 namespace orin::data_fitting {
-
-// Asks for what a pass over sites reads after some hundred nanoseconds; there need not be anything.
-template <Index sites, class T>
-void fetch_ahead(const T* site) {
-  constexpr std::uintptr_t line = 64, distance = 2048;
-  const auto first = reinterpret_cast<std::uintptr_t>(site) + distance;
-  for (std::uintptr_t at = first; at < first + sites * sizeof(T); at += line)
-    _mm_prefetch(reinterpret_cast<const char*>(at), _MM_HINT_T0);
-}
-
-// Four cells.
-inline void store_cells(__m128i cells, int32_t* out) { _mm_storeu_si128(reinterpret_cast<__m128i*>(out), cells); }
-
-// A cell is not negative, so that zeros extend it.
-inline void store_cells(__m128i cells, int64_t* out) {
-  const __m128i zero = _mm_setzero_si128();
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi32(cells, zero));
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 2), _mm_unpackhi_epi32(cells, zero));
-}
 
 // The multiplier of the uniform guess: cells per unit of length.
 template <class T>
