@@ -190,19 +190,16 @@ TEST(Quasi, FailedAllocationsAreReportedAndNothingIsLost) {
     const uint32_t dimension = 20;
     const std::vector<uint32_t> expected = raw(new_stream(s.brng, {dimension}), 100);
     const long live = faulty_core::live_blocks();
-    long failures = 0;
-    for (;; ++failures) {
+    const long failures = faulty_core::fail_each([&](bool) {
       void* stream = nullptr;
-      faulty_core::fail_at(failures);
       const int32_t status = __junNewStreamEx(&stream, s.brng, 1, &dimension);
-      faulty_core::fail_at(-1);
+      const bool failed = status != JUN_RNG_OK;
+      EXPECT_EQ(status, failed ? JUN_RNG_NO_MEMORY : JUN_RNG_OK);
       const Stream owner(stream);
-      if (status == JUN_RNG_OK) break;
-      EXPECT_EQ(status, JUN_RNG_NO_MEMORY);
-      if (stream != nullptr) {
+      if (failed && stream != nullptr) {
         EXPECT_EQ(raw(owner, 100), expected);  // the tables come when memory does
       }
-    }
+    });
     EXPECT_EQ(failures, s.brng == JUN_BRNG_SOBOL ? 5 : 3);  // stream, and record and data of each table
     EXPECT_EQ(faulty_core::live_blocks(), live);
   }
