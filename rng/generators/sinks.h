@@ -9,6 +9,9 @@
 // Float     The halves of a word become floats without rounding: as the low bits of floats of magnitude 2^7 and 2^-9
 //           they count in units of 2^-16 and 2^-32. Once the magnitudes are gone their sum rounds w / 2^32 once.
 //           A word whose low 8 bits are zero is a multiple of 2^-24 and needs no halves.
+// Cost      On [0, 1) a group takes four vector operations as doubles and seven as floats: one rounding of 32 bits
+//           needs both halves, and 1 must be kept out. Loops bound by the vector units, the twisters' above all, fill
+//           floats more slowly than doubles; bench/rng_bench.cpp tells by how much.
 // Interval  The result is a + (b - a) u; one that rounds to b becomes the value below.
 // Tails     some() runs the code of the full group, so a value depends on the generator's state alone.
 #ifndef ORIN_RNG_GENERATORS_SINKS_H
