@@ -25,6 +25,8 @@ out.comment("pi in two doubles, the first of 33 bits.")
 out.constant("wide_high", hex_double(high))
 out.constant("wide_low", hex_double(to_double(mp.pi - high)))
 out.constant("wide_inverse", hex_double(to_double(1 / mp.pi)))
+out.comment("The second over pi.")
+out.constant("low_per_x", hex_float((mp.pi - high) / mp.pi), "float")
 
 
 def tail(first):

@@ -172,8 +172,7 @@ struct Atanh {
 // f(|x|) by the formula for v, to the accuracy of the logarithm's grade.
 template <class F, Grade grade, class V>
 ORIN_INLINE V plain(V y) {
-  const OnePlus<V> u = one_plus(F::less_one(y));
-  return F::finish(logarithm<grade>(u.sum, u.rest));
+  return F::finish(logarithm_of_one_plus<grade>(F::less_one(y)));
 }
 
 template <class F, class T, Grade grade>

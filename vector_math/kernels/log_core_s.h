@@ -5,6 +5,7 @@
 //               the first sum as a pair
 //           LA  x = 2^k (1 + f), sqrt 1/2 <= 1 + f <= sqrt 2;  log x = k log 2 + (f + f^2 p(f))
 //           EP  the same range;  log x = k log 2 + f p(f)
+//               of 1 + v  f = v 2^-k + (2^-k - 1)
 //           The square f^2/2 is exact for the leading bits of f and joins the pair; base 10 has that pair times 1/ln 10
 // Arguments positive and normal; a pair x + rest where named so. `scaled`: x stands for x 2^-scaled.
 // Budget    HA  in ulp: low parts 1/16, polynomial 1/16, last rounding 1/2
@@ -101,6 +102,27 @@ ORIN_INLINE Reduced reduce(const Reduction& c, Vec4f x, Vec4f rest) {
   return reduced;
 }
 
+// log(2^k (1 + f)) in LA and EP.
+template <Grade grade, Base base>
+ORIN_INLINE Vec4f short_form(const auto& c, Vec4f k, Vec4f f) {
+  const Vec4f f2 = f * f;
+  if constexpr (grade == Grade::la) {
+    const Vec4f p =
+        ((c.p0 + f * c.p1) + f2 * (c.p2 + f * c.p3)) + (f2 * f2) * ((c.p4 + f * c.p5) + f2 * (c.p6 + f * c.p7));
+    const Vec4f first = base == Base::ten ? f * c.inverse : f;
+    return k * c.two + (first + f2 * p);
+  } else {
+    return k * c.two + f * ((c.p0 + f * c.p1) + f2 * (c.p2 + f * c.p3));
+  }
+}
+template <Grade grade, Base base>
+ORIN_INLINE const auto& constants_of() {
+  if constexpr (grade == Grade::la)
+    return in_memory(Constants<base>::la);
+  else
+    return in_memory(Constants<base>::ep);
+}
+
 template <Grade grade, Base base, bool has_rest, int scaled>
 ORIN_INLINE Vec4f evaluate(Vec4f x, Vec4f rest) {
   if constexpr (grade == Grade::ha) {
@@ -124,18 +146,10 @@ ORIN_INLINE Vec4f evaluate(Vec4f x, Vec4f rest) {
     const Vec4f main = k * c.two_high;  // exact
     const Vec4f sum = main + head;
     return sum + (((main - sum) + head) + (low + k * c.two_low));
-  } else if constexpr (grade == Grade::la) {
-    const auto& c = in_memory(Constants<base>::la);
-    const auto [k, f, rest_low] = reduce<has_rest, scaled>(c, x, rest);
-    const Vec4f f2 = f * f;
-    const Vec4f p =
-        ((c.p0 + f * c.p1) + f2 * (c.p2 + f * c.p3)) + (f2 * f2) * ((c.p4 + f * c.p5) + f2 * (c.p6 + f * c.p7));
-    const Vec4f first = base == Base::ten ? f * c.inverse : f;
-    return k * c.two + (first + f2 * p);
   } else {
-    const auto& c = in_memory(Constants<base>::ep);
+    const auto& c = constants_of<grade, base>();
     const auto [k, f, rest_low] = reduce<has_rest, scaled>(c, x, rest);
-    return k * c.two + f * ((c.p0 + f * c.p1) + (f * f) * (c.p2 + f * c.p3));
+    return short_form<grade, base>(c, k, f);
   }
 }
 
@@ -151,10 +165,25 @@ ORIN_INLINE Vec4f logarithm(Vec4f x, Vec4f rest) {
   return evaluate<grade, Base::e, true, 0>(x, rest);
 }
 
+// log(1 + v), v up to 2^126: f = v 2^-k + (2^-k - 1) in LA and EP.
+template <Grade grade>
+ORIN_INLINE Vec4f logarithm_of_one_plus(Vec4f v) {
+  if constexpr (grade == Grade::ha) {
+    const OnePlus<Vec4f> u = one_plus(v);
+    return logarithm<grade>(u.sum, u.rest);
+  } else {
+    const auto& c = constants_of<grade, Base::e>();
+    const Vec4i distance = bits(c.one + v) - c.least;
+    const Vec4f scale = from_bits(c.bits_of_one - (distance & c.exponent));
+    return short_form<grade, Base::e>(c, to_float(shift_right_signed<23>(distance)), v * scale + (scale - c.one));
+  }
+}
+
 }  // namespace orin::vector_math::log_s
 
 namespace orin::vector_math {
 using log_s::logarithm;
-}
+using log_s::logarithm_of_one_plus;
+}  // namespace orin::vector_math
 
 #endif
