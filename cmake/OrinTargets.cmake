@@ -1,4 +1,4 @@
-# OrinTargets: the flags that fix the arithmetic, and one helper per kind of target.
+# OrinTargets: the flags that fix the arithmetic, and one function per kind of target.
 # SPDX-License-Identifier: MIT
 
 # Diagnostics, common to every target of the project.
