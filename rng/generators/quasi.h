@@ -166,8 +166,8 @@ class Quasi {
     }
   };
 
-  // All words of a block of early points end in 8 zero bits: bit c of the points' numbers reaches no further than column
-  // c does. The patterns' columns are early ones; the base tells of the others.
+  // The early columns end in 8 zero bits, and so do the words of the early points. The patterns are made of the first
+  // six columns; whether later ones take part is seen from the base.
   static bool is_coarse(const Layout& layout, const uint32_t* base) {
     uint32_t all = 0;
     for (uint32_t j = 0; j < layout.dimension; ++j) all |= base[j];
