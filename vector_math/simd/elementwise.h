@@ -81,6 +81,10 @@ using OneToTwo = Shape<T, 1, 2>;
 template <class T, class R>
 using OneToOther = Shape<T, 1, 1, R>;
 
+// Keeps the compiler from exchanging what is stored before and after: stores that leave the first cache come out at half
+// the speed where neighbours descend.
+ORIN_INLINE void stores_ascend() { asm volatile("" : : : "memory"); }
+
 // Four consecutive elements: the unit of the loop.
 template <class T>
 struct Group;
@@ -101,6 +105,7 @@ struct Group<double> {
   ORIN_INLINE void store(double* to, std::int32_t count) const {
     if (count == 1) return _mm_storel_pd(to, low.raw);
     low.store(to);
+    stores_ascend();
     if (count >= 4) [[likely]]
       high.store(to + 2);
     else if (count == 3)
@@ -197,6 +202,7 @@ class Elementwise {
   // By value, so that the second group is in registers before the first one's lookups go through memory.
   static ORIN_INLINE void evaluate_and_store(const F& f, In x, In next, std::int32_t i, Results r) {
     store(evaluate<Way::fast>(f, x), r, i, 4);
+    if constexpr (!has_special) stores_ascend();
     store(evaluate<Way::fast>(f, next), r, i + 4, 4);
   }
 
