@@ -85,7 +85,7 @@ template <class T>
 template <class Real>
 bool Pieces<T>::find_uniform_pieces(Index n, const T* site, Index* piece, Real* local) const {
   Index i = 0;
-  bool maybe_last = !places_confirmed_;
+  bool maybe_last = false;  // the last point's place is at least its number: outside
   if constexpr (std::is_same_v<T, Real>) {
     const Placer<T> placer(x_, points_, origin_, multiplier_);
     const auto placed = [&](Index at) {
