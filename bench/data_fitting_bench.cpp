@@ -33,7 +33,7 @@ using Doubles = std::vector<double>;
 using Cells = std::vector<int32_t>;
 
 constexpr int points = 1000;
-constexpr std::size_t sites = 1000000;
+constexpr std::size_t sites = 1000000, cached = 8000;
 constexpr int rounds = 25;
 
 // Best nanoseconds of each contender, per item.
@@ -128,6 +128,14 @@ void truncate_all(const double* s, std::size_t count, double x0, double r, int32
   for (std::size_t i = 0; i < count; ++i) cell[i] = static_cast<int32_t>((s[i] - x0) * r) + 1;
 }
 
+// The same with the cells of sites outside, as the search gives them.
+void locate_all(const double* s, std::size_t count, double x0, double r, int32_t nx, int32_t* cell) {
+  for (std::size_t i = 0; i < count; ++i) {
+    const int32_t c = s[i] >= x0 ? static_cast<int32_t>((s[i] - x0) * r) + 1 : 0;
+    cell[i] = c < nx ? c : nx;
+  }
+}
+
 void merge(const Doubles& x, const Doubles& s, Cells& cell) {
   std::size_t c = 0;
   for (std::size_t i = 0; i < s.size(); ++i) {
@@ -176,7 +184,6 @@ void searches(const Data& data) {
   gsl_interp_accel_free(accel);
 #endif
 
-  constexpr std::size_t cached = 8000;
   for (const std::size_t count : {cached, sites}) {
     const auto even = race(
         static_cast<double>(sites / count * count),
@@ -190,9 +197,15 @@ void searches(const Data& data) {
           for (std::size_t k = 0; k < sites / count; ++k) {
             truncate_all(data.random.data(), count, data.even[0], multiplier, theirs.data());
           }
+        },
+        [&] {
+          for (std::size_t k = 0; k < sites / count; ++k) {
+            locate_all(data.random.data(), count, data.even[0], multiplier, points, theirs.data());
+          }
         });
     const bool same = std::equal(ours.begin(), ours.begin() + static_cast<std::ptrdiff_t>(count), theirs.begin());
     row(count == cached ? "search, uniform, 8000 sites" : "search, uniform", even[0], "unchecked loop", even[1], same);
+    row("", even[0], "the rule as a loop", even[2], same);
   }
   const auto even_float = race(sites, [&] {
     orin_df_kernel_sDFUniformSearch1D(points, data.even_float.data(), n, data.random_float.data(),
@@ -293,26 +306,36 @@ void evaluations(const Data& data) {
                                                                              1.0 / (points - 1), 20.0, 0.0);
   ours.resize(sites);
   theirs.resize(sites);
-  // The shortest way: no site outside, no doubt about the cell, functions of one kind.
-  Doubles direct(sites);
-  const auto index_and_evaluate = [&] {
-    const double* const x = data.even.data();
-    const double* const coefficients = static_cast<const double*>(even.task->scoeff[0]);
-    for (std::size_t i = 0; i < sites; ++i) {
-      const int k = std::min(static_cast<int>((data.random[i] - x[0]) * (points - 1)), points - 2);
-      const double* const c = coefficients + 4 * k;
-      const double u = data.random[i] - x[k];
-      direct[i] = ((c[3] * u + c[2]) * u + c[1]) * u + c[0];
-    }
-  };
   const auto time = race(
       sites, [&] { even.at(data.random, 0, {1}, ours); },
       [&] {
         for (std::size_t i = 0; i < sites; ++i) theirs[i] = cardinal(data.random[i]);
-      },
-      index_and_evaluate);
+      });
   row("evaluate cubic, uniform, random sites", time[0], "Boost cardinal cubic", time[1], close(ours, theirs, 1e-9));
-  row("", time[0], "direct index and Horner", time[2], close(ours, direct, 1e-9));
+  // The shortest way: no site outside, no doubt about the cell, functions of one kind.
+  for (const std::size_t count : {sites, cached}) {
+    const Doubles few(data.random.begin(), data.random.begin() + static_cast<std::ptrdiff_t>(count));
+    Doubles evaluated(count), direct(count);
+    const auto again = [&](auto pass) {
+      return [=] {
+        for (std::size_t k = 0; k < sites / count; ++k) pass();
+      };
+    };
+    const auto index_and_evaluate = [&] {
+      const double* const x = data.even.data();
+      const double* const coefficients = static_cast<const double*>(even.task->scoeff[0]);
+      for (std::size_t i = 0; i < count; ++i) {
+        const int k = std::min(static_cast<int>((few[i] - x[0]) * (points - 1)), points - 2);
+        const double* const c = coefficients + 4 * k;
+        const double u = few[i] - x[k];
+        direct[i] = ((c[3] * u + c[2]) * u + c[1]) * u + c[0];
+      }
+    };
+    const auto plain = race(static_cast<double>(sites / count * count), again([&] { even.at(few, 0, {1}, evaluated); }),
+                            again(index_and_evaluate));
+    row(count == cached ? "evaluate cubic, uniform, 8000 sites" : "", plain[0], "direct index and Horner", plain[1],
+        close(evaluated, direct, 1e-9));
+  }
 #else
   row("evaluate cubic, general, random sites", values(spline, data.random, 0));
   row("evaluate cubic, general, sorted sites", values(spline, data.ascending, ORIN_DF_SORTED_SITES));

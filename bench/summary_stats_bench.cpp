@@ -5,8 +5,8 @@
 //           so that a busy machine disturbs all of them alike; minimum and median over the rounds of the time per
 //           value. The ratio is the fastest peer's minimum over ours: above 1 we are faster. Results are compared with
 //           the peer's first: a row that is off prints WRONG.
-// Peers     compiled for SSE2 as the library is. Moments: Eigen's mean and three sums of powers of deviations, one pass
-//           each. Covariance: means, centred copy and symmetric update, the update by OpenBLAS held to SSE3 (loaded at
+// Peers     compiled for SSE2 as the library is. Moments: Eigen's mean, a plain sum whose time is that of reading the
+//           values, and three sums of powers of deviations, one pass each. Covariance: means, centred copy and symmetric update, the update by OpenBLAS held to SSE3 (loaded at
 //           run time where it is installed) or by Eigen. Five quantiles: std::nth_element, each on what lies above the
 //           last one. Stream quantiles have no peer with a bound: their rows tell the worst rank and the memory
 //           instead.

@@ -1,4 +1,4 @@
-# OrinTargets: the flags that fix the arithmetic, and one helper per kind of target.
+# OrinTargets: the flags that fix the arithmetic, and one function per kind of target.
 # SPDX-License-Identifier: MIT
 
 # Diagnostics, common to every target of the project.
@@ -17,7 +17,7 @@ if(WIN32)
   target_compile_options(orin_arithmetic INTERFACE -march=pentium4 -mtune=generic)
 endif()
 if(ORIN_SANITIZE)
-  target_compile_options(orin_arithmetic INTERFACE -fsanitize=${ORIN_SANITIZE} -fno-omit-frame-pointer -g)
+  target_compile_options(orin_arithmetic INTERFACE -fsanitize=${ORIN_SANITIZE} -fno-omit-frame-pointer -O1 -g1)
   target_link_options(orin_arithmetic INTERFACE -fsanitize=${ORIN_SANITIZE})
   if(ORIN_SANITIZE MATCHES undefined)
     # Arrays need an alignment of 4 bytes only, arrays of doubles too: that is not a fault.
@@ -68,6 +68,9 @@ function(orin_add_program name)
   foreach(family IN LISTS ARG_FAMILIES)
     target_sources(${name} PRIVATE $<TARGET_OBJECTS:orin_${family}>)
   endforeach()
+  if(WIN32 AND ARG_FAMILIES)
+    target_compile_definitions(${name} PRIVATE ORIN_BUILDING) # the tables are its own, not imported
+  endif()
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE orin_warnings orin_arithmetic ${ARG_LIBRARIES} ${CMAKE_DL_LIBS})
 endfunction()

@@ -38,10 +38,16 @@ struct Positions {
 
 template <class P>
 struct Sliding {
-  View<const typename P::Data> taps, source;
-  View<typename P::Data> out;
-  Positions first = {}, step = {};  // steps are positive
-  bool add = false;                 // to what `out` holds
+  using Data = typename P::Data;
+
+  // A constructor, because compilers clear the lists of an aggregate as well.
+  Sliding(const View<const Data>& some_taps, const View<const Data>& some_source, const View<Data>& some_out)
+      : taps(some_taps), source(some_source), out(some_out) {}
+
+  View<const Data> taps, source;
+  View<Data> out;
+  Positions first, step;  // steps are positive
+  bool add = false;       // to what `out` holds
 };
 
 template <class P>

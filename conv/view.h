@@ -91,7 +91,8 @@ View<Scalar> caller_view(Scalar* address, int dims, const std::int32_t* shape, c
 
 // Product of lengths, or the largest number when it does not fit.
 inline std::size_t saturated_product(std::size_t a, std::size_t b) {
-  return b != 0 && a > SIZE_MAX / b ? SIZE_MAX : a * b;
+  std::size_t product;
+  return __builtin_mul_overflow(a, b, &product) ? SIZE_MAX : product;
 }
 
 template <class Length>

@@ -5,11 +5,10 @@
 // Bounds    per value the rounding of Horner's rule in the coordinate; at the left end of a piece c0 to the bit, at the
 //           last point the function's own value (LastPoint)
 // Special   sites beyond the partition continue the outer pieces
-#include <emmintrin.h>
-
 #include <limits>
 
 #include "data_fitting/pieces.h"
+#include "data_fitting/vectors.h"
 
 namespace orin::data_fitting {
 namespace {
@@ -27,24 +26,39 @@ T polynomial(const T* c, T u) {
   return sum;
 }
 
-// Coefficients j of two pieces, for every j below the order.
+// Coefficients j of the pieces at `piece`, a lane each, for every j below the order.
 template <int order>
-void load_pair(const double* a, const double* b, __m128d (&c)[order]) {
+[[gnu::always_inline]] inline void load_coefficients(const double* p, const Index* piece, Vec2 (&c)[order]) {
+  const double *const a = p + order * piece[0], *const b = p + order * piece[1];
   for (int j = 0; j + 1 < order; j += 2) {
     const __m128d pair_a = _mm_loadu_pd(a + j), pair_b = _mm_loadu_pd(b + j);
-    c[j] = _mm_unpacklo_pd(pair_a, pair_b);
-    c[j + 1] = _mm_unpackhi_pd(pair_a, pair_b);
+    c[j] = {_mm_unpacklo_pd(pair_a, pair_b)};
+    c[j + 1] = {_mm_unpackhi_pd(pair_a, pair_b)};
   }
-  if constexpr (order % 2 == 1) c[order - 1] = _mm_set_pd(b[order - 1], a[order - 1]);
+  if constexpr (order % 2 == 1) c[order - 1] = {_mm_set_pd(b[order - 1], a[order - 1])};
 }
 
-template <int order, int k>
-__m128d polynomial_pair(const double* a, const double* b, __m128d u) {
-  __m128d c[order];
-  load_pair<order>(a, b, c);
-  const auto term = [&c](int j) { return falling(j, k) == 1 ? c[j] : _mm_mul_pd(c[j], _mm_set1_pd(falling(j, k))); };
-  __m128d sum = term(order - 1);
-  for (int j = order - 2; j >= k; --j) sum = _mm_add_pd(_mm_mul_pd(sum, u), term(j));
+template <int order>
+[[gnu::always_inline]] inline void load_coefficients(const float* p, const Index* piece, Vec4 (&c)[order]) {
+  const float* const lane[] = {p + order * piece[0], p + order * piece[1], p + order * piece[2], p + order * piece[3]};
+  if constexpr (order == 4) {
+    for (int j = 0; j < 4; ++j) c[j] = Vec4::load(lane[j]);
+    _MM_TRANSPOSE4_PS(c[0].v, c[1].v, c[2].v, c[3].v);
+  } else {
+    for (int j = 0; j < order; ++j) c[j] = {_mm_set_ps(lane[3][j], lane[2][j], lane[1][j], lane[0][j])};
+  }
+}
+
+// The same for sites in lanes, operation by operation.
+template <int order, int k, class T>
+[[gnu::always_inline]] inline Vec<T> polynomials(const T* coefficients, const Index* piece, Vec<T> u) {
+  Vec<T> c[order];
+  load_coefficients<order>(coefficients, piece, c);
+  const auto term = [&c](int j) {
+    return falling(j, k) == 1 ? c[j] : c[j] * Vec<T>::all(static_cast<T>(falling(j, k)));
+  };
+  Vec<T> sum = term(order - 1);
+  for (int j = order - 2; j >= k; --j) sum = sum * u + term(j);
   return sum;
 }
 
@@ -57,14 +71,12 @@ void evaluate(Index n, const Index* piece, const T* local, const T* coefficients
   if constexpr (k >= order) {
     for (; i < n; ++i) r[i * stride] = 0;
   } else {
-    if constexpr (sizeof(T) == sizeof(double)) {
-      for (; i + 2 <= n; i += 2) {
-        const __m128d value = polynomial_pair<order, k>(coefficients + order * piece[i],
-                                                        coefficients + order * piece[i + 1], _mm_loadu_pd(local + i));
-        _mm_storel_pd(r + i * stride, value);
-        _mm_storeh_pd(r + (i + 1) * stride, value);
-      }
+    using V = Vec<T>;
+    const auto values = [=](Index at) { return polynomials<order, k>(coefficients, piece + at, V::load(local + at)); };
+    if (stride == 1) {
+      for (; i + V::lanes <= n; i += V::lanes) values(i).store(r + i);
     }
+    for (; i + V::lanes <= n; i += V::lanes) values(i).scatter(r + i * stride, stride);
     for (; i < n; ++i) r[i * stride] = polynomial<order, k>(coefficients + order * piece[i], local[i]);
   }
 }
@@ -77,26 +89,17 @@ constexpr Evaluate<T> kernels[5] = {evaluate<T, order, 0>, evaluate<T, order, 1>
 template <class T>
 constexpr const Evaluate<T>* kernels_of[] = {kernels<T, 2>, kernels<T, 3>, kernels<T, 4>};
 
-bool any_equal(const double* s, Index n, double value) {
-  const __m128d wanted = _mm_set1_pd(value);
-  __m128d found = _mm_setzero_pd();
+template <class T>
+bool any_equal(const T* s, Index n, T value) {
+  using V = Vec<T>;
+  const V wanted = V::all(value);
+  V found = V::all(0);
   Index i = 0;
-  for (; i + 4 <= n; i += 4)
-    found = _mm_or_pd(
-        found, _mm_or_pd(_mm_cmpeq_pd(_mm_loadu_pd(s + i), wanted), _mm_cmpeq_pd(_mm_loadu_pd(s + i + 2), wanted)));
+  for (; i + 2 * V::lanes <= n; i += 2 * V::lanes)
+    found = found | equal(V::load(s + i), wanted) | equal(V::load(s + i + V::lanes), wanted);
   bool rest = false;
   for (; i < n; ++i) rest |= s[i] == value;
-  return rest || _mm_movemask_pd(found) != 0;
-}
-
-bool any_equal(const float* s, Index n, float value) {
-  const __m128 wanted = _mm_set1_ps(value);
-  __m128 found = _mm_setzero_ps();
-  Index i = 0;
-  for (; i + 4 <= n; i += 4) found = _mm_or_ps(found, _mm_cmpeq_ps(_mm_loadu_ps(s + i), wanted));
-  bool rest = false;
-  for (; i < n; ++i) rest |= s[i] == value;
-  return rest || _mm_movemask_ps(found) != 0;
+  return rest || found.signs() != 0;
 }
 
 // The last point begins no piece, and the end of its polynomial is rounded. Its value is the function's own, provided that
@@ -163,8 +166,8 @@ void run(const DfTask1D& task, const Request<T>& q, Index asked, Pieces<T>& piec
   T local[block_sites];
   for (Index begin = 0; begin < q.nsite; begin += block_sites) {
     const Index n = q.nsite - begin < block_sites ? q.nsite - begin : block_sites;
-    pieces.find(n, q.site + begin, q.cell == nullptr ? nullptr : q.cell + begin, piece, local);
-    const bool last_point_asked = values && last_point.among(n, q.site + begin);
+    const bool maybe_last = pieces.find(n, q.site + begin, q.cell == nullptr ? nullptr : q.cell + begin, piece, local);
+    const bool last_point_asked = values && maybe_last && last_point.among(n, q.site + begin);
     for (Index f = 0; f < functions; ++f) {
       const T* coefficients = static_cast<const T*>(task.scoeff[f]);
       T* const results = q.r + (q.by_site ? begin * functions + f : f * q.nsite + begin) * asked;

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 #include "data_fitting/pieces.h"
 
-#include <emmintrin.h>
-
 #include <limits>
+
+#include "data_fitting/placer.h"
 
 namespace orin::data_fitting {
 
@@ -30,12 +30,16 @@ Pieces<T>::Pieces(const DfTask1D& task, Index nsite, int64_t sitehint, const T* 
       hint_(method_ == Method::near ? cell_from(data_hint[0], points_) : 0),
       sorted_(x_, points_, method_ == Method::sorted ? nsite : 0, 0),
       general_(x_, points_, method_ == Method::general ? nsite : 0) {
-  // A few units in the last place to the right: a site that is a partition point mostly gets the cell it begins at once.
+  // Some units in the last place to the right: a site that is a partition point gets the piece it begins.
   constexpr T eps = std::numeric_limits<T>::epsilon();
-  multiplier_ = cells_per_length(x_, points_) * (1 + 4 * eps);
-  // A place is off by the rounding of the points and its own, in cells.
   const T far = magnitude(x_[0]) + magnitude(x_[points_ - 1]);
+  multiplier_ = cells_per_length(x_, points_) * (1 + 4 * eps);
+  const T rounding = 8 * eps * far, quarter_cell = T{0.25f} / multiplier_;
+  origin_ = x_[0] - (rounding < quarter_cell ? rounding : quarter_cell);
+  // A place is off by the rounding of the points and its own, in cells.
   certain_ = (1 - 16 * eps * (far * multiplier_ + static_cast<T>(points_))) / multiplier_;
+  const bool worth_it = method_ == Method::uniform && nsite >= 2 * points_ && Placer<T>::fits(points_);
+  places_confirmed_ = worth_it && Placer<T>(x_, points_, origin_, multiplier_).confirmed();
 }
 
 template <class T>
@@ -60,53 +64,43 @@ Index corrected(const T* x, Index k, Index highest, T s) {
   return k;
 }
 
-// Two sites at once, while their places fit in 32 bits; returns how many were done.
-Index place_pairs(const double* x, double multiplier, double certain, Index highest, Index n, const double* site,
-                  Index* piece, double* local) {
-  if (highest > std::numeric_limits<int32_t>::max()) return 0;
-  const __m128d origin = _mm_set1_pd(x[0]), scale = _mm_set1_pd(multiplier), most = _mm_set1_pd(certain);
-  const __m128d last = _mm_set1_pd(static_cast<double>(highest));
-  Index i = 0;
-  for (; i + 2 <= n; i += 2) {
-    const __m128d s = _mm_loadu_pd(site + i);
-    const __m128d place = _mm_max_pd(_mm_mul_pd(_mm_sub_pd(s, origin), scale), _mm_setzero_pd());
-    const __m128i k = _mm_cvttpd_epi32(_mm_min_pd(place, last));
-    const Index first = _mm_cvtsi128_si32(k), second = _mm_cvtsi128_si32(_mm_shuffle_epi32(k, 1));
-    const __m128d u = _mm_sub_pd(s, _mm_set_pd(x[second], x[first]));
-    piece[i] = first;
-    piece[i + 1] = second;
-    _mm_storeu_pd(local + i, u);
-    if (_mm_movemask_pd(_mm_or_pd(u, _mm_sub_pd(most, u))) != 0) {
-      for (Index j = i; j < i + 2; ++j) {
-        piece[j] = corrected(x, piece[j], highest, site[j]);
-        local[j] = site[j] - x[piece[j]];
-      }
-    }
-  }
-  return i;
-}
-
-// Floats are placed one by one.
-template <class Real>
-Index place_pairs(const float*, float, float, Index, Index, const float*, Index*, Real*) {
-  return 0;
-}
-
 }  // namespace
 
 template <class T>
 template <class Real>
-void Pieces<T>::find_uniform_pieces(Index n, const T* site, Index* piece, Real* local) const {
+void Pieces<T>::place_one_by_one(Index n, const T* site, Index* piece, Real* local) const {
   const Index highest = points_ - 2;
-  const T x0 = x_[0], last = static_cast<T>(highest);
-  for (Index i = place_pairs(x_, multiplier_, certain_, highest, n, site, piece, local); i < n; ++i) {
-    T place = (site[i] - x0) * multiplier_;
+  const T last = static_cast<T>(highest);
+  for (Index i = 0; i < n; ++i) {
+    T place = (site[i] - origin_) * multiplier_;
     place = place > 0 ? place : 0;
     const Index near = static_cast<Index>(place < last ? place : last), k = near < highest ? near : highest;
     const T u = site[i] - x_[k];
     piece[i] = u >= 0 && u <= certain_ ? k : corrected(x_, k, highest, site[i]);
     local[i] = static_cast<Real>(site[i]) - static_cast<Real>(x_[piece[i]]);
   }
+}
+
+template <class T>
+template <class Real>
+bool Pieces<T>::find_uniform_pieces(Index n, const T* site, Index* piece, Real* local) const {
+  Index i = 0;
+  bool maybe_last = !places_confirmed_;
+  if constexpr (std::is_same_v<T, Real>) {
+    const Placer<T> placer(x_, points_, origin_, multiplier_);
+    const auto placed = [&](Index at) {
+      return places_confirmed_ ? placer.template place<true>(site + at, certain_, piece + at, local + at)
+                               : placer.template place<false>(site + at, certain_, piece + at, local + at);
+    };
+    constexpr Index group = Placer<T>::group;
+    for (const Index end = Placer<T>::fits(points_) ? n : 0; i + group <= end; i += group) {
+      if (placed(i)) continue;
+      place_one_by_one(group, site + i, piece + i, local + i);
+      maybe_last = true;
+    }
+  }
+  place_one_by_one(n - i, site + i, piece + i, local + i);
+  return maybe_last || i < n;
 }
 
 // A cell's knot cuts it in two: the pieces left and right of it have the numbers cell - 1 and cell.
@@ -125,10 +119,9 @@ void Pieces<T>::find_between_knots(Index n, const T* site, Index* piece, Real* l
 
 template <class T>
 template <class Real>
-void Pieces<T>::find(Index n, const T* site, const int64_t* cell, Index* piece, Real* local) {
+bool Pieces<T>::find(Index n, const T* site, const int64_t* cell, Index* piece, Real* local) {
   if (cell == nullptr && method_ == Method::uniform) {
-    find_uniform_pieces(n, site, piece, local);
-    return;
+    return find_uniform_pieces(n, site, piece, local);
   }
   if (cell == nullptr) {
     find_cells(n, site, piece);
@@ -139,7 +132,7 @@ void Pieces<T>::find(Index n, const T* site, const int64_t* cell, Index* piece, 
   }
   if (has_knots_) {
     find_between_knots(n, site, piece, local);
-    return;
+    return true;
   }
   const Index highest = points_ - 2;
   for (Index i = 0; i < n; ++i) {
@@ -148,12 +141,13 @@ void Pieces<T>::find(Index n, const T* site, const int64_t* cell, Index* piece, 
     piece[i] = k;
     local[i] = static_cast<Real>(site[i]) - static_cast<Real>(x_[k]);
   }
+  return true;
 }
 
 template class Pieces<double>;
 template class Pieces<float>;
-template void Pieces<double>::find(Index, const double*, const int64_t*, Index*, double*);
-template void Pieces<float>::find(Index, const float*, const int64_t*, Index*, float*);
-template void Pieces<float>::find(Index, const float*, const int64_t*, Index*, double*);
+template bool Pieces<double>::find(Index, const double*, const int64_t*, Index*, double*);
+template bool Pieces<float>::find(Index, const float*, const int64_t*, Index*, float*);
+template bool Pieces<float>::find(Index, const float*, const int64_t*, Index*, double*);
 
 }  // namespace orin::data_fitting

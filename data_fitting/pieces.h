@@ -26,9 +26,9 @@ class Pieces {
   Pieces(const DfTask1D& task, Index nsite, int64_t sitehint, const T* data_hint);
 
   // Finds the pieces of some sites and their distances from the left ends of them. With sorted sites the calls follow
-  // their order. `cell`, where not null, is used in place of a search.
+  // their order. `cell`, where not null, is used in place of a search. False if no site is the last point.
   template <class Real>
-  void find(Index n, const T* site, const int64_t* cell, Index* piece, Real* local);
+  bool find(Index n, const T* site, const int64_t* cell, Index* piece, Real* local);
 
   // The left end of a piece; that of piece_count() is the right end of the last.
   double left(Index piece) const { return has_knots_ ? knots_[piece] : static_cast<double>(x_[piece]); }
@@ -38,7 +38,9 @@ class Pieces {
 
   void find_cells(Index n, const T* site, Index* cell);
   template <class Real>
-  void find_uniform_pieces(Index n, const T* site, Index* piece, Real* local) const;
+  void place_one_by_one(Index n, const T* site, Index* piece, Real* local) const;
+  template <class Real>
+  bool find_uniform_pieces(Index n, const T* site, Index* piece, Real* local) const;
   template <class Real>
   void find_between_knots(Index n, const T* site, Index* piece, Real* local) const;
 
@@ -47,8 +49,9 @@ class Pieces {
   bool has_knots_;
   Knots<T> knots_;
   Method method_;
-  T multiplier_;
-  T certain_;  // a coordinate from 0 up to this one leaves no doubt about the computed piece of a uniform partition
+  T origin_, multiplier_;  // a uniform partition's site has the place (site - origin_) * multiplier_
+  T certain_;              // a coordinate from 0 up to this one leaves no doubt about the piece found by a place
+  bool places_confirmed_ = false;  // a site's place never lies below its piece, nor two above it
   Index hint_;
   SortedSearch<T> sorted_;
   GeneralSearch<T> general_;

@@ -7,9 +7,9 @@
 // Source   guide tables: Chen and Asau, AIIE Transactions 6 (1974) 163-166, there for drawing from a distribution
 #include "data_fitting/search.h"
 
-#include <emmintrin.h>
-
 #include <limits>
+
+#include "data_fitting/vectors.h"
 
 namespace orin::data_fitting {
 namespace {
@@ -18,38 +18,7 @@ constexpr Index sorted_walk = 16;  // gaps up to this size are walked, not bisec
 constexpr Index general_walk = 40;
 constexpr Index block_sites = 256;  // cells of a block stay in the first-level cache between two passes
 
-// --- Vector pieces ---------------------------------------------------------------------------------------------------
-
-struct Vec2 {
-  static constexpr Index lanes = 2;
-  __m128d v;
-
-  static Vec2 load(const double* p) { return {_mm_loadu_pd(p)}; }
-  static Vec2 all(double value) { return {_mm_set1_pd(value)}; }
-  unsigned not_greater(Vec2 bound) const { return static_cast<unsigned>(_mm_movemask_pd(_mm_cmple_pd(v, bound.v))); }
-  unsigned less(Vec2 bound) const { return static_cast<unsigned>(_mm_movemask_pd(_mm_cmplt_pd(v, bound.v))); }
-};
-
-struct Vec4 {
-  static constexpr Index lanes = 4;
-  __m128 v;
-
-  static Vec4 load(const float* p) { return {_mm_loadu_ps(p)}; }
-  static Vec4 all(float value) { return {_mm_set1_ps(value)}; }
-  unsigned not_greater(Vec4 bound) const { return static_cast<unsigned>(_mm_movemask_ps(_mm_cmple_ps(v, bound.v))); }
-  unsigned less(Vec4 bound) const { return static_cast<unsigned>(_mm_movemask_ps(_mm_cmplt_ps(v, bound.v))); }
-};
-
-template <class T>
-struct VectorOf {
-  using type = Vec2;
-};
-template <>
-struct VectorOf<float> {
-  using type = Vec4;
-};
-template <class T>
-using Vec = typename VectorOf<T>::type;
+// --- Shared pieces ---------------------------------------------------------------------------------------------------
 
 // The first place from `lo` on, at most `hi`, whose point is not <= s.
 template <class T>
@@ -90,7 +59,8 @@ int64_t uniform_cell(int64_t nx, T x0, T r, T s) {
   if (!(s >= x0)) return 0;
   const T offset = (s - x0) * r;
   if (offset <= -1) return 0;  // a negative multiplier; the conversion holds from here on
-  if (!(offset < static_cast<T>(nx))) return nx;
+  constexpr T convertible = static_cast<T>(int64_t{1} << 62);  // nx itself may be rounded in T
+  if (!(offset < convertible)) return nx;
   const int64_t cell = static_cast<int64_t>(offset) + 1;
   return cell < nx ? cell : nx;
 }
@@ -162,28 +132,21 @@ struct UniformVector<float> {
   __m128i likely_cells(const float* site, __m128i&) const { return cells(site); }
 };
 
-void store_cells(__m128i cells, int32_t* out) { _mm_storeu_si128(reinterpret_cast<__m128i*>(out), cells); }
-
-// A cell is not negative, so that zeros extend it.
-void store_cells(__m128i cells, int64_t* out) {
-  const __m128i zero = _mm_setzero_si128();
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi32(cells, zero));
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 2), _mm_unpackhi_epi32(cells, zero));
-}
-
 }  // namespace
 
 template <class T, class Cell>
 void find_uniform(int64_t nx, const T* x, Index nsite, const T* site, T r, Cell* cell) {
+  constexpr Index group = 32;
   const T x0 = x[0];
   Index i = 0;
   if (nx <= max_vector_nx<T> && r > 0) {  // else a site and its place may differ in sign
     const UniformVector<T> vector(x0, r, static_cast<T>(nx - 1));
-    for (; i + 16 <= nsite; i += 16) {
+    for (; i + group <= nsite; i += group) {
+      fetch_ahead<group>(site + i);
       __m128i doubtful = _mm_setzero_si128();
-      for (Index k = i; k < i + 16; k += 4) store_cells(vector.likely_cells(site + k, doubtful), cell + k);
+      for (Index k = i; k < i + group; k += 4) store_cells(vector.likely_cells(site + k, doubtful), cell + k);
       if (_mm_movemask_ps(_mm_castsi128_ps(doubtful)) != 0) {
-        for (Index k = i; k < i + 16; k += 4) store_cells(vector.cells(site + k), cell + k);
+        for (Index k = i; k < i + group; k += 4) store_cells(vector.cells(site + k), cell + k);
       }
     }
   }

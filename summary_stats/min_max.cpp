@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    one pass for both, in vectors of independent partial results. A vector minimum keeps its second operand
-//           where the first is NaN, so that NaN observations are passed over.
+//           where the first is NaN, so that NaN observations are passed over. Values that stand together are one run,
+//           asked for some lines ahead.
 // Special   all NaN gives NaN; of zeros of both signs the first one observed, whatever its lane was.
 // Bounds    the memory: one load per vector, 2 operations; six (64-bit: eight) partial results hide their latency.
 #include <limits>
@@ -36,6 +37,7 @@ struct Extremes {
         highs[k] = S::splat(high);
       }
       for (; i + group <= count; i += group) {
+        prefetch(x + i);
 #pragma GCC unroll 4
         for (int k = 0; k < partials; ++k) {
           const auto v = S::load(x + i + k * lanes);
@@ -88,9 +90,13 @@ std::int32_t min_max(const SSTask* task, std::uint64_t estimates, std::int32_t m
   if (!extremes.allocate(static_cast<std::size_t>(variables.count()))) return ORIN_SS_NO_MEMORY;
   Extremes<T>* const begin = extremes.data();
   std::fill(begin, begin + variables.count(), Extremes<T>{});
-  for_each_variable_block(data, variables, [&](std::ptrdiff_t k, std::ptrdiff_t, const T* x, std::ptrdiff_t count) {
-    begin[k].take(x, count);
-  });
+  if (data.by_observation()) {
+    for_each_variable_block(data, variables, [&](std::ptrdiff_t k, std::ptrdiff_t, const T* x, std::ptrdiff_t count) {
+      begin[k].take(x, count);
+    });
+  } else {
+    for (std::ptrdiff_t k = 0; k < variables.count(); ++k) begin[k].take(data.row(variables[k]), data.n());
+  }
 
   const auto minimum = array<T, 16>(*task), maximum = array<T, 17>(*task);
   for (std::ptrdiff_t k = 0; k < variables.count(); ++k) {

@@ -22,6 +22,7 @@
 
 #include <cstddef>
 
+#include "summary_stats/simd.h"
 #include "summary_stats/task.h"
 
 namespace orin::summary_stats {
@@ -60,11 +61,13 @@ class Moments {
   double m4() const noexcept { return m4_.value(); }
 
  private:
+  // The sums are those about c.
   template <int order>
-  void unite(const PowerSums& sums) noexcept;
+  void unite(const PowerSums& sums, double c) noexcept;
 
   double weight_ = 0, weight2_ = 0;
   double mean_ = 0, mean_low_ = 0;
+  double first_mean_ = 0;
   LongSum m2_, m3_, m4_;
 };
 
@@ -109,6 +112,7 @@ PowerSums power_sums(const T* x, const T* w, std::ptrdiff_t count, double c) noe
     add(p, deviation(load_two(x + at)), weighted ? load_two(w + at) : shift);
   };
   for (; i + step <= count; i += step) {
+    if constexpr (order == 1) prefetch(x + i);
     add_two(first, i);
     add_two(second, i + 2);
     if constexpr (four_chains) {
@@ -149,19 +153,21 @@ double first_mean(const T* x, const T* w, std::ptrdiff_t count) noexcept {
 template <int order, class T>
 void Moments::take(const T* x, const T* w, std::ptrdiff_t count) noexcept {
   if (weight_ == 0) {
-    mean_ = first_mean(x, w, count);
+    mean_ = first_mean_ = first_mean(x, w, count);
     mean_low_ = 0;
   }
-  unite<order>(w != nullptr ? power_sums<order, true>(x, w, count, mean_)
-                            : power_sums<order, false>(x, w, count, mean_));
+  // A mean alone does not wait for that of the block before.
+  const double c = order == 1 ? first_mean_ : mean_;
+  unite<order>(w != nullptr ? power_sums<order, true>(x, w, count, c) : power_sums<order, false>(x, w, count, c), c);
 }
 
 template <int order>
-void Moments::unite(const PowerSums& s) noexcept {
+void Moments::unite(const PowerSums& s, double c) noexcept {
   const double A = weight_, B = s.weight, W = A + B;
   if (B == 0) return;
-  const double m = s.s1 / B;                    // block mean - mean_
-  const double e = A == 0 ? m : m - mean_low_;  // block mean - mean so far
+  const double m = s.s1 / B;  // block mean - c
+  const double from_c = order == 1 ? mean_low_ - (c - mean_) : mean_low_;
+  const double e = A == 0 ? m : m - from_c;  // block mean - mean so far
   const double a = A / W, b = B / W;
   if constexpr (order >= 4) {
     const double block = s.s4 - 4 * m * s.s3 + 6 * m * m * s.s2 - 3 * m * m * m * s.s1;

@@ -45,8 +45,8 @@ class Observations {
     return task_->subset == nullptr || integer<5>(*task_, variable) != 0;
   }
 
-  // The p values of an observation, in the storage that keeps them together.
-  const T* row(std::ptrdiff_t i) const noexcept { return x_.at(i * p_); }
+  // The p values of an observation, or the n values of a variable, in the storage that keeps them together.
+  const T* row(std::ptrdiff_t i) const noexcept { return x_.at(i * (by_observation_ ? p_ : n_)); }
 
   T at(std::ptrdiff_t variable, std::ptrdiff_t i) const noexcept {
     return x_[by_observation_ ? i * p_ + variable : variable * n_ + i];

@@ -16,7 +16,9 @@ namespace {
 constexpr std::ptrdiff_t group = 4;  // searches in flight
 
 // Numbers collected before they enter: enough to pay for a pass over the tuples.
-std::size_t pending_size(double eps) noexcept { return static_cast<std::size_t>(std::clamp(1 / eps, 1024.0, 65536.0)); }
+std::size_t pending_size(double eps) noexcept {
+  return static_cast<std::size_t>(std::clamp(0.5 / eps, 256.0, 65536.0));
+}
 
 // The band of a tuple that was born under the cap `born`, under the cap c: band 0 is born = c, band b >= 1 holds
 //   2^(b-1) + (c mod 2^(b-1)) <= c - born < 2^b + (c mod 2^b).
@@ -45,6 +47,16 @@ void find_places(const double* values, std::size_t count, const double (&x)[grou
   for (int e = 0; e < group; ++e) places[e] = static_cast<std::size_t>(last[e] - values) + (*last[e] < x[e] ? 1 : 0);
 }
 
+// Makes room for `size` elements and keeps the first `used` ones; false, and nothing is lost, when there is no memory.
+template <class T>
+[[nodiscard]] bool grow(Work<T>& array, std::size_t used, std::size_t size) noexcept {
+  Work<T> larger;
+  if (!larger.allocate(size)) return false;
+  std::copy(array.data(), array.data() + used, larger.data());
+  array = std::move(larger);
+  return true;
+}
+
 }  // namespace
 
 bool QuantileSummary::start(double eps) noexcept {
@@ -61,15 +73,9 @@ std::uint32_t QuantileSummary::cap() const noexcept {
 
 bool QuantileSummary::reserve(std::size_t count) noexcept {
   if (count <= values_.size()) return true;
-  const std::size_t size = count + count / 8;
-  Work<double> values;
-  Work<Weight> weights;
-  if (!values.allocate(size) || !weights.allocate(size)) return false;
-  std::copy(values_.data(), values_.data() + count_, values.data());
-  std::copy(weights_.data(), weights_.data() + count_, weights.data());
-  values_ = std::move(values);
-  weights_ = std::move(weights);
-  return true;
+  const auto common = values_.size() == 0 ? 0 : static_cast<std::size_t>(std::min(2.7 / eps_, 1e8));
+  const std::size_t size = std::max(count + count / 8, common);
+  return grow(values_, count_, size) && grow(weights_, count_, size);
 }
 
 // Counts x with the tuple of its value or else in its right neighbour. Place 0 is at or below the smallest value, count_
@@ -199,6 +205,8 @@ double QuantileSummary::quantile(double order) const noexcept {
         if ((rank -= 1 + static_cast<std::int64_t>(weights_[i].equals)) < 0) return values_[i];
       return nan;
     };
+    const auto all = static_cast<double>(n_ + nan_count_);
+    if (eps_ * all >= 0.5) return value(place.fraction > 0.5 ? place.upper : place.lower);
     return place.blend(value(place.lower), value(place.upper));
   }
   if (place.h > static_cast<double>(n_ - 1)) return nan;

@@ -5,7 +5,15 @@
 
 #include <emmintrin.h>
 
+#include <cstdint>
+
 namespace orin::summary_stats {
+
+// Asks for what a loop over `at` and following will read some lines later, past the end of the values too.
+inline void prefetch(const void* at) {
+  constexpr std::uintptr_t ahead = 4096;
+  _mm_prefetch(reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(at) + ahead), _MM_HINT_T0);
+}
 
 template <class T>
 struct Simd;

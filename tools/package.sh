@@ -63,7 +63,7 @@ cp cmake/package/orinConfig.cmake "$stage/lib/cmake/orin/"
 sed -e "s/@version@/$version/" -e "s/@major@/${version%%.*}/" cmake/package/orinConfigVersion.cmake.in \
   > "$stage/lib/cmake/orin/orinConfigVersion.cmake"
 cp LICENSE "$stage/"
-sed '/HACKING/d' README.md > "$stage/README.md"
+sed -e '/^## See it work/,/^## Use it/{/^## Use it/!d}' -e '/HACKING/d' README.md > "$stage/README.md"  # no ./run there
 cp -r docs/plots docs/*.txt docs/*.md "$stage/docs/"
 rm "$stage/docs/HACKING.md"
 

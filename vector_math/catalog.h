@@ -28,14 +28,14 @@ using std::asinh;
 using std::atan;
 using std::atan2;
 using std::atanh;
+using std::cbrt;
+using std::ceil;
 using std::cos;
 using std::cosh;
 using std::erf;
 using std::erfc;
 using std::exp;
 using std::expm1;
-using std::cbrt;
-using std::ceil;
 using std::fabs;
 using std::floor;
 using std::hypot;
@@ -45,9 +45,14 @@ using std::log10;
 using std::log1p;
 using std::nearbyint;
 using std::pow;
+using std::round;
 using std::sin;
-using std::tan;
 using std::sinh;
+using std::sqrt;
+using std::tan;
+using std::tanh;
+using std::tgamma;
+using std::trunc;
 
 // z = -x/sqrt 2 as a sum with its rest: the inverse root in two parts, the first so short that its product is exact.
 inline long double normal_distribution(long double x) {
@@ -92,10 +97,6 @@ inline long double normal_quantile(long double x) {
 inline double inverse_erf(double x) { return static_cast<double>(inverse_erf(static_cast<long double>(x))); }
 inline double inverse_erfc(double x) { return static_cast<double>(inverse_erfc(static_cast<long double>(x))); }
 inline double normal_quantile(double x) { return static_cast<double>(normal_quantile(static_cast<long double>(x))); }
-using std::tgamma;
-using std::round;
-using std::sqrt;
-using std::trunc;
 template <class Real>
 Real plus(Real a, Real b) {
   return a + b;
@@ -140,7 +141,6 @@ template <class Real>
 Real pow3o2(Real a) {
   return a * std::sqrt(a);
 }
-using std::tanh;
 }  // namespace reference_function
 
 struct Promise {
@@ -228,6 +228,11 @@ class RealFunction {
   double ha_ulp_of_subnormals() const { return 0.5 + ha_ulp() / 2; }
   double quick(double a, double b) const { return promise->quick_d(a, b); }
   long double quick(long double a, long double b) const { return promise->quick_l(a, b); }
+
+  // The first grade that has the kernel of this one.
+  int first_with_kernel_of(int grade) const {
+    return static_cast<int>(std::find(kernels_, kernels_ + grade, kernels_[grade]) - kernels_);
+  }
 
   // Largest relative error of LA and EP.
   static double relative_bound(Grade grade) {

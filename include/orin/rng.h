@@ -124,8 +124,8 @@ typedef struct JunBrngProperties {
 
 /* The registry itself: 14 built-in rows of the current scheme, then the registered ones; 279 rows of the legacy scheme. */
 #define JUN_RNG_TABLE_ROWS 512
-extern ORIN_API JunBrngProperties __RegBrngsNew[JUN_RNG_TABLE_ROWS];
-extern ORIN_API JunBrngProperties __RegBrngs[JUN_RNG_TABLE_ROWS];
+ORIN_DATA JunBrngProperties __RegBrngsNew[JUN_RNG_TABLE_ROWS];
+ORIN_DATA JunBrngProperties __RegBrngs[JUN_RNG_TABLE_ROWS];
 
 /* Splits an identifier: returns the table that it refers to and writes row and sub-stream. Never fails; the row of an
  * identifier that names nothing fails __junIsBrngValid. */

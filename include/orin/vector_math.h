@@ -2,7 +2,7 @@
  * SPDX-License-Identifier: MIT
  *
  * Names        _kor<t><Function><grade>; <t> is s float, d double, c complex float, z complex double.
- * Grades       (none) and _HA  high accuracy: error below 1 ulp
+ * Grades       (none) and _HA  high accuracy: error below 1 ulp (complex functions: see there)
  *              _50 (d, z) _21 (s, c)  low accuracy: relative error at most 2^-50, 2^-21
  *              _26 (d, z) _11 (s, c)  enhanced performance: relative error at most 2^-26, 2^-11
  *              The measured worst error of every function and grade stands in docs/accuracy.md.
@@ -11,7 +11,7 @@
  *              written.
  * Results      the bits of an element depend on that element's arguments alone: not on n, on its place, on its
  *              neighbours, on alignment, nor on the caller's rounding mode. Special arguments as in C Annex F and G.
- * Errors       are kept per thread: see korErrStatus below. A kernel goes on after an error.
+ * Errors       are kept per thread: see _korGetErrStatus below. A kernel goes on after an error.
  * Threads      every function may be called from any thread; mode, status and callback belong to the calling thread.
  */
 #ifndef ORIN_VECTOR_MATH_H
@@ -100,7 +100,7 @@ enum {
  * 0. Doubles stand at multiples of 8 bytes. */
 typedef struct {
   int32_t status;
-  int32_t index;     /* element index; n for KOR_STATUS_BADSIZE */
+  int32_t index;     /* element index; n for KOR_STATUS_BADSIZE, 0 for KOR_STATUS_BADMEM */
   double a1, a2;     /* argument elements (real parts) */
   double r1, r2;     /* result elements (real parts) */
   char funcName[64]; /* "vdExp"; ended by a NUL */

@@ -97,7 +97,11 @@ class Quasi {
     while (n != 0) {
       if (state.delivered >= outputs) layout.next_block(state);
       const std::size_t count = std::min(n, outputs - state.delivered);
-      send(layout, state.base, state.delivered, count, sink);
+      if (Sink::gains_from_coarse_words && is_coarse(layout, state.base)) {
+        send<CoarseWords>(layout, state.base, state.delivered, count, sink);
+      } else {
+        send<__m128i>(layout, state.base, state.delivered, count, sink);
+      }
       state.delivered += static_cast<uint32_t>(count);
       n -= count;
     }
@@ -162,8 +166,16 @@ class Quasi {
     }
   };
 
-  // count outputs of a block from output `from` on.
-  template <class Sink>
+  // The early columns end in 8 zero bits, and so do the words of the early points. The patterns are made of the first
+  // six columns; whether later ones take part is seen from the base.
+  static bool is_coarse(const Layout& layout, const uint32_t* base) {
+    uint32_t all = 0;
+    for (uint32_t j = 0; j < layout.dimension; ++j) all |= base[j];
+    return (all & 0xff) == 0;
+  }
+
+  // count outputs of a block from output `from` on, in groups of type Words.
+  template <class Words, class Sink>
   static void send(const Layout& layout, const uint32_t* base, std::size_t from, std::size_t count, Sink& sink) {
     const std::size_t d = layout.dimension;
     const std::size_t period = 4 * d * (d < 8 ? 8 / d : 1);  // groups of four begin at the same coordinate again
@@ -181,11 +193,11 @@ class Quasi {
     while (count >= 4) {
       const std::size_t words = std::min(count, period) & ~std::size_t{3};
       for (x = repeated + first; x < repeated + first + words; x += 4, pattern += 4)
-        local.four(_mm_xor_si128(load_words(pattern), load_words(x)));
+        local.four(Words{_mm_xor_si128(load_words(pattern), load_words(x))});
       count -= words;
       if (words == period) x = repeated + first;
     }
-    if (count != 0) local.some(_mm_xor_si128(load_some_words(pattern, count), load_words(x)), count);
+    if (count != 0) local.some(Words{_mm_xor_si128(load_some_words(pattern, count), load_words(x))}, count);
     sink = local;
   }
 

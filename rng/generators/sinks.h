@@ -8,6 +8,10 @@
 //           of 2^-32, and 2^20 is subtracted.
 // Float     The halves of a word become floats without rounding: as the low bits of floats of magnitude 2^7 and 2^-9
 //           they count in units of 2^-16 and 2^-32. Once the magnitudes are gone their sum rounds w / 2^32 once.
+//           A word whose low 8 bits are zero is a multiple of 2^-24 and needs no halves.
+// Cost      On [0, 1) a group takes four vector operations as doubles and seven as floats: one rounding of 32 bits
+//           needs both halves, and 1 must be kept out. Loops bound by the vector units, the twisters' above all, fill
+//           floats more slowly than doubles; bench/rng_bench.cpp tells by how much.
 // Interval  The result is a + (b - a) u; one that rounds to b becomes the value below.
 // Tails     some() runs the code of the full group, so a value depends on the generator's state alone.
 #ifndef ORIN_RNG_GENERATORS_SINKS_H
@@ -98,6 +102,8 @@ class Map<float, Unit> {
 template <class Derived, class T, std::size_t Elements = 1>
 class Sink {
  public:
+  static constexpr bool gains_from_coarse_words = false;
+
   explicit Sink(T* r) : r_(r) {}
   template <class Group>
   void four(const Group& group) {
@@ -150,6 +156,12 @@ struct FoldedWords {
   operator __m128i() const { return _mm_xor_si128(z, _mm_srli_epi32(z, 18)); }
 };
 
+// Words that are multiples of 2^8.
+struct CoarseWords {
+  __m128i w;
+  operator __m128i() const { return w; }
+};
+
 // Words w to w / 2^32.
 inline __m128 unit_floats(__m128i words) {
   const __m128i high = _mm_or_si128(_mm_srli_epi32(words, 16), _mm_castps_si128(splat(0x1p7f)));
@@ -166,13 +178,23 @@ inline __m128 unit_floats(FoldedWords words) {
   return _mm_add_ps(_mm_sub_ps(_mm_castsi128_ps(high), splat(0x1p9f + 0x1p-9f)), low);
 }
 
+inline __m128 unit_floats(CoarseWords words) {
+  return _mm_mul_ps(_mm_cvtepi32_ps(_mm_srli_epi32(words.w, 8)), splat(0x1p-24f));
+}
+
 template <bool Unit>
 class WordUniforms<float, Unit> : public Sink<WordUniforms<float, Unit>, float> {
  public:
+  static constexpr bool gains_from_coarse_words = true;
+
   WordUniforms(float* r, const Interval<float>& to) : Sink<WordUniforms, float>(r), map_(to) {}
   template <class Words>
   void put(float* r, Words words) const {
     _mm_storeu_ps(r, map_(unit_floats(words)));
+  }
+  void put(float* r, CoarseWords words) const {
+    const __m128 u = unit_floats(words);
+    _mm_storeu_ps(r, Unit ? u : map_(u));  // 1 - 2^-24 is a float
   }
 
  private:

@@ -20,7 +20,8 @@ int64_t plain_uniform(int64_t nx, T x0, T r, T s) {
   if (!(s >= x0)) return 0;
   const T place = (s - x0) * r;
   if (place <= -1) return 0;  // a negative multiplier: no cell is below the first
-  return place < static_cast<T>(nx) && static_cast<int64_t>(place) + 1 < nx ? static_cast<int64_t>(place) + 1 : nx;
+  if (!(place < T(1e18))) return nx;
+  return std::min(static_cast<int64_t>(place) + 1, nx);
 }
 
 template <class T>
@@ -187,7 +188,7 @@ TYPED_TEST(Search, UniformAndQuasiUniform) {
 TYPED_TEST(Search, UniformWithVeryManyPoints) {
   using T = TypeParam;
   const T x0 = 0;
-  for (const int64_t nx : {(int64_t{1} << 24) + 3, int64_t{1} << 31, int64_t{1} << 40}) {
+  for (const int64_t nx : {(int64_t{1} << 24) + 3, int64_t{1} << 31, (int64_t{1} << 31) + 99, int64_t{1} << 40}) {
     std::vector<T> sites;
     for (int k = 0; k < 40; ++k) sites.push_back(static_cast<T>(nx) * static_cast<T>(k) / 32 + static_cast<T>(k));
     std::vector<int64_t> cell(sites.size());

@@ -1,6 +1,7 @@
 // use_test: interpolation and integration against the polynomials themselves, however sites, cells and results lie.
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <array>
 #include <tuple>
 
 #include "tests/data_fitting/api.h"
@@ -256,6 +257,44 @@ TYPED_TEST(Use, UniformPartitionsFarFromTheOrigin) {
   }
 }
 
+// In a long call the sites of a uniform partition are placed in groups, alone one by one: the same bits, whether the points
+// are the nearest to the exact ones, sums of many steps, or not uniform at all.
+TYPED_TEST(Use, UniformSitesDoNotDependOnTheirNeighbours) {
+  using T = TypeParam;
+  constexpr T inf = std::numeric_limits<T>::infinity();
+  constexpr std::size_t n = 200;
+  enum { rounded, far, summed, uneven };
+  for (const int kind : {rounded, far, summed, uneven}) {
+    std::vector<T> x = uniform_partition<T>(n, kind == far ? 4e5 : -3, 0.3);
+    for (std::size_t i = 1; i < n; ++i) {
+      if (kind == summed) x[i] = x[i - 1] + T(0.3);
+      if (kind == uneven) x[i] += T(i % 7) / 40;
+    }
+    Fit<T> fit(x, 1, 4);
+    ASSERT_EQ(fit.build(Api<T>::natural, 4, 2, 2), ORIN_DF_OK);
+    std::vector<T> s = this->sites(fit, 3000, false);
+    for (std::size_t i = 0; i < n; ++i) {
+      s[15 * i] = x[i];
+      s[15 * i + 1] = std::nextafter(x[i], -inf);
+      if (i % 50 == 7) s[15 * i + 2] = std::array{inf, -inf, std::numeric_limits<T>::quiet_NaN(), x[n - 1]}[i / 50];
+    }
+    std::vector<T> together(s.size());
+    const int32_t ask[] = {1};
+    const auto value = [&](std::size_t count, const T* site, T* r) {
+      ASSERT_EQ(Api<T>::interpolate(fit.task, int64_t(count), site, 0, 1, ask, nullptr, r, 0, nullptr), ORIN_DF_OK);
+    };
+    value(s.size(), s.data(), together.data());
+    for (std::size_t i = 0; i < s.size(); ++i) {
+      T alone;
+      value(1, &s[i], &alone);
+      EXPECT_TRUE(alone == together[i] || (alone != alone && together[i] != together[i]))
+          << "kind " << kind << " site " << s[i] << ": " << alone << ' ' << together[i];
+    }
+    if (kind == uneven) continue;  // its points may belong to the piece on their left
+    for (std::size_t i = 0; i < n; ++i) EXPECT_EQ(together[15 * i], fit.y[i]) << "kind " << kind << " point " << i;
+  }
+}
+
 TYPED_TEST(Use, StrangeSitesAndCells) {
   using T = TypeParam;
   constexpr T inf = std::numeric_limits<T>::infinity(), nan = std::numeric_limits<T>::quiet_NaN();
@@ -421,6 +460,27 @@ TYPED_TEST(Use, StatusesAndMemory) {
   EXPECT_EQ(faulty_core::allocations(), 0) << "interpolation needs no memory";
   faulty_core::fail_at(-1);
   EXPECT_EQ(faulty_core::live_blocks(), before);
+}
+
+// The same bits on every target: a digest of coefficients, values, slopes and integrals.
+TYPED_TEST(Use, BitsAreTheSameOnEveryTarget) {
+  using T = TypeParam;
+  std::uint64_t digest = 14695981039346656037U;
+  const auto take = [&digest](const std::vector<T>& numbers) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(numbers.data());
+    for (std::size_t i = 0; i < numbers.size() * sizeof(T); ++i) digest = (digest ^ bytes[i]) * 1099511628211U;
+  };
+  this->splines([&](const Fit<T>& fit, int64_t) {
+    const std::vector<T> s = this->sites(fit, 900, false), right = this->sites(fit, 901, false);
+    std::vector<T> r(6 * s.size()), integrals(3 * s.size());
+    const int32_t ask[] = {1, 1};
+    ASSERT_EQ(Api<T>::interpolate(fit.task, 900, s.data(), 0, 2, ask, nullptr, r.data(), 0, nullptr), ORIN_DF_OK);
+    ASSERT_EQ(Api<T>::integrate(fit.task, 900, s.data(), 0, right.data(), 0, integrals.data(), 0), ORIN_DF_OK);
+    take(fit.coefficients);
+    take(r);
+    take(integrals);
+  });
+  EXPECT_EQ(digest, sizeof(T) == 8 ? 11184335716608775507U : 15045338050455170849U);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@ root=$(echo "$work"/elsewhere/orin-sse2-*)
 for needed in LICENSE README.md include/orin/abi.h include/orin/orin.h lib/cmake/orin/orinConfig.cmake; do
   [ -s "$root/$needed" ] || { echo "the package lacks $needed" >&2; exit 1; }
 done
+if grep -F ./run "$root/README.md"; then echo "the packaged README speaks of what is not in the package" >&2; exit 1; fi
 
 cmake -S "$source/tests/package/consumer" -B "$work/build" -DCMAKE_TOOLCHAIN_FILE="$source/cmake/mingw-i686.cmake" \
   -DCMAKE_PREFIX_PATH="$root" > "$work/log" || { cat "$work/log" >&2; exit 1; }

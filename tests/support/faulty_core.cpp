@@ -17,7 +17,8 @@ struct Module {
     fail_at = reinterpret_cast<void (*)(long)>(process::symbol(library, "faulty_core_fail_at"));
     allocations = reinterpret_cast<long (*)()>(process::symbol(library, "faulty_core_allocations"));
     live_blocks = reinterpret_cast<long (*)()>(process::symbol(library, "faulty_core_live_blocks"));
-    if (fail_at == nullptr || allocations == nullptr || live_blocks == nullptr) {
+    peak_bytes = reinterpret_cast<long (*)()>(process::symbol(library, "faulty_core_peak_bytes"));
+    if (fail_at == nullptr || allocations == nullptr || live_blocks == nullptr || peak_bytes == nullptr) {
       std::fprintf(stderr, "cannot load the fault-injecting core module\n");
       std::exit(2);
     }
@@ -25,6 +26,7 @@ struct Module {
   void (*fail_at)(long);
   long (*allocations)();
   long (*live_blocks)();
+  long (*peak_bytes)();
 };
 
 const Module module;
@@ -34,5 +36,6 @@ const Module module;
 void fail_at(long n) { module.fail_at(n); }
 long allocations() { return module.allocations(); }
 long live_blocks() { return module.live_blocks(); }
+long peak_bytes() { return module.peak_bytes(); }
 
 }  // namespace faulty_core

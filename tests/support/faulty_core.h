@@ -17,6 +17,9 @@ long allocations();
 // Blocks that are not freed.
 long live_blocks();
 
+// The most bytes that blocks held at a time since the last fail_at.
+long peak_bytes();
+
 // Calls `attempt` with each of its allocations failing in turn until one run needs none that fails; returns the number
 // of failing runs. `attempt(failing)` checks its own result; nothing may stay allocated after it.
 template <class Attempt>

@@ -54,6 +54,8 @@ class Worst {
   void merge(const Worst& other) {
     for (const Entry& entry : other.entries_) offer(entry.point, entry.error);
   }
+  // What is not above this is not among them.
+  double floor() const { return floor_; }
   std::vector<Point<T>> points() {
     shrink();
     std::vector<Point<T>> out;
@@ -87,7 +89,9 @@ struct Spacings {
 template <class T>
 class Scanner {
  public:
-  explicit Scanner(const RealFunction<T>& function) : function_(function) {}
+  // With a `reference`, the function in twice the precision, its high-accuracy kernel finds the candidates.
+  Scanner(const RealFunction<T>& function, const RealFunction<double>* reference)
+      : function_(function), reference_(reference) {}
 
   // A function with a scalar sees one second argument for each block.
   void add(Point<T> x) {
@@ -97,11 +101,13 @@ class Scanner {
   }
   void flush() {
     if (filled_ == 0) return;
-    for (int i = 0; i < filled_; ++i)
-      exact_[i] = function_.quick(static_cast<Wide<T>>(a_[i]), static_cast<Wide<T>>(b_[i]));
+    find_exact();
     for (int grade = 0; grade < grades; ++grade) {
+      if (function_.first_with_kernel_of(grade) < grade) continue;
       function_.call(grade, filled_, a_, b_, results_);
-      for (int i = 0; i < filled_; ++i) judge(grade, {a_[i], b_[i]}, results_[i], exact_[i]);
+      find_suspects(grade);
+      for (int i = 0; i < filled_; ++i)
+        if (suspect_[i]) judge(grade, {a_[i], b_[i]}, results_[i], exact_[i]);
     }
     count_ += filled_;
     filled_ = 0;
@@ -149,9 +155,10 @@ class Scanner {
       return all;
     };
     for (int grade = 0; grade < grades; ++grade) {
-      out.by_ulp[grade] = findings(grade, ulp_[grade]);
-      out.subnormal[grade] = findings(grade, subnormal_[grade]);
-      out.by_relative[grade] = findings(grade, relative_[grade]);
+      const int same = function_.first_with_kernel_of(grade);
+      out.by_ulp[grade] = findings(grade, ulp_[same]);
+      out.subnormal[grade] = findings(grade, subnormal_[same]);
+      out.by_relative[grade] = findings(grade, relative_[same]);
       for (auto* list : {&out.by_ulp[grade], &out.subnormal[grade]})
         std::sort(list->begin(), list->end(), [](const auto& a, const auto& b) { return a.ulp > b.ulp; });
       std::sort(out.by_relative[grade].begin(), out.by_relative[grade].end(),
@@ -167,6 +174,39 @@ class Scanner {
     return from_ordinal<T>(ordinal(x) + (random.next() % 2 == 0 ? distance : -distance));
   }
 
+  void find_exact() {
+    if constexpr (sizeof(T) == 4) {
+      if (reference_ != nullptr) {
+        double wide[block];
+        std::copy_n(a_, filled_, wide);
+        reference_->call(static_cast<int>(Grade::ha), filled_, wide, nullptr, exact_);
+        return;
+      }
+    }
+    for (int i = 0; i < filled_; ++i)
+      exact_[i] = function_.quick(static_cast<Wide<T>>(a_[i]), static_cast<Wide<T>>(b_[i]));
+  }
+
+  // Marks what may belong to the worst, with few operations for the many that do not.
+  void find_suspects(int grade) {
+    const double floor = ulp_[grade].floor(), subnormal_floor = subnormal_[grade].floor(),
+                 relative_floor = relative_[grade].floor();
+    for (int i = 0; i < filled_; ++i) {
+      const Wide<T> magnitude = std::fabs(exact_[i]);
+      const bool normal = magnitude >= static_cast<Wide<T>>(std::numeric_limits<T>::min());
+      const Wide<T> difference = std::fabs(static_cast<Wide<T>>(results_[i]) - exact_[i]);
+      const auto bits = std::bit_cast<BitsOf<T>>(std::min(std::fabs(results_[i]), static_cast<T>(magnitude)));
+      const Wide<T> in_ulp = difference * spacings_.inverse[spacing_index(bits)];
+      suspect_[i] = !(in_ulp <= (normal ? floor : subnormal_floor)) || !(difference <= relative_floor * magnitude);
+    }
+  }
+
+  // The index into the spacings for a finite magnitude with these bits; the last one for what is not finite.
+  static int spacing_index(BitsOf<T> magnitude) {
+    const int field = static_cast<int>(magnitude >> (std::numeric_limits<T>::digits - 1));
+    return std::clamp(field - 1, 0, Spacings<T>::count - 1);
+  }
+
   void judge(int grade, Point<T> x, T result, Wide<T> exact) {
     const T nearest = static_cast<T>(exact);
     if (!std::isfinite(result) || !std::isfinite(nearest)) {
@@ -175,19 +215,21 @@ class Scanner {
       return;
     }
     // The spacing is taken from the smaller of the two: a result at a power of two may stand for a value below it.
-    const auto smaller = std::bit_cast<BitsOf<T>>(std::min(std::fabs(result), std::fabs(nearest)));
-    constexpr int fraction_bits = std::numeric_limits<T>::digits - 1;
-    const int exponent = std::max(1, static_cast<int>(smaller >> fraction_bits));
+    const T smaller = std::min(std::fabs(result), std::fabs(nearest));
     const Wide<T> difference = std::fabs(static_cast<Wide<T>>(result) - exact);
-    const double in_ulp = static_cast<double>(difference * spacings_.inverse[exponent - 1]);
+    const double in_ulp =
+        static_cast<double>(difference * spacings_.inverse[spacing_index(std::bit_cast<BitsOf<T>>(smaller))]);
     const bool normal = std::fabs(exact) >= static_cast<Wide<T>>(std::numeric_limits<T>::min());
     (normal ? ulp_ : subnormal_)[grade].offer(x, in_ulp);
-    if (exponent > 1) relative_[grade].offer(x, static_cast<double>(difference / std::fabs(exact)));
+    if (smaller >= std::numeric_limits<T>::min())
+      relative_[grade].offer(x, static_cast<double>(difference / std::fabs(exact)));
   }
 
   inline static const Spacings<T> spacings_;
   const RealFunction<T>& function_;
+  const RealFunction<double>* const reference_;
   T a_[block], b_[block], results_[block];
+  bool suspect_[block];
   Wide<T> exact_[block];
   int filled_ = 0;
   std::int64_t count_ = 0;
@@ -234,8 +276,12 @@ void exhaust(Scanner<T>& scanner, int part, int parts) {
 
 template <class T>
 ScanResult<T> scan(const RealFunction<T>& function, std::int64_t samples, int threads) {
+  const std::vector<RealFunction<double>> doubles = real_functions<double>();
+  const auto twin = std::find_if(doubles.begin(), doubles.end(),
+                                 [&](const auto& other) { return other.promise == function.promise; });
+  const bool has_reference = samples == 0 && twin != doubles.end();
   std::deque<Scanner<T>> scanners;
-  for (int part = 0; part < threads; ++part) scanners.emplace_back(function);
+  for (int part = 0; part < threads; ++part) scanners.emplace_back(function, has_reference ? &*twin : nullptr);
   std::vector<std::thread> running;
   for (int part = 0; part < threads; ++part)
     running.emplace_back([&, part] {

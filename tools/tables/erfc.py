@@ -5,7 +5,7 @@
 from mpmath import mp, mpf
 
 from minimax import Header, exponent_text, fit, hex_double, hex_float, max_error, to_bits, to_double
-from piecewise import Cells, double_rows, float_rows, leading_bits_cells
+from piecewise import Cells, double_rows, leading_bits_cells
 
 out = Header("erfc", "polynomials of the tails of the error function and of the normal distribution", "tools/tables/erfc.py")
 mp.prec = 140
@@ -44,16 +44,17 @@ def tail(space, name, text, factor, ends):
     out.comment(f"{fine.error_text()}. c0 in two parts, the first of 26 bits.")
     rows = [[to_bits(row[0], 26), row[0] - to_bits(row[0], 26)] + row[1:] for row in fine.rows]
     out.table("fine", double_rows(rows), "double", 10)
-    for label, per_octave, degree, last, kind in (
-        ("medium", 64, 3, ends[0], "double"),
-        ("single", 16, 3, ends[1], "float"),
-        ("coarse", 32, 1, ends[1], "float"),
-    ):
-        cells = polynomials(per_octave, degree, last)
-        out.comment(f"{cells.error_text()}.")
-        writer = double_rows if kind == "double" else float_rows
-        out.table(label, writer(cells.rows), kind, degree + 1)
+    medium = polynomials(64, 3, ends[0])
+    out.comment(f"{medium.error_text()}.")
+    out.table("medium", double_rows(medium.rows), "double", 4)
     whole = lambda y: name(y) * mp.exp(-factor * y * y)
+    pairs = []
+    for k in range(int(64 * ends[1]) + 1):
+        y = mpf(k) / 64
+        density = 2 * factor * name(0) * mp.exp(-factor * y * y) / mp.sqrt(mp.pi * factor)
+        pairs += [hex_float(whole(y)), hex_float(density)]
+    out.comment(f"The tail and its decrease, at the multiples of 1/64 up to {ends[1]}.")
+    out.table("single_pairs", pairs, "float", 6)
     out.comment("From here on the tail is subnormal, in double and in float.")
     out.constant("subnormal_d", hex_double(least(whole, mpf(2) ** -1022, 53, 16.5 if factor == 1 else 32.5, ends[0])))
     out.constant("subnormal_s", hex_float(least(whole, mpf(2) ** -126, 24, 8.5, 15)), "float")
@@ -84,6 +85,6 @@ for j in range(128):
 out.comment("2^(j/128) = high + low, high of 26 bits.")
 out.table("powers", pairs, per_line=4)
 
-tail("erfc_tail", scaled_erfc, "erfc(y) e^(y^2)", 1, (28, 9))
-tail("normal_tail", scaled_normal, "cdf(-y) e^(y^2/2)", mpf(1) / 2, (39, 13))
+tail("erfc_tail", scaled_erfc, "erfc(y) e^(y^2)", 1, (28, mpf(9)))
+tail("normal_tail", scaled_normal, "cdf(-y) e^(y^2/2)", mpf(1) / 2, (39, mpf(25) / 2))
 out.write()

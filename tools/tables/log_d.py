@@ -61,6 +61,18 @@ out.comment("1/ln 10 in two parts, the first of 27 bits.")
 out.constant("inverse_ln10_high", hex_double(high))
 out.constant("inverse_ln10_low", hex_double(to_double(1 / mp.log(10) - high)))
 
+# The cells of EP: steps of 2^44 in the bits of a double, from 3/4 to 3/2; cell 128 is at 1.
+cells = [mpf(3) / 4 + mpf(j) / 512 if j < 128 else 1 + mpf(j - 128) / 256 for j in range(256)]
+for name, scale in (("", mpf(1)), ("10", 1 / mp.log(10))):
+    pairs = []
+    for j, a in enumerate(cells):
+        c = to_double(1 / a)
+        pairs += [hex_double(mp.ldexp(c, 64)), hex_double(to_double(scale * (-mp.log(c) - (j - 128) * mp.log(2) / 256)))]
+    text = "log10" if name else "log"
+    out.comment(f"2^64 c, c = 1/m for the m whose bits are those of 1 and (j - 128) 2^44, and -{text} c - (j - 128) {text}(2)/256.")
+    out.table(f"ep_pairs{name}", pairs, per_line=4)
+    out.constant(f"ep_step{name}", hex_double(to_double(scale * mp.log(2) / 256)))
+
 # Relative errors below are those of the whole logarithm next to 1, where |r| <= 2^-9.
 near_one = mpf(2) ** -9
 bound = exact(reach)
@@ -105,10 +117,11 @@ polynomial("pair", 3, 5, bound)
 ha = polynomial("ha", 3, 4, bound)
 la = polynomial("la", 2, 4, near_one * 4 / 3)
 polynomial("mid", 2, 2, near_one * 4 / 3)
-ep = polynomial("ep", 2, 1, near_one * 4 / 3)
+ep = polynomial("ep", 2, 1, near_one)
 out.comment("log10(1 + r) = r/ln 10 + r^2 (ha10_0 + ha10_1 r + ..), the same polynomial.")
 coefficients("ha10", [value / ln10 for value in [mpf(-1) / 2] + ha])
-out.comment("log10(1 + ln 10 s) = s + s^2 (la10_0 + la10_1 s + ..), and so ep10: the same polynomials.")
+out.comment("log10(1 + ln 10 s) = s + s^2 (la10_0 + la10_1 s + ..): the same polynomial.")
 coefficients("la10", [value * ln10 ** (k + 1) for k, value in enumerate(la)])
-coefficients("ep10", [value * ln10 ** (k + 1) for k, value in enumerate(ep)])
+out.comment("log10(1 + r) = r (ep10_0 + ep10_1 r + ..), the same polynomial.")
+coefficients("ep10", [value / ln10 for value in [mpf(1)] + ep])
 out.write()

@@ -30,7 +30,7 @@ def polynomial(name, power, degree, low, high, interval):
     worst = max(
         abs((sum(value * x**m for m, value in enumerate(c)) - target(x)) * x**power / mp.log1p(x)) for x in points if x
     )
-    first = {1: "", 3: "f - f^2/2 + "}[power]
+    first = {1: "", 2: "f + ", 3: "f - f^2/2 + "}[power]
     out.comment(
         f"log(1 + f) = {first}f^{power} ({name}_0 + {name}_1 f + ..), {interval}, "
         f"relative error below {exponent_text(worst)}."
@@ -44,7 +44,7 @@ def polynomial(name, power, degree, low, high, interval):
 
 polynomial("ha", 3, 8, -third, third, "|f| <= 1/3")
 root = mp.sqrt(mpf(1) / 2)
-polynomial("la", 1, 7, root - 1, 2 * root - 1, "sqrt 1/2 <= 1 + f <= sqrt 2")
+polynomial("la", 2, 7, root - 1, 2 * root - 1, "sqrt 1/2 <= 1 + f <= sqrt 2")
 polynomial("ep", 1, 3, root - 1, 2 * root - 1, "sqrt 1/2 <= 1 + f <= sqrt 2")
 
 for base, value in (("", mp.log(2)), ("10", mp.log10(2))):

@@ -19,38 +19,39 @@ def fit(target, basis, low, high, relative=True, rounds=12):
     count = len(basis)
     weight = (lambda x: 1 / target(x)) if relative else (lambda x: mpf(1))
     middle, half = (low + high) / 2, (high - low) / 2
-    nodes = [middle - half * mp.cos(mp.pi * k / count) for k in range(count + 1)]
     grid = [middle - half * mp.cos(mp.pi * k / (24 * count)) for k in range(24 * count + 1)]
+    weights = [weight(x) for x in grid]
+    rows = [[function(x) * w for function in basis] for x, w in zip(grid, weights)]
+    right = [target(x) * w for x, w in zip(grid, weights)]
+    nodes = range(0, 24 * count + 1, 24)
     coefficients = None
     for _ in range(rounds):
-        rows = mp.matrix(count + 1, count + 1)
-        right = mp.matrix(count + 1, 1)
-        for k, x in enumerate(nodes):
-            for m, function in enumerate(basis):
-                rows[k, m] = function(x) * weight(x)
-            rows[k, count] = (-1) ** k
-            right[k] = target(x) * weight(x)
-        solution = mp.lu_solve(rows, right)
+        system = mp.matrix(count + 1, count + 1)
+        for k, place in enumerate(nodes):
+            for m, value in enumerate(rows[place]):
+                system[k, m] = value
+            system[k, count] = (-1) ** k
+        solution = mp.lu_solve(system, mp.matrix([right[place] for place in nodes]))
         coefficients = [solution[m] for m in range(count)]
 
-        def error(x):
-            return (sum(c * function(x) for c, function in zip(coefficients, basis)) - target(x)) * weight(x)
-
-        values = [error(x) for x in grid]
-        extrema = []  # the largest error of each run of one sign
-        for x, value in zip(grid, values):
+        extrema = []  # the place of the largest error of each run of one sign, and that error
+        for place, row in enumerate(rows):
+            value = sum(c * v for c, v in zip(coefficients, row)) - right[place]
             if extrema and (value > 0) == (extrema[-1][1] > 0):
                 if abs(value) > abs(extrema[-1][1]):
-                    extrema[-1] = (x, value)
+                    extrema[-1] = (place, value)
             else:
-                extrema.append((x, value))
+                extrema.append((place, value))
         if len(extrema) != count + 1:
             raise ArithmeticError(f"{len(extrema)} alternations where {count + 1} are due")
-        nodes = [x for x, _ in extrema]
-    return coefficients, max_error(lambda x: error(x) + 1, lambda x: mpf(1), low, high)
+        if nodes == [place for place, _ in extrema]:
+            break
+        nodes = [place for place, _ in extrema]
+
+    return coefficients, max(abs(value) for _, value in extrema)
 
 
-def max_error(approximation, exact, low, high, points=4000):
+def max_error(approximation, exact, low, high, points=1000):
     """Largest relative error over an even grid of [low, high]."""
     step = (mpf(high) - mpf(low)) / points
     return max(abs(approximation(low + k * step) / exact(low + k * step) - 1) for k in range(points + 1))

@@ -25,16 +25,17 @@ out.comment("pi in two doubles, the first of 33 bits.")
 out.constant("wide_high", hex_double(high))
 out.constant("wide_low", hex_double(to_double(mp.pi - high)))
 out.constant("wide_inverse", hex_double(to_double(1 / mp.pi)))
+out.comment("The second over pi.")
+out.constant("low_per_x", hex_float((mp.pi - high) / mp.pi), "float")
 
 
-def sine_tail(x):
-    """(sin x - x)/x^3"""
-    return sum((-1) ** (n + 1) * x ** (2 * n) / mp.factorial(2 * n + 3) for n in range(24))
+def tail(first):
+    """Of sine for first = 3, of cosine for first = 2: x -> the Taylor series from x^first on, over x^first."""
+    terms = [(-1) ** (n + 1) / mp.factorial(2 * n + first) for n in reversed(range(24))]
+    return lambda x: mp.polyval(terms, x * x)
 
 
-def cosine_tail(x):
-    """(cos x - 1)/x^2"""
-    return sum((-1) ** (n + 1) * x ** (2 * n) / mp.factorial(2 * n + 2) for n in range(24))
+sine_tail, cosine_tail = tail(3), tail(2)
 
 
 def write(name, c):

@@ -32,5 +32,4 @@ out.table("slopes", slopes)
 
 # Next to 0 r is the argument; where r is larger tanh c hardly changes.
 write_fit(out, mp.tanh, "tanh", R, "ha", [3, 5, 7, 9], 0, mpf(1) / 60, "double")
-write_fit(out, mp.tanh, "tanh", R, "ep", [3], 0, mpf(1) / 120, "double")
 out.write()

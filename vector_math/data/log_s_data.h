@@ -17,25 +17,25 @@ inline constexpr float ha_6 = 0x1.be1aa60000000p-4f;
 inline constexpr float ha_7 = -0x1.fd01640000000p-4f;
 inline constexpr float ha_8 = 0x1.d4a2ce0000000p-4f;
 
-// log(1 + f) = f^1 (la_0 + la_1 f + ..), sqrt 1/2 <= 1 + f <= sqrt 2, relative error below 2^-22.4.
-inline constexpr float la_0 = 0x1.fffffe0000000p-1f;
-inline constexpr float la_1 = -0x1.00007a0000000p-1f;
-inline constexpr float la_2 = 0x1.5559da0000000p-2f;
-inline constexpr float la_3 = -0x1.ff62460000000p-3f;
-inline constexpr float la_4 = 0x1.978e5a0000000p-3f;
-inline constexpr float la_5 = -0x1.614be40000000p-3f;
-inline constexpr float la_6 = 0x1.4c3bbc0000000p-3f;
-inline constexpr float la_7 = -0x1.9df7e00000000p-4f;
+// log(1 + f) = f + f^2 (la_0 + la_1 f + ..), sqrt 1/2 <= 1 + f <= sqrt 2, relative error below 2^-23.9.
+inline constexpr float la_0 = -0x1.fffffe0000000p-2f;
+inline constexpr float la_1 = 0x1.5556340000000p-2f;
+inline constexpr float la_2 = -0x1.0003aa0000000p-2f;
+inline constexpr float la_3 = 0x1.9909ac0000000p-3f;
+inline constexpr float la_4 = -0x1.53956c0000000p-3f;
+inline constexpr float la_5 = 0x1.2f856a0000000p-3f;
+inline constexpr float la_6 = -0x1.2314200000000p-3f;
+inline constexpr float la_7 = 0x1.6c9e740000000p-4f;
 
 // The same over ln 10.
-inline constexpr float la10_0 = 0x1.bcb7b00000000p-2f;
-inline constexpr float la10_1 = -0x1.bcb8860000000p-3f;
-inline constexpr float la10_2 = 0x1.287e620000000p-3f;
-inline constexpr float la10_3 = -0x1.bc2eb20000000p-4f;
-inline constexpr float la10_4 = 0x1.61ffaa0000000p-4f;
-inline constexpr float la10_5 = -0x1.32de900000000p-4f;
-inline constexpr float la10_6 = 0x1.2093000000000p-4f;
-inline constexpr float la10_7 = -0x1.67917a0000000p-5f;
+inline constexpr float la10_0 = -0x1.bcb7b00000000p-3f;
+inline constexpr float la10_1 = 0x1.287b380000000p-3f;
+inline constexpr float la10_2 = -0x1.bcbe0e0000000p-4f;
+inline constexpr float la10_3 = 0x1.6349240000000p-4f;
+inline constexpr float la10_4 = -0x1.26f56a0000000p-4f;
+inline constexpr float la10_5 = 0x1.07a2980000000p-4f;
+inline constexpr float la10_6 = -0x1.f9a7c40000000p-5f;
+inline constexpr float la10_7 = 0x1.3cb43a0000000p-5f;
 
 // log(1 + f) = f^1 (ep_0 + ep_1 f + ..), sqrt 1/2 <= 1 + f <= sqrt 2, relative error below 2^-11.4.
 inline constexpr float ep_0 = 0x1.ffd9700000000p-1f;

@@ -19,6 +19,9 @@ inline constexpr double wide_high = 0x1.921fb54400000p+1;
 inline constexpr double wide_low = 0x1.0b4611a626331p-33;
 inline constexpr double wide_inverse = 0x1.45f306dc9c883p-2;
 
+// The second over pi.
+inline constexpr float low_per_x = 0x1.544db00000000p-35f;
+
 // (sin r)/r = 1 + r^2 (la_half_s0 + la_half_s1 r^2 + ..), |r| <= pi/2, relative error below 2^-26.0.
 inline constexpr float la_half_s0 = -0x1.55554c0000000p-3f;
 inline constexpr float la_half_s1 = 0x1.110ed00000000p-7f;

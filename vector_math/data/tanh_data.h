@@ -386,9 +386,6 @@ inline constexpr double ha_1 = 0x1.111111110fef0p-3;
 inline constexpr double ha_2 = -0x1.ba1ba0f9a3e99p-5;
 inline constexpr double ha_3 = 0x1.66361df339879p-6;
 
-// tanh r = r + ep_0 r^3, |r| <= 0.008333, relative error below 2^-33.0.
-inline constexpr double ep_0 = -0x1.5553526f420fap-2;
-
 }  // namespace orin::vector_math::tanh_data
 
 #endif

@@ -75,7 +75,8 @@ constexpr auto flip(T a, T b) {
 template <class T>
 struct Halves {
   using Bits = typename Constant<T>::Register::Integer::Element;
-  Constant<T> half = T(0.5), one = T(1), minus_one = T(-1), zero = T(0), half_pi = vector_math::half_pi<T>;
+  Constant<T> half = T(0.5), one = T(1), minus_one = T(-1), zero = T(0), three = T(3),
+              half_pi = vector_math::half_pi<T>;
   Constant<Bits> one_to_minus_two = flip(T(1), T(-2)), minus_one_to_two = flip(T(-1), T(2));
 };
 constexpr struct : Halves<double> {
@@ -130,8 +131,9 @@ struct Half {
 };
 template <Grade grade, class V>
 ORIN_INLINE Half<V> half_of(const auto& c, V y) {
-  const V t = min(y, sqrt((c.one - y) * c.half));
-  const V t2 = t * t;
+  const V square = (c.one - y) * c.half;
+  const V t = min(y, sqrt(square));
+  const V t2 = min(y * y, square);  // need not wait for the root
   if constexpr (grade == Grade::ep && sizeof(typename V::Element) == 4)
     return {t * (c.ep_p0 + t2 * (c.ep_p1 + t2 * c.ep_p2)), y > c.half};
   else
@@ -164,6 +166,8 @@ struct Asin {
   static ORIN_INLINE V by_halves(V x) {
     const auto& c = halves<V>();
     const auto [asin, beyond] = half_of<grade>(c, abs(x));
+    if constexpr (grade == Grade::ep && sizeof(typename V::Element) == 4)
+      return with_sign_of(asin + (beyond & (c.half_pi - asin * c.three)), x);
     const V factor = c.one ^ (beyond & from_bits(c.one_to_minus_two));
     return with_sign_of((beyond & c.half_pi) + asin * factor, x);
   }

@@ -29,8 +29,9 @@ template <class T>
 struct Abs : OneToOne<T> {
   static constexpr const char* name = is_double<T> ? "vdAbs" : "vsAbs";
   static ORIN_INLINE Register<T> fast(Register<T> a) {
-    static constexpr Constant<T> zero = 0;
-    return abs(a) + in_memory(zero);  // an operation, for subnormal arguments to be flushed where the mode asks
+    // As literals both constants stay in registers: this loop has nothing else to keep there, and loads are its limit.
+    const Register<T> sign(-T(0)), zero(T(0));
+    return and_not(sign, a) + zero;  // an operation, for subnormal arguments to be flushed where the mode asks
   }
 };
 

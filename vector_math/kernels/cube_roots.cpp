@@ -4,7 +4,9 @@
 // Method    y near x^(-1/3) of x = |x|; e = 1 - x y^3. Then x^(-1/3) = y (1 - e)^(-1/3), x^(2/3) = x y (1 - e)^(-1/3),
 //           x^(1/3) = x y^2 (1 - e)^(-2/3), the powers of 1 - e as polynomials. No root, no division.
 //           EP single  y is the seed;  else y is seed times polynomial, |e| < 2^-12.6, and so many terms:
-//           LA double 3, EP double 2, LA single 1;  HA single is the EP double, rounded
+//           LA double 3, LA single 1
+//           EP double  the bits of the seed, corrected by a table: y near s x^(-1/3), and z = x y^3 leads to the powers by
+//           z^2 + c z + c';  HA single is the same with a cubic, rounded
 //           HA double  h = x^(1/3) cut to 26 bits: h^2, and x - h^3 in two products, are exact; x^(1/3) = h + d + d^2/h,
 //           d = (x - h^3) x^(-2/3)/3.  x^(-1/3): y cut to 26 bits and e exactly, by splitting its factors
 // Bounds    HA 0.51 ulp double and single; LA relative 2^-50, 2^-21; EP relative 2^-26, 2^-11
@@ -14,12 +16,14 @@
 // Data      data/roots_data.h from tools/tables/roots.py
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/double_double.h"
 #include "vector_math/kernels/log_base.h"
 #include "vector_math/kernels/root_seeds.h"
 #include "vector_math/simd/elementwise.h"
+#include "vector_math/simd/table.h"
 
 namespace orin::vector_math {
 namespace {
@@ -77,10 +81,40 @@ ORIN_INLINE V series(V x) {
     const Approximation<V> s = refined(x);
     const V first = root ? s.z : power == Power::inverse_third ? s.y : x * s.y;
     V p = root ? c.two_thirds : c.third;
-    if constexpr (terms == 2) p = p + s.e * V(root ? c.b2 : c.a2);
     if constexpr (terms == 3) p = p + s.e * (V(root ? c.b2 : c.a2) + s.e * V(root ? c.b3 : c.a3));
     return first + (first * s.e) * p;
   }
+}
+
+struct InverseThird {
+  static constexpr const long long* corrections = roots_data::cube_corrections_1;
+  Constant<double> p0 = roots_data::enhanced_1_0, p1 = roots_data::enhanced_1_1;
+  Constant<double> f0 = roots_data::fine_1_0, f1 = roots_data::fine_1_1, f2 = roots_data::fine_1_2,
+                   f3 = roots_data::fine_1_3;
+};
+struct Third {
+  static constexpr const long long* corrections = roots_data::cube_corrections_2;
+  Constant<double> p0 = roots_data::enhanced_2_0, p1 = roots_data::enhanced_2_1;
+  Constant<double> f0 = roots_data::fine_2_0, f1 = roots_data::fine_2_1, f2 = roots_data::fine_2_2,
+                   f3 = roots_data::fine_2_3;
+};
+template <Power power>
+using Enhanced = std::conditional_t<power == Power::third, Third, InverseThird>;
+template <Power power>
+constexpr Enhanced<power> enhanced_constants{};
+
+// To the bound of EP, or fine enough for the rounding to single precision.
+template <Power power, bool fine>
+ORIN_INLINE Vec2d enhanced(Vec2d x) {
+  const auto& c = in_memory(enhanced_constants<power>);
+  const Vec2l seed = bits(root_seeds::inverse_cube_root(x));
+  const Vec2d y = from_bits(seed + look_up(Enhanced<power>::corrections, low_bits<8>(shift_right<44>(seed))));
+  const Vec2d product = x * y;
+  const Vec2d square = product * y;
+  const Vec2d z = square * y;
+  const Vec2d first = power == Power::third ? square : power == Power::inverse_third ? y : product;
+  if constexpr (fine) return first * ((c.f0 + z * c.f1) + (z * z) * (c.f2 + z * c.f3));
+  return first * (c.p0 + z * (c.p1 + z));
 }
 
 template <Power power>
@@ -134,11 +168,12 @@ struct CubeRoot : OneToOne<T> {
   static ORIN_INLINE V positive(V x) {
     if constexpr (is_double) {
       if constexpr (grade == Grade::ha) return high_accuracy<power>(x);
-      return series < power, grade == Grade::la ? 3 : 2 > (x);
+      if constexpr (grade == Grade::ep) return enhanced<power, false>(x);
+      return series<power, 3>(x);
     } else {
       if constexpr (grade != Grade::ha) return series < power, grade == Grade::la ? 1 : 0 > (x);
       const TwoVec2d wide = widen(x);
-      return narrow({series<power, 2>(wide.low), series<power, 2>(wide.high)});
+      return narrow({enhanced<power, true>(wide.low), enhanced<power, true>(wide.high)});
     }
   }
   static ORIN_INLINE V fast(V x) {

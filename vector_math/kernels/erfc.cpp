@@ -7,14 +7,16 @@
 //               LA  n of ln2/1024;  T q(r), q a monic cubic, T near 2^(n/1024)
 //               EP  f y^2 256/ln2 = n + 512 u;  T (w^2 + b), w = u + 369/512, T near 2^(n/256)
 //           HA  both factors have a part of 26 bits and a rest: the parts' product is exact
-//           HA single is EP double, rounded; LA, EP single do the same with floats, c of five and six bits
+//           HA single is EP double, rounded
+//           LA, EP single  y = c + t, c a multiple of 1/64: the tail at c less its decrease there times t times the average
+//           of e^(-f s (2c + s)) for s from 0 to t, a polynomial in c t and t^2
 // Bounds    HA 0.6 ulp double, 0.55 single; LA relative 2^-50, 2^-21; EP relative 2^-26, 2^-11; subnormal results one
 //           spacing more in LA and EP
 // Budget    HA  in ulp: rests of g 2^-4, of e^ 2^-6, last rounding 1/2
-//           LA  in 2^-53: e^ 4, g 2, products 1;  single, in 2^-24: g 3, e^ 1.1, product 1
-//           EP  g 2^-30, e^ 2^-31;  single: g 2^-12.5, e^ 2^-13.6
+//           LA  in 2^-53: e^ 4, g 2, products 1;  single, in 2^-24: table 1/2, what is taken from it 1/2, sum 1/2
+//           EP  g 2^-30, e^ 2^-31;  single: average 2^-9.2, of a seventh of the tail at most
 // Special   NaN -> NaN, infinite -> 0 or 2 (1), no status; subnormal and vanishing results, status 4
-// Data      data/erfc_data.h from tools/tables/erfc.py; exponentials of data/exp_d_data.h, data/exp_s_data.h
+// Data      data/erfc_data.h from tools/tables/erfc.py; exponentials of data/exp_d_data.h
 // Source    W. J. Cody, Rational Chebyshev approximations for the error function, Math. Comp. 23 (1969), for the split
 #include <cfloat>
 #include <cmath>
@@ -22,7 +24,6 @@
 
 #include "vector_math/data/erfc_data.h"
 #include "vector_math/data/exp_d_data.h"
-#include "vector_math/data/exp_s_data.h"
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/piecewise.h"
 #include "vector_math/simd/elementwise.h"
@@ -46,15 +47,6 @@ constexpr struct {
   Constant<double> ep_to_step_shifted = 0x1.8p43 + exp_d_data::ep_shift;
   Constant<double> ep_b = exp_d_data::ep_0;
 } constants_d{};
-constexpr struct {
-  Constant<float> one = 1.0f;
-  Constant<std::int32_t> leading = ~0xfff;   // the first 12 bits of a float
-  Constant<float> inverse = 0x1.715476p+8f;  // 256/ln2, nearest
-  Constant<float> to_integer = 0x1.8p23f;
-  Constant<float> step_high = exp_s_data::step_high, step_low = exp_s_data::step_low;
-  Constant<float> p1 = exp_s_data::ha_1, p2 = exp_s_data::ha_2;
-  Constant<float> q0 = exp_s_data::ep_0, q1 = exp_s_data::ep_1, q2 = exp_s_data::ep_2, q3 = exp_s_data::ep_3;
-} constants_s{};
 constexpr PowersOfTwo<Vec2d, 10> la_powers{exp_d_data::la_powers};
 constexpr PowersOfTwo<Vec2d, 8> ep_powers{exp_d_data::ep_powers};
 
@@ -69,8 +61,7 @@ struct Complement {
   static constexpr float subnormal_s = data::erfc_tail::subnormal_s;
   static constexpr RowTable<10, double> fine{data::erfc_tail::fine};
   static constexpr RowTable<4, double> medium{data::erfc_tail::medium};
-  static constexpr RowTable<4, float> single{data::erfc_tail::single};
-  static constexpr RowTable<2, float> coarse{data::erfc_tail::coarse};
+  static constexpr const float* single_pairs = data::erfc_tail::single_pairs;
   static constexpr bool tail_is_positive = true;
 };
 struct Normal {
@@ -82,8 +73,7 @@ struct Normal {
   static constexpr float subnormal_s = data::normal_tail::subnormal_s;
   static constexpr RowTable<10, double> fine{data::normal_tail::fine};
   static constexpr RowTable<4, double> medium{data::normal_tail::medium};
-  static constexpr RowTable<4, float> single{data::normal_tail::single};
-  static constexpr RowTable<2, float> coarse{data::normal_tail::coarse};
+  static constexpr const float* single_pairs = data::normal_tail::single_pairs;
   static constexpr bool tail_is_positive = false;
 };
 
@@ -91,9 +81,14 @@ template <class F>
 struct Factors {
   Constant<double> minus_f = F::minus_f, whole = F::whole, largest = F::largest_d;
   Constant<double> ep_inverse = F::minus_f * 0x1.71547652b82fep-1;  // -f 256/ln2 in units of 2^-9
-  Constant<float> minus_f_s = static_cast<float>(F::minus_f), whole_s = static_cast<float>(F::whole);
-  Constant<float> largest_s = F::largest_s;
-  Constant<float> ep_inverse_s = static_cast<float>(F::minus_f) * 0x1.715476p+0f;  // -f/ln2
+  Constant<float> whole_s = static_cast<float>(F::whole), largest_s = F::largest_s;
+  // Of the average of e^(-f s (2c + s)), s from 0 to t: a series in c t and t^2.
+  static constexpr double f = -F::minus_f, largest_ct = F::largest_s / 128.0;
+  static constexpr double fourth = 2 * f * f * f * f / 15, u2 = largest_ct * largest_ct;  // u^4 near u2 (u^2 - u2/8)
+  Constant<float> k0 = static_cast<float>(1 - fourth * u2 * u2 / 8), k1 = static_cast<float>(f);
+  Constant<float> k2 = static_cast<float>(2 * f * f / 3 + fourth * u2), k3 = static_cast<float>(f * f * f / 3);
+  Constant<float> m0 = static_cast<float>(f / 3), m1 = static_cast<float>(f * f / 2);
+  Constant<float> ep_k0 = static_cast<float>(1 + f * f * u2 / 3);
 };
 template <class F>
 constexpr Factors<F> factors{};
@@ -205,34 +200,20 @@ ORIN_INLINE Vec4f tail_function(Vec4f x) {
     return narrow({tail_function<F, Grade::ep>(wide.low), tail_function<F, Grade::ep>(wide.high)});
   } else {
     static constexpr Constant<float> zero = 0.0f, minus_zero = -0.0f;
-    const auto& c = in_memory(constants_s);
     const auto& f = in_memory(factors<F>);
     const Vec4f y = min(abs(x), f.largest_s);
     const Vec4f other = F::tail_is_positive ? x < in_memory(zero) : x > in_memory(zero);
-    const Vec4f whole = other & f.whole_s;
-    const Vec4f sign = other & in_memory(minus_zero);
-    if constexpr (grade == Grade::la) {
-      const Vec4f leading = y & from_bits(c.leading);
-      const Vec4f h = (leading * f.minus_f_s) * leading;
-      const Vec4f l = ((y - leading) * f.minus_f_s) * (y + leading);
-      const Vec4f shifted = (h + l) * c.inverse + c.to_integer;
-      const Vec4f n = shifted - c.to_integer;
-      const Vec4f r = (h - n * c.step_high) + (l - n * c.step_low);
-      const auto [power, rest] = look_up_pairs(exp_s_data::ha_pairs, low_bits<8>(bits(shifted)));
-      const Vec4f e = power + power * (rest + r * (c.p1 + r * c.p2));
-      const auto [t, number] = place_of<16, Vec4f>(y, c.one);
-      const Vec4f tail = e * polynomial(F::single, number, t);
-      const Vec4i exponent = shift_left<23>(shift_right<8>(bits(shifted)));
-      return whole + (from_bits(bits(tail) + exponent) ^ sign);
-    } else {
-      const Vec4f scaled = (y * y) * f.ep_inverse_s;
-      const Vec4f shifted = scaled + c.to_integer;
-      const Vec4f u = scaled - (shifted - c.to_integer);
-      const Vec4f q = ((u * c.q3 + c.q2) * u + c.q1) * u + c.q0;
-      const auto [t, number] = place_of<32, Vec4f>(y, c.one);
-      const Vec4f tail = q * polynomial(F::coarse, number, t);
-      return whole + (from_bits(bits(tail) + shift_left<23>(bits(shifted))) ^ sign);
-    }
+    const Cell<Vec4f> cell = nearest_multiple<64>(y);
+    const Vec4f t = y - cell.centre;
+    const auto [value, decrease] = look_up_pairs(F::single_pairs, cell.number);
+    const Vec4f u = cell.centre * t;
+    Vec4f average;
+    if constexpr (grade == Grade::la)
+      average = ((f.k0 - u * f.k1) + (u * u) * (f.k2 - u * f.k3)) - (t * t) * (f.m0 - u * f.m1);
+    else
+      average = f.ep_k0 - u * f.k1;
+    const Vec4f tail = value - (decrease * t) * average;
+    return (other & f.whole_s) + (tail ^ (other & in_memory(minus_zero)));
   }
 }
 

@@ -6,7 +6,7 @@
 //           e^x - 1 = (s - 1) + s (e^r - 1)
 //           HA  r, s, s' as pairs; of sinh x the sum A + r is exact, so is (s - 1) + r of e^x - 1: what follows them is
 //               2^-7 of the result at most
-//           LA  s, s' as pairs, of cosh not;  EP  none
+//           LA  s, s' as pairs, of cosh not;  EP  none;  cosh x from e^x and 1/e^x
 // Arguments of sinh and cosh from 0 to 710, of e^x - 1 up to 708 on both sides.
 // Budget    HA  in ulp: what follows the exact sums 2^-6, last rounding 1/2
 //           LA  in 2^-53: A 1, r 1, sinh r 1, B and its product 2, sum 1, some twice as heavy where A and r have
@@ -20,6 +20,7 @@
 #include "vector_math/data/pow_d_data.h"
 #include "vector_math/grade.h"
 #include "vector_math/kernels/double_double.h"
+#include "vector_math/kernels/exp_core_d.h"
 #include "vector_math/simd/table.h"
 
 namespace orin::vector_math::hyperbolic_d {
@@ -77,6 +78,11 @@ ORIN_INLINE Vec2d opposite(const auto& c, Vec2d t) { return max(c.to_integer - (
 // cosh x 2^(1 - halvings).
 template <Grade grade, int halvings = 1>
 ORIN_INLINE Vec2d hyperbolic_cosine(Vec2d x) {
+  if constexpr (grade == Grade::ep) {
+    static constexpr Constant<double> product = 1.0 / (1 << 2 * halvings);  // of e^x and e^-x, so scaled
+    const Vec2d e = exp_d::Power<Grade::ep>::of<-halvings>(x);
+    return e + in_memory(product) / e;
+  }
   const auto& c = in_memory(constants);
   const auto [t, r, r_low] = reduce<grade>(c, x);
   const Vec2d r2 = r * r;
@@ -90,10 +96,7 @@ ORIN_INLINE Vec2d hyperbolic_cosine(Vec2d x) {
   } else {
     const Vec2d s = powers.of<-halvings>(bits(t)), inverse = powers.of<-halvings>(bits(opposite(c, t)));
     const Vec2d a = s - inverse, b = s + inverse;
-    if constexpr (grade == Grade::la)
-      return b + (b * (r2 * (c.c0 + r2 * c.c1)) + a * (r + (r * r2) * (c.s0 + r2 * c.s1)));
-    else
-      return b + (b * (r2 * c.half) + a * (r + (r * r2) * c.ep_s0));
+    return b + (b * (r2 * (c.c0 + r2 * c.c1)) + a * (r + (r * r2) * (c.s0 + r2 * c.s1)));
   }
 }
 

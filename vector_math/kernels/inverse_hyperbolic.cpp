@@ -10,7 +10,7 @@
 //           Newton step for the rest of root and quotient
 // Bounds    HA 0.55 ulp, acosh double 0.6; LA relative 2^-50, 2^-21; EP relative 2^-26, 2^-11
 // Budget    HA  in ulp: pair 2^-8 (acosh next to 1 1/16), logarithm 2^-7, last rounding 1/2
-//           LA  in units of rounding: v 3, logarithm 4
+//           LA  in units of rounding: v 3, logarithm 3
 // Special   NaN -> NaN; asinh +-inf -> +-inf; acosh +inf -> +inf, below 1 -> NaN, status 1; atanh +-1 -> +-inf, status
 //           2, beyond -> NaN, status 1; arguments whose square would overflow as log 2x
 // Source    T. J. Dekker (1971) for the pairs
@@ -172,8 +172,7 @@ struct Atanh {
 // f(|x|) by the formula for v, to the accuracy of the logarithm's grade.
 template <class F, Grade grade, class V>
 ORIN_INLINE V plain(V y) {
-  const OnePlus<V> u = one_plus(F::less_one(y));
-  return F::finish(logarithm<grade>(u.sum, u.rest));
+  return F::finish(logarithm_of_one_plus<grade>(F::less_one(y)));
 }
 
 template <class F, class T, Grade grade>

@@ -1,7 +1,7 @@
 // log1p: elementwise log(1 + x), both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    1 + x = u + rest exactly; log(u + rest) by log_core_d.h, log_core_s.h
+// Method    log_core_d.h, log_core_s.h; HA and LA of double by 1 + x = u + rest exactly
 // Bounds    HA 0.67 ulp double (next to 2^-53, else 0.51), 0.7 single; LA relative 2^-50, 2^-21; EP 2^-26, 2^-11
 // Special   NaN -> NaN, +inf -> +inf, no status; below -1, -inf -> NaN, status 1; -1 -> -inf, status 2;
 //           very large arguments as log x, which is the same
@@ -34,10 +34,7 @@ struct Log1p : OneToOne<T> {
     const auto& k = in_memory(range);
     return (words & k.all_but_sign) > k.largest_positive + (shift_right_signed<31>(words) & k.to_negative);
   }
-  static ORIN_INLINE V fast(V x) {
-    const OnePlus<V> u = one_plus(x);
-    return with_sign_of(logarithm<grade>(u.sum, u.rest), x);
-  }
+  static ORIN_INLINE V fast(V x) { return with_sign_of(logarithm_of_one_plus<grade>(x), x); }
   static Outcome<T> special(T x) {
     if (x != x || x > Limits::max()) return {{x + x}, KOR_STATUS_OK};
     if (x == -1) return {{-Limits::infinity()}, KOR_STATUS_SING};

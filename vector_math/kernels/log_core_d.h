@@ -4,9 +4,13 @@
 // Method    x = 2^k m, 3/4 <= m < 3/2; a = m rounded to a multiple of 1/256; c near 1/a, of nine bits
 //           HA  r = m c - 1 exactly;  log x = (k log 2 - log c) + r + r^2 q(r), the sum in brackets as a pair,
 //               its high part exact
-//           LA  r = (m - a)/a;  log x = (k log 2 + log a) + (r + r^2 q(r));  EP the same, q linear
+//           LA  r = (m - a)/a;  log x = (k log 2 + log a) + (r + r^2 q(r))
+//           EP  the bits of x, a piecewise linear log2, in steps of 1/256: n is the nearest one, of 2^k m;  r = m c - 1,
+//               c the inverse of the m of j = n mod 256;  log x = (n log 2/256 - (log c + j log 2/256)) + r p(r)
+//               of 1 + v  r = v c 2^-k + (c 2^-k - 1)
 //           Next to 1 a = c = 1 and the brackets vanish: there the result is as good as r + r^2 q(r).
-// Arguments positive and normal; a pair x + rest where named so. `scaled`: x stands for x 2^-scaled.
+// Arguments positive and normal; a pair x + rest where named so. `scaled`: x stands for x 2^-scaled. v from 2^-53 - 1 to
+//           2^1000.
 // Budget    HA    in ulp: r^2 q 2^-8, low parts 2^-8, last rounding 1/2
 //           pair  relative: polynomial 2^-74, its rounding 2^-70
 //           LA    in 2^-53: m - a times 1/a 2, sum in brackets 2, last two 2;   EP polynomial 2^-30
@@ -48,8 +52,20 @@ struct HighAccuracy : Reduction {
 struct LowAccuracy : Reduction {
   Constant<double> two, q0, q1, q2, q3, q4;
 };
-struct Enhanced : Reduction {
-  Constant<double> two, q0, q1;
+struct Enhanced {
+  static constexpr int bias_of_inverse =
+      64;  // the table has the inverses times 2^64, so that k + 64 is taken from them
+  static constexpr std::int64_t half_cell = INT64_C(1) << 43;
+  static constexpr std::int64_t to_n(std::int64_t bias) { return (bias << 52) - bits_of_three_quarters + half_cell; }
+  static constexpr double offset_of_n(std::int64_t bias) { return 0x1p52 + static_cast<double>(256 * bias + 128); }
+  Constant<double> step, p0, p1, p2;
+  Constant<std::int64_t> to_n_any = to_n(exponent_bias), to_n_above = to_n(bias_of_inverse);
+  Constant<std::int64_t> two_to_52 = INT64_C(0x4330000000000000);
+  Constant<std::int64_t> fraction = INT64_C(0x000fffffffffffff);
+  Constant<std::int64_t> exponent = ~INT64_C(0x000fffffffffffff);
+  Constant<std::int64_t> to_m = bits_of_three_quarters - half_cell - (INT64_C(1) << 52) * bias_of_inverse;
+  Constant<std::int64_t> to_scale = (INT64_C(1) << 52) * (exponent_bias - bias_of_inverse);
+  Constant<double> offset_any = offset_of_n(exponent_bias), offset_above = offset_of_n(bias_of_inverse), one = 1.0;
 };
 struct Pair : Reduction {
   Constant<double> two_high = data::two_high, two_low = data::two_low, half = 0.5;
@@ -69,15 +85,17 @@ template <>
 struct Constants<Base::e> {
   static constexpr const double* logarithms = data::logarithms;
   static constexpr const double* short_pairs = data::short_pairs;
+  static constexpr const double* ep_pairs = data::ep_pairs;
   static constexpr HighAccuracy ha{{},         data::two_high, data::two_low, 1.0,        0.0,       -0.5,
                                    data::ha_0, data::ha_1,     data::ha_2,    data::ha_3, data::ha_4};
   static constexpr LowAccuracy la{{}, data::two, data::la_0, data::la_1, data::la_2, data::la_3, data::la_4};
-  static constexpr Enhanced ep{{}, data::two, data::ep_0, data::ep_1};
+  static constexpr Enhanced ep{data::ep_step, 1.0, data::ep_0, data::ep_1};
 };
 template <>
 struct Constants<Base::ten> {
   static constexpr const double* logarithms = data::logarithms10;
   static constexpr const double* short_pairs = data::short_pairs10;
+  static constexpr const double* ep_pairs = data::ep_pairs10;
   static constexpr HighAccuracy ha{{},
                                    data::two_high10,
                                    data::two_low10,
@@ -91,7 +109,7 @@ struct Constants<Base::ten> {
                                    data::ha10_5};
   static constexpr LowAccuracy la{{},           data::two10,  data::la10_0, data::la10_1,
                                   data::la10_2, data::la10_3, data::la10_4};
-  static constexpr Enhanced ep{{}, data::two10, data::ep10_0, data::ep10_1};
+  static constexpr Enhanced ep{data::ep_step10, data::ep10_0, data::ep10_1, data::ep10_2};
 };
 
 // x = 2^k m, f = m - a, j = 256 (a - 3/4).
@@ -159,6 +177,34 @@ ORIN_INLINE Vec2d short_form(const auto& constants, auto q_of, Vec2d x, Vec2d re
   return (reduced.k * c.two + log) + (r + r2 * q_of(c, r, r2));
 }
 
+// n in steps, as a number and below the bias in the bits; the inverse times 2^64.
+struct Cell {
+  Vec2l biased;
+  Vec2d n, inverse, log;
+
+  ORIN_INLINE Cell(const Enhanced& c, const double* pairs, Vec2l biased_, const Constant<double>& offset)
+      : biased(biased_) {
+    const Vec2l steps = shift_right<44>(biased);
+    n = from_bits(steps | c.two_to_52) - offset;
+    const auto [first, second] = look_up_pairs(pairs, low_bits<8>(steps));
+    inverse = first;
+    log = second;
+  }
+  // log 2^k m c, from r = m c - 1.
+  ORIN_INLINE Vec2d logarithm(const Enhanced& c, Vec2d r) const {
+    return (n * c.step + log) + r * (c.p0 + r * (c.p1 + r * c.p2));
+  }
+};
+template <Base base, bool has_rest, int scaled>
+ORIN_INLINE Vec2d enhanced(Vec2d x, Vec2d rest) {
+  const auto& c = in_memory(Constants<base>::ep);
+  Cell cell(c, Constants<base>::ep_pairs, bits(x) + c.to_n_any, c.offset_any);
+  if constexpr (scaled != 0) cell.n = cell.n - 256.0 * scaled;
+  Vec2d r = from_bits((cell.biased & c.fraction) + c.to_m) * cell.inverse - c.one;
+  if constexpr (has_rest) r = r + rest * from_bits((bits(cell.inverse) + c.to_scale) - (cell.biased & c.exponent));
+  return cell.logarithm(c, r);
+}
+
 template <Grade grade, Base base, bool has_rest, int scaled>
 ORIN_INLINE Vec2d evaluate(Vec2d x, Vec2d rest) {
   if constexpr (grade == Grade::ha) {
@@ -169,8 +215,7 @@ ORIN_INLINE Vec2d evaluate(Vec2d x, Vec2d rest) {
     };
     return short_form<base, has_rest, scaled>(Constants<base>::la, q, x, rest);
   } else {
-    const auto q = [](const auto& c, Vec2d r, Vec2d) __attribute__((always_inline)) { return c.q0 + r * c.q1; };
-    return short_form<base, has_rest, scaled>(Constants<base>::ep, q, x, rest);
+    return enhanced<base, has_rest, scaled>(x, rest);
   }
 }
 
@@ -184,6 +229,20 @@ ORIN_INLINE Vec2d logarithm(Vec2d x) {
 template <Grade grade>
 ORIN_INLINE Vec2d logarithm(Vec2d x, Vec2d rest) {
   return evaluate<grade, Base::e, true, 0>(x, rest);
+}
+
+// log(1 + v).
+template <Grade grade>
+ORIN_INLINE Vec2d logarithm_of_one_plus(Vec2d v) {
+  if constexpr (grade == Grade::ep) {
+    const auto& c = in_memory(Constants<Base::e>::ep);
+    const Cell cell(c, data::ep_pairs, bits(c.one + v) + c.to_n_above, c.offset_above);
+    const Vec2d scale = from_bits(bits(cell.inverse) - (cell.biased & c.exponent));
+    return cell.logarithm(c, v * scale + (scale - c.one));
+  } else {
+    const OnePlus<Vec2d> u = one_plus(v);
+    return logarithm<grade>(u.sum, u.rest);
+  }
 }
 
 // log x to a relative 2^-39.
@@ -218,6 +277,7 @@ ORIN_INLINE DoubleDouble logarithm_pair(Vec2d x) {
 
 namespace orin::vector_math {
 using log_d::logarithm;
-}
+using log_d::logarithm_of_one_plus;
+}  // namespace orin::vector_math
 
 #endif

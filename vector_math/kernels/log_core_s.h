@@ -3,11 +3,13 @@
 //
 // Method    HA  x = 2^k (1 + f), |f| <= 1/3;  log x = k l + f + (k l' - f^2/2 + f^3 P(f)), l + l' = log 2, k l exact,
 //               the first sum as a pair
-//           LA  x = 2^k (1 + f), sqrt 1/2 <= 1 + f <= sqrt 2;  log x = k log 2 + f p(f);  EP the same, p shorter
+//           LA  x = 2^k (1 + f), sqrt 1/2 <= 1 + f <= sqrt 2;  log x = k log 2 + (f + f^2 p(f))
+//           EP  the same range;  log x = k log 2 + f p(f)
+//               of 1 + v  f = v 2^-k + (2^-k - 1)
 //           The square f^2/2 is exact for the leading bits of f and joins the pair; base 10 has that pair times 1/ln 10
 // Arguments positive and normal; a pair x + rest where named so. `scaled`: x stands for x 2^-scaled.
 // Budget    HA  in ulp: low parts 1/16, polynomial 1/16, last rounding 1/2
-//           LA  in 2^-24: polynomial 2.8, its rounding 1, products and sum 2;   EP polynomial 2^-11.5
+//           LA  in 2^-24: polynomial 1.1, its product 1/2, products and sums 2.5;   EP polynomial 2^-11.4
 // Data      data/log_s_data.h from tools/tables/log_s.py
 #ifndef ORIN_VECTOR_MATH_KERNELS_LOG_CORE_S_H
 #define ORIN_VECTOR_MATH_KERNELS_LOG_CORE_S_H
@@ -41,7 +43,7 @@ struct HighAccuracy : Reduction {
   Constant<std::int32_t> leading = ~0xfff;  // the first 12 bits of a float
 };
 struct LowAccuracy : Reduction {
-  Constant<float> two, p0, p1, p2, p3, p4, p5, p6, p7;
+  Constant<float> two, inverse, p0, p1, p2, p3, p4, p5, p6, p7;
 };
 struct Enhanced : Reduction {
   Constant<float> two, p0, p1, p2, p3;
@@ -54,7 +56,7 @@ struct Constants<Base::e> {
   static constexpr HighAccuracy ha{
       {bits_of_two_thirds}, data::two_high, data::two_low, 1.0f,       0.0f,       1.0f,       data::ha_0, data::ha_1,
       data::ha_2,           data::ha_3,     data::ha_4,    data::ha_5, data::ha_6, data::ha_7, data::ha_8};
-  static constexpr LowAccuracy la{{bits_of_root_half}, data::two,  data::la_0, data::la_1, data::la_2,
+  static constexpr LowAccuracy la{{bits_of_root_half}, data::two,  1.0f,       data::la_0, data::la_1, data::la_2,
                                   data::la_3,          data::la_4, data::la_5, data::la_6, data::la_7};
   static constexpr Enhanced ep{{bits_of_root_half}, data::two, data::ep_0, data::ep_1, data::ep_2, data::ep_3};
 };
@@ -75,8 +77,9 @@ struct Constants<Base::ten> {
                                    data::ha_6,
                                    data::ha_7,
                                    data::ha_8};
-  static constexpr LowAccuracy la{{bits_of_root_half}, data::two10,  data::la10_0, data::la10_1, data::la10_2,
-                                  data::la10_3,        data::la10_4, data::la10_5, data::la10_6, data::la10_7};
+  static constexpr LowAccuracy la{{bits_of_root_half}, data::two10,  data::inverse_ln10, data::la10_0,
+                                  data::la10_1,        data::la10_2, data::la10_3,       data::la10_4,
+                                  data::la10_5,        data::la10_6, data::la10_7};
   static constexpr Enhanced ep{{bits_of_root_half}, data::two10,  data::ep10_0,
                                data::ep10_1,        data::ep10_2, data::ep10_3};
 };
@@ -97,6 +100,27 @@ ORIN_INLINE Reduced reduce(const Reduction& c, Vec4f x, Vec4f rest) {
     reduced.low = scaled_rest - (reduced.f - f);
   }
   return reduced;
+}
+
+// log(2^k (1 + f)) in LA and EP.
+template <Grade grade, Base base>
+ORIN_INLINE Vec4f short_form(const auto& c, Vec4f k, Vec4f f) {
+  const Vec4f f2 = f * f;
+  if constexpr (grade == Grade::la) {
+    const Vec4f p =
+        ((c.p0 + f * c.p1) + f2 * (c.p2 + f * c.p3)) + (f2 * f2) * ((c.p4 + f * c.p5) + f2 * (c.p6 + f * c.p7));
+    const Vec4f first = base == Base::ten ? f * c.inverse : f;
+    return k * c.two + (first + f2 * p);
+  } else {
+    return k * c.two + f * ((c.p0 + f * c.p1) + f2 * (c.p2 + f * c.p3));
+  }
+}
+template <Grade grade, Base base>
+ORIN_INLINE const auto& constants_of() {
+  if constexpr (grade == Grade::la)
+    return in_memory(Constants<base>::la);
+  else
+    return in_memory(Constants<base>::ep);
 }
 
 template <Grade grade, Base base, bool has_rest, int scaled>
@@ -122,17 +146,10 @@ ORIN_INLINE Vec4f evaluate(Vec4f x, Vec4f rest) {
     const Vec4f main = k * c.two_high;  // exact
     const Vec4f sum = main + head;
     return sum + (((main - sum) + head) + (low + k * c.two_low));
-  } else if constexpr (grade == Grade::la) {
-    const auto& c = in_memory(Constants<base>::la);
-    const auto [k, f, rest_low] = reduce<has_rest, scaled>(c, x, rest);
-    const Vec4f f2 = f * f;
-    const Vec4f p =
-        ((c.p0 + f * c.p1) + f2 * (c.p2 + f * c.p3)) + (f2 * f2) * ((c.p4 + f * c.p5) + f2 * (c.p6 + f * c.p7));
-    return k * c.two + f * p;
   } else {
-    const auto& c = in_memory(Constants<base>::ep);
+    const auto& c = constants_of<grade, base>();
     const auto [k, f, rest_low] = reduce<has_rest, scaled>(c, x, rest);
-    return k * c.two + f * ((c.p0 + f * c.p1) + (f * f) * (c.p2 + f * c.p3));
+    return short_form<grade, base>(c, k, f);
   }
 }
 
@@ -148,10 +165,25 @@ ORIN_INLINE Vec4f logarithm(Vec4f x, Vec4f rest) {
   return evaluate<grade, Base::e, true, 0>(x, rest);
 }
 
+// log(1 + v), v up to 2^126: f = v 2^-k + (2^-k - 1) in LA and EP.
+template <Grade grade>
+ORIN_INLINE Vec4f logarithm_of_one_plus(Vec4f v) {
+  if constexpr (grade == Grade::ha) {
+    const OnePlus<Vec4f> u = one_plus(v);
+    return logarithm<grade>(u.sum, u.rest);
+  } else {
+    const auto& c = constants_of<grade, Base::e>();
+    const Vec4i distance = bits(c.one + v) - c.least;
+    const Vec4f scale = from_bits(c.bits_of_one - (distance & c.exponent));
+    return short_form<grade, Base::e>(c, to_float(shift_right_signed<23>(distance)), v * scale + (scale - c.one));
+  }
+}
+
 }  // namespace orin::vector_math::log_s
 
 namespace orin::vector_math {
 using log_s::logarithm;
-}
+using log_s::logarithm_of_one_plus;
+}  // namespace orin::vector_math
 
 #endif

@@ -17,11 +17,12 @@ using namespace simd;
 
 inline constexpr struct {
   Constant<std::int64_t> square = roots_data::square_seed_d, cube = roots_data::cube_seed_d;
+  Constant<std::int64_t> monic = roots_data::monic_seed_d;
   Constant<std::int64_t> third = 0x55555556;  // of 2^32
   Constant<std::int64_t> inverse = INT64_C(0x7fdf000000000000);
 } seeds_d{};
 inline constexpr struct {
-  Constant<std::int32_t> square = roots_data::square_seed_s;
+  Constant<std::int32_t> square = roots_data::square_seed_s, monic = roots_data::monic_seed_s;
   Constant<float> cube = static_cast<float>(roots_data::cube_seed_s), third = 1.0f / 3;
 } seeds_s{};
 
@@ -32,6 +33,13 @@ ORIN_INLINE Vec2d inverse_square_root(Vec2d x) {
 }
 ORIN_INLINE Vec4f inverse_square_root(Vec4f x) {
   return from_bits(in_memory(seeds_s).square - shift_right<1>(bits(x)));
+}
+// Some way off, where the polynomial that improves them has the leading coefficient 1.
+ORIN_INLINE Vec2d monic_inverse_square_root(Vec2d x) {
+  return from_bits(in_memory(seeds_d).monic - shift_right<1>(bits(x)));
+}
+ORIN_INLINE Vec4f monic_inverse_square_root(Vec4f x) {
+  return from_bits(in_memory(seeds_s).monic - shift_right<1>(bits(x)));
 }
 // The product of the high word with 2^32/3 has its third as the high word.
 ORIN_INLINE Vec2d inverse_cube_root(Vec2d x) {

@@ -16,6 +16,7 @@
 #define ORIN_VECTOR_MATH_KERNELS_SINCOS_CORE_S_H
 
 #include "vector_math/data/sincos_s_data.h"
+#include "vector_math/kernels/log_base.h"
 #include "vector_math/kernels/sincos_core_d.h"
 
 namespace orin::vector_math::sincos_s {
@@ -38,14 +39,14 @@ struct Turns {
   static constexpr float turned = 0.5f * ahead * per_pi;
 
   static constexpr struct {
-    Constant<std::int32_t> last = last_word<grade>, last_medium = 0x497fffff;  // below 2^20
+    Constant<std::int32_t> first_medium = last_word<grade> + 1, last_medium = 0x497fffff;  // below 2^20
     Constant<float> inverse = data::inverse * per_pi, to_integer = 0x1.8p23f + 3, turned = Turns::turned;
     Constant<float> step_0 = data::pi_0 / per_pi;
     Constant<float> step_1 = (grade == Grade::la ? data::pi_1 : data::rest_0) / per_pi;
     Constant<float> step_2 = data::rest_1 / per_pi;
+    Constant<float> low_per_x = data::low_per_x, safe = 0x1p30f;
   } constants{};
   static constexpr struct {
-    Constant<double> limit = 0x1p20, safe = 0x1p30;
     Constant<double> inverse = data::wide_inverse * per_pi, to_integer = 0x1.8p52 + 3, turned = Turns::turned;
     Constant<double> high = data::wide_high / per_pi, low = data::wide_low / per_pi;
   } wide_constants{};
@@ -62,49 +63,55 @@ struct Turns {
     return {r, bits(t)};
   }
 
+  // Those beyond reduce, |x| < 2^20.
+  static ORIN_INLINE Angle reduce_medium(Vec4f x) {
+    Angle angle = in_doubles(
+        x, [](Vec2d y) __attribute__((always_inline)) { return medium(y); });
+    if constexpr (grade == Grade::ep) angle.r = angle.r + x * in_memory(constants).low_per_x;
+    return angle;
+  }
+  static ORIN_INLINE Vec4i beyond_medium(Vec4i words) {
+    return outside<last_word<grade> + 1, 0x497fffff>(magnitude(words));
+  }
+
   // Any finite x; up to last_word the bits of reduce.
   static ORIN_INLINE Angle reduce_any(Vec4f x) {
-    const Vec4i is_far = magnitude(bits(x)) > in_memory(constants).last;
-    const unsigned lanes = lane_bits(is_far);
-    if (lanes == 0) return reduce(x);
-    Angle far;
-    if constexpr (grade == Grade::la)
-      far = reduce_in_doubles(x);
-    else
-      far = Turns<Grade::la, per_pi, ahead>::reduce_any(x);
-    if (lanes == 15) return far;
-    const Angle near = reduce(from_bits(select(is_far, Vec4i(0), bits(x))));
-    return {select(from_bits(is_far), far.r, near.r), select(is_far, far.m, near.m)};
+    const auto& c = in_memory(constants);
+    const Vec4i size = magnitude(bits(x));
+    const Vec4i is_huge = size > c.last_medium, is_near = size < c.first_medium;
+    Angle angle = reduce_medium(and_not(from_bits(is_huge | is_near), x));
+    if (lane_bits(is_huge) != 0) {
+      const Angle huge = in_doubles(
+          select(from_bits(is_huge), x, c.safe), [](Vec2d y) __attribute__((always_inline)) {
+            return sincos_d::reduce_huge_single<2 * per_pi, ahead, true>(y);
+          });
+      angle = select(is_huge, huge, angle);
+    }
+    if (lane_bits(is_near) != 0) angle = select(is_near, reduce(x & from_bits(is_near)), angle);
+    return angle;
   }
 
  private:
-  static ORIN_INLINE Angle reduce_in_doubles(Vec4f x) {
-    const TwoVec2d wide = widen(x);
-    sincos_d::Angle low, high;
-    if (lane_bits(magnitude(bits(x)) > in_memory(constants).last_medium) == 0) [[likely]] {
-      low = reduce_medium(wide.low);
-      high = reduce_medium(wide.high);
-    } else {
-      low = reduce_large(wide.low);
-      high = reduce_large(wide.high);
-    }
+  static ORIN_INLINE Angle select(Vec4i mask, const Angle& a, const Angle& b) {
+    return {simd::select(from_bits(mask), a.r, b.r), simd::select(mask, a.m, b.m)};
+  }
+  static ORIN_INLINE Vec4f select(Vec4f mask, Vec4f a, Vec4f b) { return simd::select(mask, a, b); }
+  static ORIN_INLINE Angle in_doubles(Vec4f x, auto reduction) {
+    const TwoVec2d wide = widen_through_memory(x);
+    const sincos_d::Angle low = reduction(wide.low), high = reduction(wide.high);
     return {narrow({low.high, high.high}), low_words(low.n, high.n)};
   }
-  // |x| < 2^20.
-  static ORIN_INLINE sincos_d::Angle reduce_medium(Vec2d x) {
+  // |x| < 2^20; in EP without n times the low part of pi, which is x times that of 1, but for r times it.
+  static ORIN_INLINE sincos_d::Angle medium(Vec2d x) {
     const auto& c = in_memory(wide_constants);
     Vec2d turns = x * c.inverse;
     if constexpr (ahead != 0) turns = turns + c.turned;
     const Vec2d t = turns + c.to_integer;
     Vec2d n = t - c.to_integer;
     if constexpr (ahead != 0) n = n - c.turned;
-    return {(n * c.high - x) + n * c.low, 0.0, bits(t)};
-  }
-  static ORIN_INLINE sincos_d::Angle reduce_large(Vec2d x) {
-    const auto& c = in_memory(wide_constants);
-    const Vec2d huge = abs(x) >= c.limit;
-    return select(huge, sincos_d::reduce_huge_single<2 * per_pi, ahead, true>(select(huge, x, c.safe)),
-                  reduce_medium(and_not(huge, x)));
+    Vec2d r = n * c.high - x;
+    if constexpr (grade != Grade::ep) r = r + n * c.low;
+    return {r, 0.0, bits(t)};
   }
 };
 template <Grade grade, int ahead>

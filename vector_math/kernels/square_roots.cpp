@@ -29,7 +29,7 @@ using namespace simd;
 template <class T>
 struct Constants {
   Constant<T> one = 1, half = T(0.5), three_eighths = T(0.375);
-  Constant<T> p0 = T(roots_data::square_1_0), p1 = T(roots_data::square_1_1), p2 = T(roots_data::square_1_2);
+  Constant<T> three_halves = T(1.5), p0 = T(roots_data::monic_0), p1 = T(roots_data::monic_1);
 };
 template <class T>
 constexpr Constants<T> constants{};
@@ -81,11 +81,11 @@ struct InvSqrt : Root<T> {
   static ORIN_INLINE V fast(V x) {
     const auto& c = in_memory(constants<T>);
     if constexpr (grade == Grade::ep) {
-      const V seed = root_seeds::inverse_square_root(x);
-      const V e = c.one - (x * seed) * seed;
-      const V y = seed * (c.p0 + e * (c.p1 + e * c.p2));
+      const V seed = root_seeds::monic_inverse_square_root(x);
+      const V z = (x * seed) * seed;
+      const V y = seed * (c.p0 + z * (c.p1 + z));
       if constexpr (!is_double) return y;
-      return y + (y * c.half) * (c.one - (x * y) * y);
+      return y * (c.three_halves - ((x * c.half) * y) * y);
     } else if constexpr (grade == Grade::la) {
       return c.one / sqrt(x);
     } else if constexpr (is_double) {

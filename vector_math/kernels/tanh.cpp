@@ -7,7 +7,7 @@
 // Bounds    HA 0.56 ulp, single 0.51; LA relative 2^-50, 2^-21; EP relative 2^-26, 2^-11
 // Budget    HA  in ulp: roundings of what is added to tanh c 3 2^-6, last rounding 1/2
 //           LA  in units of rounding: tanh c 1, sum 1;  single e^2y - 1 4, sum 1, quotient 1
-//           EP  polynomial 2^-32, single 2^-14.7
+//           EP  next term of tanh r 2^-33, single 2^-14.7
 // Special   NaN -> NaN, infinities -> +-1, no status
 // Data      data/tanh_data.h from tools/tables/tanh.py
 #include <cmath>
@@ -30,7 +30,7 @@ constexpr struct {
   Constant<std::int64_t> first_bits = __builtin_bit_cast(std::int64_t, data::first_bin);
   Constant<double> one = 1.0;
   Constant<double> p0 = data::ha_0, p1 = data::ha_1, p2 = data::ha_2, p3 = data::ha_3;
-  Constant<double> ep_p0 = data::ep_0;
+  Constant<double> third = 1.0 / 3;
 } constants_d{};
 constexpr struct {
   Constant<float> two = 2.0f;
@@ -51,11 +51,9 @@ ORIN_INLINE Vec2d hyperbolic_tangent(Vec2d x) {
     return with_sign_of(value + (slope * t / (c.one + value * t) + rest), x);
   } else {
     const Vec2d slope = look_up<2>(data::slopes, bin);
-    Vec2d t;
-    if constexpr (grade == Grade::la)
-      t = r + (r * r2) * ((c.p0 + r2 * c.p1) + (r2 * r2) * (c.p2 + r2 * c.p3));
-    else
-      t = r + (r * r2) * c.ep_p0;
+    if constexpr (grade == Grade::ep)  // tanh r = r/(1 + r^2/3)
+      return with_sign_of(value + slope * r / (c.one + r * (value + r * c.third)), x);
+    const Vec2d t = r + (r * r2) * ((c.p0 + r2 * c.p1) + (r2 * r2) * (c.p2 + r2 * c.p3));
     return with_sign_of(value + slope * t / (c.one + value * t), x);
   }
 }

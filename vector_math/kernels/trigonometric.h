@@ -14,7 +14,7 @@
 namespace orin::vector_math {
 
 // How a function F<grade> of T is evaluated: fast(x) for arguments up to the (high) word last_word, wide(x) for all
-// finite ones. F<grade> has results, and of(angle), the value(s) at a reduced argument. Doubles:
+// finite ones; floats, medium(x) for those beyond fast and below 2^20. F<grade> has results, and of(angle), the value(s) at a reduced argument. Doubles:
 template <template <Grade> class F, class T, Grade grade>
 struct Evaluation {
   static constexpr std::int32_t last_word = sincos_d::reduce_to_word;
@@ -29,6 +29,7 @@ struct Evaluation<F, float, grade> {
   static constexpr std::int32_t last_word = sincos_s::last_word<grade>;
   static ORIN_INLINE auto fast(simd::Vec4f x) { return F<grade>::of(Reduction::reduce(x)); }
   static ORIN_INLINE auto wide(simd::Vec4f x) { return F<grade>::of(Reduction::reduce_any(x)); }
+  static ORIN_INLINE auto medium(simd::Vec4f x) { return F<grade>::of(Reduction::reduce_medium(x)); }
 };
 
 // Floats in HA: in doubles of grade EP.
@@ -68,6 +69,9 @@ struct Trigonometric : simd::Shape<T, 1, F<grade>::results> {
   }
   static ORIN_INLINE auto fast(auto x) { return Way::fast(x); }
   static ORIN_INLINE auto wide(auto x) { return Way::wide(x); }
+  static ORIN_INLINE simd::Vec4i beyond_medium(simd::Vec4i words) requires requires { typename Way::Reduction; }
+  { return Way::Reduction::beyond_medium(words); }
+  static ORIN_INLINE auto medium(auto x) { return Way::medium(x); }
 
   static ORIN_INLINE simd::Vec4i special_lanes(simd::Vec4i words) {
     static constexpr simd::Constant<std::int32_t> last = sizeof(T) == 8 ? 0x7fefffff : 0x7f7fffff;

@@ -17,6 +17,9 @@
 //   beyond_fast(w...)      mask of the arguments that fast must not see: those that only wide can take, and special ones
 //   wide(v...)             the value(s) of a register of any arguments but special ones, for those that fast may see too:
 //                          the same bits. A group with one argument beyond fast goes through wide as a whole.
+// and, for one input, where many of those arguments come together and are worth a path without choices,
+//   beyond_medium(w)       mask of the arguments that medium must not see, those for fast and special ones among them
+//   medium(v)              the value(s) of a register of the others: the bits of wide
 //
 // Where fast is a long chain of roots and quotients, F (of one argument and result) has also
 //   Half                   what the second half of fast needs
@@ -83,6 +86,10 @@ using OneToTwo = Shape<T, 1, 2>;
 template <class T, class R>
 using OneToOther = Shape<T, 1, 1, R>;
 
+// Keeps the compiler from exchanging what is stored before and after: stores that leave the first cache come out at half
+// the speed where neighbours descend.
+ORIN_INLINE void stores_ascend() { asm volatile("" : : : "memory"); }
+
 // Four consecutive elements: the unit of the loop.
 template <class T>
 struct Group;
@@ -103,6 +110,7 @@ struct Group<double> {
   ORIN_INLINE void store(double* to, std::int32_t count) const {
     if (count == 1) return _mm_storel_pd(to, low.raw);
     low.store(to);
+    stores_ascend();
     if (count >= 4) [[likely]]
       high.store(to + 2);
     else if (count == 3)
@@ -159,11 +167,12 @@ class Elementwise {
     if constexpr (has_halves)
       while (left >= 4) left -= 4 * block(f, n - left, left / 4, a, r);
     if constexpr (F::groups_per_step == 2)
-      for (; left >= 8; left -= 8) two_groups(f, n - left, a, r);
-    for (; left > 0; left -= 4) group(f, n - left, left, a, r);
+      while (left >= 8) left = two_groups(f, n - left, left, a, r);
+    while (left > 0) left = group(f, n - left, left, a, r);
   }
 
  private:
+  enum class Way { fast, medium, wide };
   static constexpr bool keeps_together = requires { F::together; };
   template <class E>
   using GroupOf = std::conditional_t<keeps_together, Together<E>, Group<E>>;
@@ -174,6 +183,7 @@ class Elementwise {
   static constexpr bool marks_results = tests_results || requires { F::marks_results; };
   static constexpr bool has_wide = requires { &F::beyond_fast; };
   static constexpr bool has_halves = requires { typename F::Half; };
+  static constexpr bool has_medium = requires(F f, GroupOf<T> x) { f.beyond_medium(x.words()); };
   static_assert(!marks_results || F::groups_per_step == 1);
 
   static bool same(const void* vector, const void* result) { return vector == result; }
@@ -185,15 +195,17 @@ class Elementwise {
     for (std::int32_t i = n - tail - 4; i >= 0; i -= 4) group(f, i, 4, a, r);
   }
 
-  // One test decides for both groups.
-  static ORIN_INLINE void two_groups(const F& f, std::int32_t i, Arguments a, Results r) {
+  // The next groups from i on, of which `left` elements are left: how many are left then. One test decides for two.
+  static ORIN_INLINE std::int32_t two_groups(const F& f, std::int32_t i, std::int32_t left, Arguments a, Results r) {
     const In x = load(a, i, 4), next = load(a, i + 4, 4);
     if (lane_bits(odd_lanes(f, x) | odd_lanes(f, next)) != 0) [[unlikely]] {
-      if constexpr (has_wide) return wide_groups(f, i, 8, a, r);
+      if constexpr (has_wide) return wide_groups(f, i, left, a, r);
       special_group(f, i, 4, a, r);
-      return special_group(f, i + 4, 4, a, r);
+      special_group(f, i + 4, 4, a, r);
+    } else {
+      evaluate_and_store(f, x, next, i, r);
     }
-    evaluate_and_store(f, x, next, i, r);
+    return left - 8;
   }
   // Some of the `groups` next groups from i on: the first half of fast for all of them, then the second. Returns how many.
   static std::int32_t block(const F& f, std::int32_t i, std::int32_t groups, Arguments a, Results r) {
@@ -222,39 +234,50 @@ class Elementwise {
 
   // By value, so that the second group is in registers before the first one's lookups go through memory.
   static ORIN_INLINE void evaluate_and_store(const F& f, In x, In next, std::int32_t i, Results r) {
-    store(evaluate<false>(f, x), r, i, 4);
-    store(evaluate<false>(f, next), r, i + 4, 4);
+    store(evaluate<Way::fast>(f, x), r, i, 4);
+    if constexpr (!has_special) stores_ascend();
+    store(evaluate<Way::fast>(f, next), r, i + 4, 4);
   }
 
-  // The next group from i on, of which `count` elements are left, padded where these are less than four.
-  static ORIN_INLINE void group(const F& f, std::int32_t i, std::int32_t count, Arguments a, Results r) {
-    const In x = load(a, i, count);
+  // One group, padded where less than four elements are left.
+  static ORIN_INLINE std::int32_t group(const F& f, std::int32_t i, std::int32_t left, Arguments a, Results r) {
+    const In x = load(a, i, left);
     if (lane_bits(odd_lanes(f, x)) != 0) [[unlikely]] {
-      if constexpr (has_wide) return wide_groups(f, i, count < 4 ? count : 4, a, r);
-      return special_group(f, i, count < 4 ? count : 4, a, r);
+      if constexpr (has_wide) return wide_groups(f, i, left, a, r);
+      special_group(f, i, left < 4 ? left : 4, a, r);
+    } else {
+      evaluate_or_decide<Way::fast>(f, x, i, left, a, r);
     }
-    evaluate_or_decide<false>(f, x, i, count, a, r);
+    return left - 4;
   }
-  template <bool wide>
+  template <Way way>
   static ORIN_INLINE void evaluate_or_decide(const F& f, const In& x, std::int32_t i, std::int32_t count, Arguments a,
                                              Results r) {
-    const Out y = evaluate<wide>(f, x);
+    const Out y = evaluate<way>(f, x);
     if constexpr (marks_results)
       if (lane_bits(special_results(f, y)) != 0) [[unlikely]]
         return special_group(f, i, count < 4 ? count : 4, a, r);
     store(y, r, i, count);
   }
 
-  // The `count` elements from i on, in groups, some of them beyond fast.
-  [[gnu::noinline, gnu::hot]] static void wide_groups(F f, std::int32_t i, std::int32_t count, Arguments a,
-                                                      Results r) noexcept {
-    for (std::int32_t left = count; left > 0; left -= 4, i += 4) {
+  // Groups from i on while there are arguments beyond fast in them, the first one in any case; how many elements are left.
+  [[gnu::noinline, gnu::hot]] static std::int32_t wide_groups(F f, std::int32_t i, std::int32_t left, Arguments a,
+                                                              Results r) noexcept {
+    for (bool first = true; left > 0; left -= 4, i += 4, first = false) {
       const In x = load(a, i, left);
+      if constexpr (has_medium) {
+        if (lane_bits(f.beyond_medium(x.item[0].words())) == 0) [[likely]] {
+          store(evaluate<Way::medium>(f, x), r, i, left);
+          continue;
+        }
+      }
+      if (!first && lane_bits(odd_lanes(f, x)) == 0) break;
       if (lane_bits(special_lanes(f, x)) != 0) [[unlikely]]
         special_group(f, i, left < 4 ? left : 4, a, r);
       else
-        evaluate_or_decide<true>(f, x, i, left, a, r);
+        evaluate_or_decide<Way::wide>(f, x, i, left, a, r);
     }
+    return left;
   }
 
   static bool accepts(std::int32_t n, Arguments a, Results r) noexcept {
@@ -308,17 +331,17 @@ class Elementwise {
       return y[0].words();
   }
 
-  template <bool wide>
+  template <Way way>
   static ORIN_INLINE Out evaluate(const F& f, In x) {
     if constexpr (GroupOf<T>::registers == 1) {
-      const auto y = value<wide>(f, x.item[0].low, x.item[F::inputs - 1].low);
+      const auto y = value<way>(f, x.item[0].low, x.item[F::inputs - 1].low);
       if constexpr (F::outputs == 1)
         return {{{y}}};
       else
         return {{{y.first}, {y.second}}};
     } else {
-      const auto low = value<wide>(f, x.item[0].low, x.item[F::inputs - 1].low);
-      const auto high = value<wide>(f, x.item[0].high, x.item[F::inputs - 1].high);
+      const auto low = value<way>(f, x.item[0].low, x.item[F::inputs - 1].low);
+      const auto high = value<way>(f, x.item[0].high, x.item[F::inputs - 1].high);
       if constexpr (F::outputs == 1)
         return {{{low, high}}};
       else
@@ -326,16 +349,20 @@ class Elementwise {
     }
   }
   // f of one register of each argument; one argument comes twice.
-  template <bool wide, class V>
+  template <Way way, class V>
   static ORIN_INLINE auto value(const F& f, V a, [[maybe_unused]] V b) {
-    if constexpr (wide && F::inputs == 1)
-      return f.wide(a);
-    else if constexpr (wide)
-      return f.wide(a, b);
-    else if constexpr (F::inputs == 1)
-      return f.fast(a);
+    const auto call = [&](auto... x) __attribute__((always_inline)) {
+      if constexpr (way == Way::fast)
+        return f.fast(x...);
+      else if constexpr (way == Way::wide)
+        return f.wide(x...);
+      else
+        return f.medium(x...);
+    };
+    if constexpr (F::inputs == 1)
+      return call(a);
     else
-      return f.fast(a, b);
+      return call(a, b);
   }
 
   // The `count` elements from i on, at least one of them special: the others are computed beside a padding.
@@ -348,7 +375,7 @@ class Elementwise {
     T safe[F::inputs][4];
     for (int k = 0; k < F::inputs; ++k)
       for (int lane = 0; lane < 4; ++lane) safe[k][lane] = (special >> lane & 1) != 0 ? padding() : x[k][lane];
-    const Out values = evaluate<has_wide>(f, load(rows(safe), 0, 4));
+    const Out values = evaluate < has_wide ? Way::wide : Way::fast > (f, load(rows(safe), 0, 4));
     if constexpr (marks_results) special |= lane_bits(special_results(f, values));
     R y[F::outputs][4];
     for (int k = 0; k < F::outputs; ++k) values[k].store(y[k], 4);

@@ -67,6 +67,11 @@ ORIN_INLINE Vec4f look_up(const float* table, LaneIndices<count, 4> index) {
   };
   return _mm_movelh_ps(pair(0, 1), pair(2, 3));
 }
+template <int count>
+ORIN_INLINE Vec2l look_up(const long long* table, LaneIndices<count, 2> index) {
+  const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(table + index.of[0]));
+  return _mm_castps_si128(_mm_loadh_pi(_mm_castsi128_ps(low), reinterpret_cast<const __m64*>(table + index.of[1])));
+}
 // From a table of pairs: the first of each, and the second of each.
 struct PairsOfVec2d {
   Vec2d first, second;

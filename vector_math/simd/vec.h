@@ -168,6 +168,16 @@ struct TwoVec2d {
   Vec2d low, high;
 };
 ORIN_INLINE TwoVec2d widen(Vec4f a) { return {_mm_cvtps_pd(a.raw), _mm_cvtps_pd(_mm_movehl_ps(a.raw, a.raw))}; }
+// The same where shuffles are short: a conversion of what memory holds needs none.
+ORIN_INLINE TwoVec2d widen_through_memory(Vec4f a) {
+  alignas(16) float memory[4];
+  _mm_store_ps(memory, a.raw);
+  asm("" : "+m"(memory));
+  const auto two = [&](const float* from) __attribute__((always_inline)) {
+    return _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from))));
+  };
+  return {two(memory), two(memory + 2)};
+}
 ORIN_INLINE Vec4f narrow(TwoVec2d a) { return _mm_movelh_ps(_mm_cvtpd_ps(a.low.raw), _mm_cvtpd_ps(a.high.raw)); }
 
 // Integers as doubles, exactly.

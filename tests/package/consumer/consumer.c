@@ -1,4 +1,4 @@
-/* consumer: uses one function of each of the three DLLs, as plain C, and checks what it gets.
+/* consumer: uses functions of each of the three DLLs and tables, as plain C, and checks what it gets.
  * SPDX-License-Identifier: MIT */
 #include <math.h>
 #include <stdio.h>
@@ -19,6 +19,7 @@ int main(void) {
   printf("exp 0 = %.17g, exp 1 = %.17g; factor %g %g %g\n", x[0], x[1], factor[0], factor[1], factor[3]);
   if (x[0] != 1 || fabs(x[1] - 2.718281828459045) > 1e-15) return 2;
   if (info != 0 || factor[0] != 2 || factor[1] != 1 || factor[3] != 2) return 3;
+  if (orin_kor_kernel_dExp_ctab[1] <= 0 || __RegBrngsNew[0].WordBytes != 4) return 4;
   orin_serv_deallocate(x);
   return 0;
 }

@@ -98,6 +98,11 @@ TEST(Partition, IsRefusedByFamiliesThatCannot) {
     for (const int32_t method : {-1, 3, 100}) {
       EXPECT_EQ(__RegBrngsNew[family].InitStream(method, stream.get(), 2, params), JUN_RNG_BAD_METHOD) << method;
     }
+    if (family < 9 || family == 12) {
+      double r = 0;
+      EXPECT_EQ(__RegBrngsNew[family].dBRng(nullptr, 1, &r, 0, 1), JUN_RNG_NULL_POINTER);
+      EXPECT_EQ(__RegBrngsNew[family].iBRng(stream.get(), 1, nullptr), JUN_RNG_NULL_POINTER);
+    }
     const int32_t refusal[] = {0, can('l') ? 0 : JUN_RNG_NO_LEAPFROG, can('s') ? 0 : JUN_RNG_NO_SKIP_AHEAD};
     for (int32_t method = 0; method <= 2; ++method) {
       const int32_t expected = refusal[method] != 0 ? refusal[method] : JUN_RNG_NULL_POINTER;

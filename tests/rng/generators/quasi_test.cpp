@@ -98,7 +98,8 @@ TEST(Quasi, LeapfrogSelectsACoordinateFromTheNextPointOn) {
   }
 }
 
-// Skips count outputs; after 2^32 points, the zero point included, the sequence repeats.
+// Skips count outputs; after 2^32 points, the zero point included, the sequence repeats. Floats are rounded once on
+// both sides of the end, with all 32 bits set before it and few after.
 TEST(Quasi, FarSkipsAndTheEndOfThePeriod) {
   for (const Sequence& s : sequences) {
     for (const uint32_t d : {1U, 3U, 10U, 33U, s.most}) {
@@ -106,7 +107,11 @@ TEST(Quasi, FarSkipsAndTheEndOfThePeriod) {
       const uint64_t period = d * (uint64_t{1} << 32);
       const uint64_t to = period - 200 * uint64_t{d} + 2 % d;
       ASSERT_EQ(__junSkipAheadStream(stream.get(), to - d), JUN_RNG_OK);  // the zero point was never delivered
+      const Stream same = copy_of(stream);
       const std::vector<uint32_t> x = raw(stream, 400 * std::size_t{d});
+      const std::vector<float> u = uniforms<float>(same, x.size());
+      for (std::size_t k = 0; k < x.size(); ++k)
+        ASSERT_EQ(u[k], std::min(static_cast<float>(x[k] * 0x1p-32), 1 - 0x1p-24f)) << d << ' ' << k;
       for (std::size_t k = 0; k < x.size(); k += 37) {
         const uint64_t output = (to + k) % period;
         ASSERT_EQ(x[k], point(s.columns(static_cast<uint32_t>(output % d)), static_cast<uint32_t>(output / d)))
@@ -185,19 +190,16 @@ TEST(Quasi, FailedAllocationsAreReportedAndNothingIsLost) {
     const uint32_t dimension = 20;
     const std::vector<uint32_t> expected = raw(new_stream(s.brng, {dimension}), 100);
     const long live = faulty_core::live_blocks();
-    long failures = 0;
-    for (;; ++failures) {
+    const long failures = faulty_core::fail_each([&](bool) {
       void* stream = nullptr;
-      faulty_core::fail_at(failures);
       const int32_t status = __junNewStreamEx(&stream, s.brng, 1, &dimension);
-      faulty_core::fail_at(-1);
+      const bool failed = status != JUN_RNG_OK;
+      EXPECT_EQ(status, failed ? JUN_RNG_NO_MEMORY : JUN_RNG_OK);
       const Stream owner(stream);
-      if (status == JUN_RNG_OK) break;
-      EXPECT_EQ(status, JUN_RNG_NO_MEMORY);
-      if (stream != nullptr) {
+      if (failed && stream != nullptr) {
         EXPECT_EQ(raw(owner, 100), expected);  // the tables come when memory does
       }
-    }
+    });
     EXPECT_EQ(failures, s.brng == JUN_BRNG_SOBOL ? 5 : 3);  // stream, and record and data of each table
     EXPECT_EQ(faulty_core::live_blocks(), live);
   }

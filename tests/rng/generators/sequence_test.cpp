@@ -1,5 +1,5 @@
-// sequence_test: every family delivers its sequence, value by value, however the calls are cut and wherever the array
-// lies. SPDX-License-Identifier: MIT
+// sequence_test: every family delivers its sequence, value by value, wherever calls are cut and arrays lie.
+// SPDX-License-Identifier: MIT
 #include <emmintrin.h>
 #include <gtest/gtest.h>
 
@@ -20,8 +20,12 @@ using namespace references;
 
 class Sequence : public testing::TestWithParam<Family> {
  protected:
+  void TearDown() override { EXPECT_EQ(faulty_core::live_blocks(), blocks_); }
   Stream stream() const { return new_stream(GetParam().brng, GetParam().seeds); }
   JunBrngProperties row() const { return row_of(GetParam().brng); }
+
+ private:
+  const long blocks_ = faulty_core::live_blocks();
 };
 
 INSTANTIATE_TEST_SUITE_P(Families, Sequence, testing::ValuesIn(families()),
@@ -41,59 +45,38 @@ TEST_P(Sequence, RawOutputsFollowTheRecurrence) {
   }
 }
 
-// u to a + (b - a) u, each operation rounded; a result that rounds to b becomes the value below it.
-template <class T>
-T mapped(T u, T a, T b) {
-  const T product = (b - a) * u, r = a + product;
-  return a < b ? std::min(r, std::nextafter(b, a)) : r;
-}
-
-template <class T>
-void expect_mapped(const Family& family, const std::vector<std::pair<T, T>>& intervals) {
-  const std::vector<T> u = uniforms<T>(new_stream(family.brng, family.seeds), 4001);
-  for (const auto& [a, b] : intervals) {
-    const std::vector<T> r = uniforms<T>(new_stream(family.brng, family.seeds), u.size(), a, b);
-    for (std::size_t k = 0; k < u.size(); ++k) ASSERT_EQ(r[k], mapped(u[k], a, b)) << k << " on " << a << ", " << b;
-  }
-}
-
-// Wide and narrow intervals, some with nothing or little between their ends, empty and reversed ones.
-TEST_P(Sequence, UniformsOfAnyIntervalAreMapped) {
-  expect_mapped<float>(GetParam(), {{-3, 5},
-                                    {1e-3f, 1e6f},
-                                    {1, std::nextafter(1.0f, 2.0f)},
-                                    {-1, -1 + 0x1p-22f},
-                                    {-0x1p-149f, 0},
-                                    {-1e38f, 2e38f},
-                                    {2.5f, 2.5f},
-                                    {5, 3}});
-  if (GetParam().name == "MCG31M1") return;  // whose doubles have a formula of their own
-  expect_mapped<double>(GetParam(), {{-3, 5},
-                                     {-1e-290, 1e-290},
-                                     {1, std::nextafter(1.0, 2.0)},
-                                     {0x1p52, 0x1p52 + 3},
-                                     {-0x1p-1074, 0},
-                                     {0, 0x1p-1074},
-                                     {-1e308, 0.5e308},
-                                     {2.5, 2.5},
-                                     {5, 3}});
-}
-
 // The one rounding of a number of [0, 1); what rounds to 1 becomes the value below.
 template <class T>
 T rounded(long double u) {
   return std::min(static_cast<T>(u), std::nextafter(T{1}, T{0}));
 }
 
-// Outputs of a list, as they come first from a stream: with so few of them, and with the same in front of many more.
+// u to a + (b - a) u, each operation rounded; a result that rounds to b becomes the value below it. Wide and narrow
+// intervals, some with nothing or little between their ends, empty and reversed ones.
 template <class T>
-T first_uniform(int32_t brng, const std::vector<uint32_t>& seeds) {
-  const T r = uniforms<T>(new_stream(brng, seeds), 1)[0];
-  EXPECT_EQ(uniforms<T>(new_stream(brng, seeds), 40)[0], r);
-  return r;
+void expect_mapped(const Family& family, const std::vector<T>& u) {
+  using Limits = std::numeric_limits<T>;
+  constexpr T least = Limits::denorm_min(), most = Limits::max();
+  const T intervals[][2] = {{-3, 5},
+                            {T(1e-3), T(1e6)},
+                            {1, 1 + Limits::epsilon()},
+                            {-1, -1 + Limits::epsilon()},
+                            {-least, 0},
+                            {0, least},
+                            {-most / 3, most / 2},
+                            {1 / Limits::epsilon(), most},
+                            {2.5, 2.5},
+                            {5, 3}};
+  for (const auto& [a, b] : intervals) {
+    const std::vector<T> r = uniforms<T>(new_stream(family.brng, family.seeds), 4001, a, b);
+    for (std::size_t k = 0; k < r.size(); ++k) {
+      const T product = (b - a) * u[k], mapped = a + product;
+      ASSERT_EQ(r[k], a < b ? std::min(mapped, std::nextafter(b, a)) : mapped) << k << " on " << a << ", " << b;
+    }
+  }
 }
 
-TEST_P(Sequence, UnitUniformsAreRoundedOnce) {
+TEST_P(Sequence, UniformsAreRoundedOnceAndMapped) {
   const Generator next = GetParam().start();
   const std::vector<double> r = uniforms<double>(stream(), length);
   const std::vector<float> s = uniforms<float>(stream(), length);
@@ -109,6 +92,16 @@ TEST_P(Sequence, UnitUniformsAreRoundedOnce) {
       ASSERT_EQ(r[k], rounded<double>(u)) << k;
     }
   }
+  expect_mapped(GetParam(), s);
+  if (name != "MCG31M1") expect_mapped(GetParam(), r);
+}
+
+// Outputs of a list, as they come first from a stream: with so few of them, and with the same in front of many more.
+template <class T>
+T first_uniform(int32_t brng, const std::vector<uint32_t>& seeds) {
+  const T r = uniforms<T>(new_stream(brng, seeds), 1)[0];
+  EXPECT_EQ(uniforms<T>(new_stream(brng, seeds), 40)[0], r);
+  return r;
 }
 
 // Numbers whose rounding is hard: halfway and next to it, with any number of leading zeros, nearly 0 and nearly 1.
@@ -158,25 +151,33 @@ TEST(Rounding, HardCases) {
   }
 }
 
-// Calls of all lengths and kinds in a random order, into arrays between guard pages at every 4-byte alignment.
-TEST_P(Sequence, CutsAlignmentsAndKindsOfCallsDoNotMatter) {
+// Calls of all lengths and kinds in a random order, negative ones too, into arrays between guard pages at every 4-byte
+// alignment, under all floating-point modes of the caller: rounding down, up and towards zero, subnormals flushed.
+TEST_P(Sequence, CutsAlignmentsKindsAndModesOfCallsDoNotMatter) {
   const std::size_t words = GetParam().words, per_raw = GetParam().outputs_per_raw;
-  const std::vector<double> d = uniforms<double>(stream(), length, -2.0, 3.0);
+  const std::vector<double> d = uniforms<double>(stream(), length, 1e-308, 1.5e-308);
   const std::vector<float> s = uniforms<float>(stream(), length, -2.0f, 3.0f);
   const std::vector<uint32_t> w = raw(stream(), length, words * per_raw);
   const Stream cut = stream();
   std::mt19937 random(static_cast<uint32_t>(GetParam().brng));
+  const uint32_t defaults = _mm_getcsr() & ~0x3fU, modes[] = {0, 0x2000, 0x4000, 0x6000, 0x8040};
   std::size_t place = 0;
   for (int call = 0; place + 4 * 900 < length; ++call) {
     const std::size_t n = random() % (call % 8 == 0 ? 900 : call % 2 == 0 ? 70 : 10), offset = 4 * (random() % 4);
-    const auto count = static_cast<int32_t>(n);
+    const int32_t none[] = {0, -1, std::numeric_limits<int32_t>::min()};
+    const auto count = n != 0 ? static_cast<int32_t>(n) : none[random() % 3];
     const auto expect = [&]<class T>(const T* expected, std::size_t elements, auto fill) {
       GuardedArray<T> r(elements, call % 3 == 0 ? GuardedArray<T>::at_start : GuardedArray<T>::at_end, offset);
-      ASSERT_EQ(fill(r.data()), JUN_RNG_OK);
+      const uint32_t mode = defaults | modes[random() % 5];
+      _mm_setcsr(mode);
+      const int32_t status = fill(r.data());
+      const uint32_t after = _mm_getcsr() & ~0x3fU;
+      _mm_setcsr(defaults);
+      ASSERT_TRUE(status == JUN_RNG_OK && after == mode) << call;
       ASSERT_TRUE(std::memcmp(r.data(), expected, elements * sizeof(T)) == 0 && r.surroundings_intact()) << call;
     };
     const auto kind = random() % 3;
-    if (kind == 0) expect(&d[place], n, [&](double* r) { return row().dBRng(cut.get(), count, r, -2, 3); });
+    if (kind == 0) expect(&d[place], n, [&](double* r) { return row().dBRng(cut.get(), count, r, 1e-308, 1.5e-308); });
     if (kind == 1) expect(&s[place], n, [&](float* r) { return row().sBRng(cut.get(), count, r, -2, 3); });
     if (kind == 2) {
       expect(&w[place * words], n * words * per_raw, [&](uint32_t* r) { return row().iBRng(cut.get(), count, r); });
@@ -184,42 +185,6 @@ TEST_P(Sequence, CutsAlignmentsAndKindsOfCallsDoNotMatter) {
     ASSERT_FALSE(HasFatalFailure());
     place += kind == 2 ? n * per_raw : n;
   }
-}
-
-TEST_P(Sequence, TheCallersFloatingPointModesDoNotMatter) {
-  const uint32_t defaults = _mm_getcsr() & ~0x3fU;
-  const Stream plain = stream(), modes = stream();
-  for (const uint32_t mode : {0x2000U, 0x4000U, 0x6000U, 0x8040U}) {  // down, up, towards zero; flush to zero
-    const std::vector<double> d = uniforms<double>(plain, 3000, 1e-308, 1.5e-308);
-    const std::vector<float> s = uniforms<float>(plain, 3000);
-    const std::vector<uint32_t> w = raw(plain, 3000, GetParam().words * GetParam().outputs_per_raw);
-    _mm_setcsr(defaults | mode);
-    const std::vector<double> md = uniforms<double>(modes, 3000, 1e-308, 1.5e-308);
-    const std::vector<float> ms = uniforms<float>(modes, 3000);
-    const std::vector<uint32_t> mw = raw(modes, 3000, GetParam().words * GetParam().outputs_per_raw);
-    const uint32_t after = _mm_getcsr() & ~0x3fU;
-    _mm_setcsr(defaults);
-    EXPECT_EQ(after, defaults | mode);
-    EXPECT_TRUE(std::memcmp(d.data(), md.data(), d.size() * sizeof d[0]) == 0);
-    EXPECT_EQ(s, ms);
-    EXPECT_EQ(w, mw);
-  }
-}
-
-TEST_P(Sequence, NothingIsWrittenForNoOutputs) {
-  const Stream whole = stream(), cut = stream();
-  double r = 7;
-  float s = 7;
-  uint32_t w = 7;
-  for (const int32_t n : {0, -1, std::numeric_limits<int32_t>::min()}) {
-    EXPECT_EQ(row().dBRng(cut.get(), n, &r, 0, 1), JUN_RNG_OK);
-    EXPECT_EQ(row().sBRng(cut.get(), n, &s, 0, 1), JUN_RNG_OK);
-    EXPECT_EQ(row().iBRng(cut.get(), n, &w), JUN_RNG_OK);
-  }
-  EXPECT_TRUE(r == 7 && s == 7 && w == 7);
-  EXPECT_EQ(uniforms<double>(cut, 10), uniforms<double>(whole, 10));
-  EXPECT_EQ(row().dBRng(nullptr, 1, &r, 0, 1), JUN_RNG_NULL_POINTER);
-  EXPECT_EQ(row().iBRng(cut.get(), 1, nullptr), JUN_RNG_NULL_POINTER);
 }
 
 // The state as any bytes at all: the calls end, and no byte outside the state and the array is touched.
@@ -254,12 +219,6 @@ TEST_P(Sequence, ContinuesWhereverItIsCarried) {
   });
   const std::vector<double> expected = uniforms<double>(s, 3001);
   for (const std::vector<double>& numbers : found) EXPECT_EQ(numbers, expected);
-}
-
-TEST(Memory, NothingIsLeftBehind) {
-  const long before = faulty_core::live_blocks();
-  for (const Family& family : families()) uniforms<double>(new_stream(family.brng, family.seeds), 100);
-  EXPECT_EQ(faulty_core::live_blocks(), before);
 }
 
 }  // namespace
