@@ -310,7 +310,7 @@ ORIN_KOR_COMPLEX_UNARY(Log10)
 ORIN_KOR_COMPLEX_BINARY(Pow)
 ORIN_KOR_COMPLEX_SCALAR(Powx)
 /* Principal inverse functions, cuts and signed zeros as in C Annex G. Atan reports status 2 at +-i, Atanh at +-1; the
- * others nothing. HA within 2.7 ulp of the modulus, Atan and Atanh 2.4. */
+ * others nothing. HA within 3.5 ulp of the modulus, Atan and Atanh 2.4. */
 ORIN_KOR_COMPLEX_UNARY(Atan)
 ORIN_KOR_COMPLEX_UNARY(Atanh)
 ORIN_KOR_COMPLEX_UNARY(Asin)
@@ -322,7 +322,7 @@ ORIN_KOR_COMPLEX_UNARY(Acosh)
  * for single precision, 1.5 ulp for double. */
 ORIN_KOR_COMPLEX_TO_REAL(Abs)
 
-/* r = a/b. HA has each part within 3.3 ulp, without intermediate overflow or underflow, in every grade. Status 1 (NaN)
+/* r = a/b. HA has each part within 3.6 ulp, without intermediate overflow or underflow, in every grade. Status 1 (NaN)
  * for 0/0 and for the quotient of two infinities, 2 (infinite) for a finite a != 0 and b = 0, 3 where a part of the
  * quotient of finite numbers overflows. */
 ORIN_KOR_COMPLEX_BINARY(Div)

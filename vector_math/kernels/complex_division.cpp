@@ -4,7 +4,7 @@
 // Method    a conj(b)/|b|^2. LA, EP the formula in their own precision; HA single in double; HA double the numerator by
 //           complex_products.h, |b|^2 with exact squares of leading halves. Where the larger part of a or b is beyond 2^+-400 (single
 //           LA, EP: 2^+-30) both are scaled by powers of two, one by one
-// Bounds    each part HA 3.3 ulp double, 0.51 single; LA 6 ulp of the modulus; EP the same
+// Bounds    each part HA 3.6 ulp double, 0.51 single; LA 6 ulp of the modulus; EP the same
 // Budget    HA double in units of rounding: numerator 2, |b|^2 and quotient 1 each
 // Special   C Annex G. b = 0: a finite and not 0 -> infinite, status 2; a = 0 -> NaN, status 1; a infinite -> infinite.
 //           Both infinite -> NaN, status 1; finite/infinite -> 0, infinite/finite -> infinite, NaN else, no status.

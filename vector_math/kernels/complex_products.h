@@ -44,8 +44,12 @@ struct Factors {
   explicit ORIN_INLINE Factors(Complex<Vec2d> a) : re(a.re), im(a.im) {}
 };
 ORIN_INLINE Complex<Vec2d> product_by_pairs(const Factors& a, const Factors& b) {
+  // The largest numbers would round to infinity.
+  static constexpr struct { Constant<double> least = -0x1.ffffff8p1023, largest = 0x1.ffffff8p1023; } halves{};
   const auto evenly = [](const Factor& x) __attribute__((always_inline)) {
-    return Factor(x.whole, split_evenly(x.whole));
+    const auto& c = in_memory(halves);
+    const Vec2d high = min(max(split_evenly(x.whole).high, c.least), c.largest);
+    return Factor(x.whole, DoubleDouble{high, x.whole - high});
   };
   const Factor x = evenly(a.re), y = evenly(a.im), u = evenly(b.re), v = evenly(b.im);
   const DoubleDouble xu = product_pair(x, u), yv = product_pair(y, v);
