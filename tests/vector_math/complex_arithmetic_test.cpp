@@ -158,4 +158,28 @@ TYPED_TEST(ComplexArithmetic, Conjugate) {
                               });
 }
 
+// Parts that cancel to 2^-59 and 2^-65 of the products, where the exact part is a double.
+TEST(ComplexProducts, KeepPartsThatCancel) {
+  struct Line {
+    KorComplex16 a, b;
+    double re;
+  };
+  constexpr Line lines[] = {
+      {{0x1.285e61652671bp+3, -0x1.c8320d51300abp+2},
+       {0x1.19ba1e76e324dp+3, -0x1.6e0caaa7cf27dp+3},
+       -0x1.5c33bac19d04p-53},
+      {{0x1.e70189f301ca5p+1, 0x1.36365c8476341p+3},
+       {-0x1.392df7ff50c6bp+3, -0x1.ebaa0e2bce972p+1},
+       -0x1.ba50402c828p-59},
+  };
+  for (const Line& line : lines) {
+    KorComplex16 product, by_conjugate;
+    const KorComplex16 conjugate{line.b.re, -line.b.im};
+    _korzMul(1, &line.a, &line.b, &product);
+    _korzMulByConj(1, &line.a, &conjugate, &by_conjugate);
+    EXPECT_EQ(product.re, line.re);
+    EXPECT_EQ(by_conjugate.re, line.re);
+  }
+}
+
 }  // namespace

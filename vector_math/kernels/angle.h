@@ -26,7 +26,7 @@ inline constexpr float pi_rest<float> = -0x1.777a5cp-24f;
 
 // The angle, less than pi, or pi less it where the mask is set.
 template <Grade grade, class V>
-ORIN_INLINE V on_side(Angle<V> angle, V mask) {
+ORIN_INLINE Angle<V> on_side_in_parts(Angle<V> angle, V mask) {
   using T = typename V::Element;
   static constexpr struct {
     simd::Constant<T> minus_zero = -T(0);
@@ -38,9 +38,14 @@ ORIN_INLINE V on_side(Angle<V> angle, V mask) {
   const V low = angle.low ^ sign;
   const V base = mask & c.pi;
   const V sum = base + high;
-  if constexpr (grade != Grade::ha) return sum + low;
+  if constexpr (grade != Grade::ha) return {sum, low};
   const V rest = ((base - sum) + high) + (mask & c.pi_rest);
-  return sum + (rest + low);
+  return {sum, rest + low};
+}
+template <Grade grade, class V>
+ORIN_INLINE V on_side(Angle<V> angle, V mask) {
+  const Angle<V> parts = on_side_in_parts<grade>(angle, mask);
+  return parts.high + parts.low;
 }
 
 }  // namespace orin::vector_math

@@ -14,6 +14,7 @@
 
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include "vector_math/kernels/log_base.h"
 #include "vector_math/simd/complex.h"
@@ -43,11 +44,16 @@ struct ComplexInDouble : simd::OneToOne<simd::ComplexOf<T>> {
     if constexpr (sizeof(T) == 8) {
       return F::template of<grade>(z);
     } else {
-      const simd::TwoVec2d re = widen(z.re), im = widen(z.im);
-      const ComplexD low = F::template of<grade>(ComplexD{re.low, im.low});
-      const ComplexD high = F::template of<grade>(ComplexD{re.high, im.high});
-      return {simd::narrow({low.re, high.re}), simd::narrow({low.im, high.im})};
+      const auto [low, high] = widened(z);
+      return narrowed({F::template of<grade>(low), F::template of<grade>(high)});
     }
+  }
+  static ORIN_INLINE simd::Two<ComplexD> widened(simd::Complex<V> z) {
+    const simd::TwoVec2d re = widen(z.re), im = widen(z.im);
+    return {{re.low, im.low}, {re.high, im.high}};
+  }
+  static ORIN_INLINE simd::Complex<V> narrowed(const simd::Two<ComplexD>& z) {
+    return {simd::narrow({z.first.re, z.second.re}), simd::narrow({z.first.im, z.second.im})};
   }
   static simd::Outcome<Z> special(Z z) {
     const simd::Outcome<KorComplex16> outcome = F::template special<grade>(KorComplex16{z.re, z.im});
@@ -55,20 +61,46 @@ struct ComplexInDouble : simd::OneToOne<simd::ComplexOf<T>> {
   }
 };
 
+// F has, in the place of `of`, Half, first_half<grade>(z) and second_half<grade>(half).
+template <class F, class T, Grade grade>
+struct ComplexInHalves : ComplexInDouble<F, T, grade> {
+  using Base = ComplexInDouble<F, T, grade>;
+  using typename Base::V;
+  static constexpr bool is_double = sizeof(T) == 8;
+  using Half = std::conditional_t<is_double, typename F::Half, simd::Two<typename F::Half>>;
+
+  static ORIN_INLINE Half first_half(simd::Complex<V> z) {
+    if constexpr (is_double) {
+      return F::template first_half<grade>(z);
+    } else {
+      const auto [low, high] = Base::widened(z);
+      return {F::template first_half<grade>(low), F::template first_half<grade>(high)};
+    }
+  }
+  static ORIN_INLINE simd::Complex<V> second_half(const Half& half) {
+    if constexpr (is_double)
+      return F::template second_half<grade>(half);
+    else
+      return Base::narrowed({F::template second_half<grade>(half.first), F::template second_half<grade>(half.second)});
+  }
+};
+
 // The kernels of a function: double in three grades, single in one.
-#define ORIN_COMPLEX_IN_DOUBLE(name, F)                                                \
+#define ORIN_COMPLEX_KERNELS(name, Frame, F)                                           \
   void ORIN_CALL name##_c(std::int32_t n, const KorComplex8* a, KorComplex8* r) {      \
-    elementwise<ComplexInDouble<F, float, Grade::ep>>({}, n, {a}, {r});                \
+    elementwise<Frame<F, float, Grade::ep>>({}, n, {a}, {r});                          \
   }                                                                                    \
   void ORIN_CALL name##_z_la(std::int32_t n, const KorComplex16* a, KorComplex16* r) { \
-    elementwise<ComplexInDouble<F, double, Grade::la>>({}, n, {a}, {r});               \
+    elementwise<Frame<F, double, Grade::la>>({}, n, {a}, {r});                         \
   }                                                                                    \
   void ORIN_CALL name##_z_ha(std::int32_t n, const KorComplex16* a, KorComplex16* r) { \
-    elementwise<ComplexInDouble<F, double, Grade::ha>>({}, n, {a}, {r});               \
+    elementwise<Frame<F, double, Grade::ha>>({}, n, {a}, {r});                         \
   }                                                                                    \
   void ORIN_CALL name##_z_ep(std::int32_t n, const KorComplex16* a, KorComplex16* r) { \
-    elementwise<ComplexInDouble<F, double, Grade::ep>>({}, n, {a}, {r});               \
+    elementwise<Frame<F, double, Grade::ep>>({}, n, {a}, {r});                         \
   }
+#define ORIN_COMPLEX_IN_DOUBLE(name, F) ORIN_COMPLEX_KERNELS(name, ComplexInDouble, F)
+#define ORIN_COMPLEX_IN_HALVES(name, F) ORIN_COMPLEX_KERNELS(name, ComplexInHalves, F)
 
 // Silent for NaN.
 inline bool is_infinite(double x) { return __builtin_isgreater(std::fabs(x), std::numeric_limits<double>::max()); }

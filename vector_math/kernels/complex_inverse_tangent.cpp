@@ -1,11 +1,11 @@
 // complex_inverse_tangent: elementwise atanh z and atan z, both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    in the first quadrant, z = x + iy: D = (1 - x)^2 + y^2,
-//           re atanh z = log(1 + 4x/D)/4,  im atanh z = atan2(2y, (1 - x)(1 + x) - y^2)/2
+// Method    in the first quadrant, z = x + iy, d = 1 - x: D = d^2 + y^2,
+//           re atanh z = log(1 + 4x/D)/4,  im atanh z = atan2(2y, 2d - d^2 - y^2)/2
 //           elsewhere by symmetry; atan z = -i atanh(iz); single precision in double by the EP grade
-//           HA takes D, 4x/D and (1 - x)(1 + x) - y^2 as pairs
-// Bounds    in ulp of the modulus: HA 1.2, LA 8; EP 2^-26, 2^-11
+// Bounds    in ulp of the modulus: HA 2.4, LA 8; EP 2^-26, 2^-11
+// Budget    HA  in units of rounding: d^2, D, 4x/D, logarithm; or 2d - d^2 - y^2 1.5, its angle 2
 // Special   C Annex G; +-1 (atan: +-i) -> infinite, status 2; |z| >= 2^250: x/|z|^2 + i pi/2
 // Source    W. Kahan, Branch cuts for complex elementary functions, in The State of the Art in Numerical
 //           Analysis (1987)
@@ -19,43 +19,20 @@ namespace {
 
 using namespace simd;
 
-constexpr struct {
-  Constant<double> zero = 0.0, one = 1.0, half = 0.5, quarter = 0.25, four = 4.0, minus_zero = -0.0;
-} constants{};
+constexpr struct { Constant<double> zero = 0.0, one = 1.0, half = 0.5, quarter = 0.25, four = 4.0; } constants{};
 
 // Both parts of atanh(x + iy) for x, y >= 0.
 template <Grade grade>
 ORIN_INLINE ComplexD in_quadrant(Vec2d x, Vec2d y) {
   const auto& c = in_memory(constants);
-  const Vec2d four_x = x * c.four;
-  const Vec2d twice_y = y + y;
-  if constexpr (grade == Grade::ha) {
-    const DoubleDouble d = two_sum(c.one, x ^ c.minus_zero);
-    const DoubleDouble d2 = two_square(d.high), y2 = two_square(y);
-    const DoubleDouble sum = two_sum(d2.high, y2.high);
-    const Vec2d sum_rest = sum.low + (d2.low + y2.low + (d.high + d.high) * d.low);
-    // 4x/D with one Newton step for the rest.
-    const Vec2d quotient = four_x / sum.high;
-    const DoubleDouble back = two_product(quotient, sum.high);
-    const Vec2d rest = ((four_x - back.high) - back.low - quotient * sum_rest) / sum.high;
-    const OnePlus<Vec2d> u = one_plus(quotient);
-    const Vec2d log = logarithm<grade>(u.sum, u.rest + rest);
-    // 1 - x^2 - y^2, the larger square first.
-    const DoubleDouble x2 = two_square(x);
-    const Vec2d x_larger = x > y;
-    const DoubleDouble first = two_sum(c.one, select(x_larger, x2.high, y2.high) ^ c.minus_zero);
-    const DoubleDouble second = two_sum(first.high, select(x_larger, y2.high, x2.high) ^ c.minus_zero);
-    const Vec2d real = second.high + ((first.low + second.low) - (x2.low + y2.low));
-    const Vec2d angle = on_side<grade>(atan_core::angle<grade>(twice_y, abs(real)), real < c.zero);
-    return {log * c.quarter, angle * c.half};
-  } else {
-    const Vec2d d = c.one - x;
-    const Vec2d y2 = y * y;
-    const OnePlus<Vec2d> u = one_plus(four_x / (d * d + y2));
-    const Vec2d real = d * (c.one + x) - y2;
-    const Vec2d angle = on_side<grade>(atan_core::angle<grade>(twice_y, abs(real)), real < c.zero);
-    return {logarithm<grade>(u.sum, u.rest) * c.quarter, angle * c.half};
-  }
+  const Vec2d d = c.one - x;
+  const Vec2d d2 = d * d, y2 = y * y;
+  Vec2d rest = y2;
+  if constexpr (grade == Grade::ha) rest = rest + (d + d) * ((c.one - d) - x);  // with what d lost
+  const OnePlus<Vec2d> u = one_plus((x * c.four) / (d2 + rest));
+  const Vec2d real = ((d + d) - d2) - y2;
+  const Angle<Vec2d> angle = atan_core::angle_medium<grade>(y + y, abs(real));
+  return {logarithm<grade>(u.sum, u.rest) * c.quarter, on_side<grade>(angle, real < c.zero) * c.half};
 }
 
 // Arguments far from 0, next to 1 and not finite.
@@ -96,51 +73,40 @@ ORIN_INLINE Vec4i special_lanes_of(Vec4i larger, Vec4i polar, Vec4i other) {
   return (larger > c.largest) | ((magnitude(polar) == c.one) & (magnitude(other) < c.little));
 }
 
-struct ComplexAtanh {
-  static constexpr const char* name_c = "vcAtanh";
-  static constexpr const char* name_z = "vzAtanh";
+// atanh z, and turned atan z: with the parts of argument and result exchanged.
+template <bool turned>
+struct ArcTangent {
+  static constexpr const char* name_c = turned ? "vcAtan" : "vcAtanh";
+  static constexpr const char* name_z = turned ? "vzAtan" : "vzAtanh";
   static constexpr double ordinary = 0;
 
+  template <class Z>
+  static ORIN_INLINE Z turn(Z z) {
+    if constexpr (turned) return {z.im, z.re};
+    return z;
+  }
   template <class T>
   static ORIN_INLINE Vec4i special_lanes(Vec4i larger, Complex<Vec4i> z) {
+    z = turn(z);
     return special_lanes_of<T>(larger, z.re, z.im);
   }
   template <Grade grade>
   static ORIN_INLINE ComplexD of(ComplexD z) {
+    z = turn(z);
     const ComplexD value = in_quadrant<grade>(abs(z.re), abs(z.im));
-    return {with_sign_of(value.re, z.re), with_sign_of(value.im, z.im)};
+    return turn(ComplexD{with_sign_of(value.re, z.re), with_sign_of(value.im, z.im)});
   }
   template <Grade grade>
   static Outcome<KorComplex16> special(KorComplex16 z) {
+    z = turn(z);
     const auto [value, status] = special_in_quadrant<grade>(std::fabs(z.re), std::fabs(z.im));
-    return {{{std::copysign(value[0].re, z.re), std::copysign(value[0].im, z.im)}}, status};
-  }
-};
-
-struct ComplexAtan {
-  static constexpr const char* name_c = "vcAtan";
-  static constexpr const char* name_z = "vzAtan";
-  static constexpr double ordinary = 0;
-
-  template <class T>
-  static ORIN_INLINE Vec4i special_lanes(Vec4i larger, Complex<Vec4i> z) {
-    return special_lanes_of<T>(larger, z.im, z.re);
-  }
-  template <Grade grade>
-  static ORIN_INLINE ComplexD of(ComplexD z) {
-    const ComplexD value = in_quadrant<grade>(abs(z.im), abs(z.re));
-    return {with_sign_of(value.im, z.re), with_sign_of(value.re, z.im)};
-  }
-  template <Grade grade>
-  static Outcome<KorComplex16> special(KorComplex16 z) {
-    const auto [value, status] = special_in_quadrant<grade>(std::fabs(z.im), std::fabs(z.re));
-    return {{{std::copysign(value[0].im, z.re), std::copysign(value[0].re, z.im)}}, status};
+    return {{turn(KorComplex16{std::copysign(value[0].re, z.re), std::copysign(value[0].im, z.im)})}, status};
   }
 };
 
 }  // namespace
 
-ORIN_COMPLEX_IN_DOUBLE(atanh, ComplexAtanh)
-ORIN_COMPLEX_IN_DOUBLE(atan, ComplexAtan)
+ORIN_COMPLEX_IN_DOUBLE(atanh, ArcTangent<false>)
+ORIN_COMPLEX_IN_DOUBLE(atan, ArcTangent<true>)
 
 }  // namespace orin::vector_math

@@ -1,9 +1,9 @@
 // complex_logarithm: elementwise log z and log10 z, both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    log |z| + i arg z by modulus_log.h, point_angle.h; base 10 times 1/ln 10, in HA as a pair
+// Method    log |z| + i arg z by modulus_log.h, point_angle.h; base 10 times 1/ln 10
 //           single precision in double by the EP grade
-// Bounds    in ulp of the modulus: HA log 1, log10 1.5, each part within it; LA 8; EP 2^-26, 2^-11
+// Bounds    in ulp of the modulus: HA log 1.5, log10 2.6, whose base is a rounding of its own; LA 8; EP 2^-26, 2^-11
 // Special   C Annex G; 0 -> -inf + i arg, status 2
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/complex_in_double.h"
@@ -14,10 +14,6 @@ namespace orin::vector_math {
 namespace {
 
 using namespace simd;
-
-constexpr struct {
-  Constant<double> high = 0x1.bcb7b1526e50ep-2, low = 0x1.95355baaafad3p-57;  // 1/ln 10
-} inverse_ln10{};
 
 template <Base base>
 struct ComplexLogarithm {
@@ -33,27 +29,24 @@ struct ComplexLogarithm {
       return outside<0x00800000, 0x7f7fffff>(larger);
   }
 
-  template <Grade grade>
   static ORIN_INLINE Vec2d in_base(Vec2d log) {
     if constexpr (base == Base::e) return log;
-    const auto& c = in_memory(inverse_ln10);
-    const Vec2d product = log * c.high;
-    if constexpr (grade != Grade::ha) return product;
-    return product + log * c.low;
+    static constexpr Constant<double> inverse_ln10 = 0x1.bcb7b1526e50ep-2;
+    return log * in_memory(inverse_ln10);
   }
   template <Grade grade>
   static ORIN_INLINE ComplexD of(ComplexD z) {
-    return {in_base<grade>(modulus_log<grade>(z.re, z.im)),
-            in_base<grade>(PointAngle<double, grade>::fast(z.im, z.re))};
+    const Angle<Vec2d> angle = PointAngle<double, grade>::medium(z.im, z.re);
+    return {in_base(modulus_log<grade>(z.re, z.im)), with_sign_of(in_base(angle.high) + in_base(angle.low), z.im)};
   }
 
   template <Grade grade>
   static Outcome<KorComplex16> special(KorComplex16 z) {
-    const double angle = first_lane(in_base<grade>(Vec2d(PointAngle<double, grade>::special(z.im, z.re))));
+    const double angle = first_lane(in_base(Vec2d(PointAngle<double, grade>::special(z.im, z.re))));
     if (z.re == 0 && z.im == 0) return {{{-infinite, angle}}, KOR_STATUS_SING};
     if (is_infinite(z.re) || is_infinite(z.im)) return {{{infinite, angle}}, KOR_STATUS_OK};
     if (is_nan(z.re) || is_nan(z.im)) return {{{angle, angle}}, KOR_STATUS_OK};
-    return {{{first_lane(in_base<grade>(Vec2d(far_modulus_log<grade>(z.re, z.im)))), angle}}, KOR_STATUS_OK};
+    return {{{first_lane(in_base(Vec2d(far_modulus_log<grade>(z.re, z.im)))), angle}}, KOR_STATUS_OK};
   }
 };
 

@@ -67,7 +67,7 @@ struct LogPair {
 template <int scaled>
 ORIN_INLINE LogPair log_pair(ComplexD z) {
   const auto& k = in_memory(constants);
-  const DoubleDouble square = modulus_squared<Grade::ha>(z.re, z.im);
+  const DoubleDouble square = modulus_squared_pair(z.re, z.im);
   const DoubleDouble log = log_d::logarithm_pair<2 * scaled>(square.high);
   const Vec2d half_rest = square.low / square.high;
   const DoubleDouble modulus = two_sum(log.high * k.half, (log.low + half_rest) * k.half);
@@ -101,10 +101,7 @@ ORIN_INLINE Exponent exponent(ComplexD z, ComplexD w) {
     const Halves c(w.re), d(w.im), minus_d(w.im ^ Vec2d(in_memory(constants).minus_zero)), l(log.modulus), t(log.angle);
     return {sum_of_products(c, l, minus_d, t), sum_of_products(c, t, d, l)};
   } else {
-    const DoubleDouble square = modulus_squared<Grade::la>(z.re, z.im);
-    Vec2d l = logarithm<Grade::la>(square.high, square.low);
-    if constexpr (scaled != 0) l = logarithm<Grade::la, Base::e, 2 * scaled>(square.high);
-    l = l * in_memory(constants).half;
+    const Vec2d l = modulus_log<Grade::la>(z.re, z.im);
     const Vec2d t = PointAngle<double, Grade::la>::fast(z.im, z.re);
     const Vec2d none = 0.0;
     return {{w.re * l - w.im * t, none}, {w.re * t + w.im * l, none}};

@@ -35,19 +35,28 @@ ORIN_INLINE DoubleDouble split(Vec2d a) {
   return {high, a - high};
 }
 
+// a as 26 bits, rounded, and the rest of at most 26 with a sign: all products of such parts are exact.
+ORIN_INLINE DoubleDouble split_evenly(Vec2d a) {
+  static constexpr struct { Constant<std::int64_t> leading = -(INT64_C(1) << 27), half = INT64_C(1) << 26; } bits_of{};
+  const auto& c = in_memory(bits_of);
+  const Vec2d high = from_bits((bits(a) + c.half) & c.leading);
+  return {high, a - high};
+}
+
 // a b exactly, unless the low part underflows. The low part is exact but for the product of the two rests, which has
-// up to 54 bits: off by at most u^3 |a b|.
+// up to 54 bits: off by at most u^2 |a b|.
 ORIN_INLINE DoubleDouble two_product(Vec2d a, Vec2d b) {
   const DoubleDouble x = split(a);
   const DoubleDouble y = split(b);
   const Vec2d product = a * b;
   return {product, ((x.high * y.high - product) + x.high * y.low + x.low * y.high) + x.low * y.low};
 }
-ORIN_INLINE DoubleDouble two_square(Vec2d a) {
-  const DoubleDouble x = split(a);
+// a^2, a given in halves, too; with even ones exactly.
+ORIN_INLINE DoubleDouble two_square(Vec2d a, DoubleDouble x) {
   const Vec2d square = a * a;
   return {square, ((x.high * x.high - square) + (x.high + x.high) * x.low) + x.low * x.low};
 }
+ORIN_INLINE DoubleDouble two_square(Vec2d a) { return two_square(a, split(a)); }
 
 }  // namespace orin::vector_math::simd
 

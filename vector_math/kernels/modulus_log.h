@@ -2,9 +2,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    M, m the larger and the smaller of |x|, |y|
-//           HA      M^2 + m^2 = s + rest exactly but for 2^-105;  log |z| = log(s + rest)/2
-//           LA, EP  M >= 1/2: 1 + t, t = (M - 1)(M + 1) + m^2, whose error is small beside |z - 1| wherever log |z| is;
-//                   below, M^2 + m^2 as it is
+//           log |z| = log(s + rest)/2, s + rest = M'^2 + (2 M' (M - M') + ((M - M')^2 + m^2)), M' the first bits of M;
+//           HA next to |z| = 1 to 2^-105
 // Arguments M within 2^-450 .. 2^400; far_modulus_log takes all others
 #ifndef ORIN_VECTOR_MATH_KERNELS_MODULUS_LOG_H
 #define ORIN_VECTOR_MATH_KERNELS_MODULUS_LOG_H
@@ -15,32 +14,46 @@
 
 namespace orin::vector_math {
 
-inline constexpr struct { simd::Constant<double> half = 0.5, one = 1.0; } modulus_constants{};
+inline constexpr struct {
+  simd::Constant<double> half = 0.5, one = 1.0;
+  simd::Constant<double> near = 0.25;  // of |z|^2 to 1
+} modulus_constants{};
 
-// |z|^2 and what rounding left of it.
-template <Grade grade>
-ORIN_INLINE simd::DoubleDouble modulus_squared(simd::Vec2d x, simd::Vec2d y) {
+// |z|^2 and what rounding left of it, to 2^-105.
+ORIN_INLINE simd::DoubleDouble modulus_squared_pair(simd::Vec2d x, simd::Vec2d y) {
   using namespace simd;
-  const auto& c = in_memory(modulus_constants);
   const Vec2d a = abs(x), b = abs(y);
   const Vec2d larger = max(a, b), smaller = min(a, b);
-  if constexpr (grade == Grade::ha) {
-    const DoubleDouble square = two_square(larger), other = two_square(smaller);
-    const DoubleDouble sum = fast_two_sum(square.high, other.high);
-    return {sum.high, sum.low + (square.low + other.low)};
-  } else {
-    const Vec2d other = smaller * smaller;
-    const OnePlus<Vec2d> near = one_plus((larger - c.one) * (larger + c.one) + other);
-    const Vec2d inside = larger < c.half;
-    return {select(inside, larger * larger + other, near.sum), and_not(inside, near.rest)};
-  }
+  const DoubleDouble square = two_square(larger, split_evenly(larger));
+  const DoubleDouble other = two_square(smaller, split_evenly(smaller));
+  const DoubleDouble sum = fast_two_sum(square.high, other.high);
+  return {sum.high, sum.low + (square.low + other.low)};
 }
 
-// log |z|.
+// |z|^2 as an exact leading part and the rest, rounded: what that loses may show beside 1, but not beside z - 1.
+ORIN_INLINE simd::DoubleDouble modulus_squared(simd::Vec2d x, simd::Vec2d y) {
+  using namespace simd;
+  const Vec2d a = abs(x), b = abs(y);
+  const Vec2d larger = max(a, b), smaller = min(a, b);
+  const auto [leading, last] = split_evenly(larger);  // of a number next to 1 it is 1
+  return {leading * leading, (leading + leading) * last + (last * last + smaller * smaller)};
+}
+
+// log |z|, HA accurate next to |z| = 1, too.
 template <Grade grade>
 ORIN_INLINE simd::Vec2d modulus_log(simd::Vec2d x, simd::Vec2d y) {
-  const simd::DoubleDouble square = modulus_squared<grade>(x, y);
-  return logarithm<grade>(square.high, square.low) * simd::in_memory(modulus_constants).half;
+  using namespace simd;
+  const auto& c = in_memory(modulus_constants);
+  const DoubleDouble parts = modulus_squared(x, y);
+  DoubleDouble square = fast_two_sum(parts.high, parts.low);
+  if constexpr (grade == Grade::ha) {
+    const Vec2d near = abs(square.high - c.one) < c.near;
+    if (lane_bits(near) != 0) [[unlikely]] {
+      const DoubleDouble pair = modulus_squared_pair(x, y);
+      square = {select(near, pair.high, square.high), select(near, pair.low, square.low)};
+    }
+  }
+  return logarithm<grade>(square.high, square.low) * c.half;
 }
 
 // log(2^doubled |z|) of any finite z but 0 that is far from 2^-doubled.

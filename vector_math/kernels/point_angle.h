@@ -35,6 +35,11 @@ struct PointAngle {
     static constexpr simd::Constant<T> zero = 0;
     return with_sign_of(on_side<grade>(atan_core::angle<grade>(abs(y), abs(x)), x < in_memory(zero)), y);
   }
+  // The magnitude in parts, HA to 1.5 ulp.
+  static ORIN_INLINE Angle<V> medium(V y, V x) {
+    static constexpr simd::Constant<T> zero = 0;
+    return on_side_in_parts<grade>(atan_core::angle_medium<grade>(abs(y), abs(x)), x < in_memory(zero));
+  }
 
   // Of any point.
   static ORIN_INLINE T special(T y, T x) {

@@ -21,6 +21,11 @@
 //   beyond_medium(w)       mask of the arguments that medium must not see, those for fast and special ones among them
 //   medium(v)              the value(s) of a register of the others: the bits of wide
 //
+// Where fast is a long chain of roots and quotients, F (of one argument and result) has also
+//   Half                   what the second half of fast needs
+//   first_half(v), second_half(half)    fast(v) = second_half(first_half(v)). A block of groups goes through the first
+//                          half, then through the second: each is short enough for several groups to be under way at once.
+//
 // The loop guarantees: nothing outside the vectors is touched; they need only the alignment of a float; a result vector
 // may be an argument vector; an element's bits depend on its own arguments alone, since a tail and a group with a
 // special lane go through the same fast code on a padded copy; fast never raises a floating-point exception for a lane
@@ -159,6 +164,8 @@ class Elementwise {
     if constexpr (sizeof(R) > sizeof(T))
       if (same(a[0], r[0])) return backwards(f, n, a, r);
     std::int32_t left = n;
+    if constexpr (has_halves)
+      while (left >= 4) left -= 4 * block(f, n - left, left / 4, a, r);
     if constexpr (F::groups_per_step == 2)
       while (left >= 8) left = two_groups(f, n - left, left, a, r);
     while (left > 0) left = group(f, n - left, left, a, r);
@@ -175,6 +182,7 @@ class Elementwise {
   static constexpr bool tests_results = requires(F f, GroupOf<R> y) { f.special_results(y.words()); };
   static constexpr bool marks_results = tests_results || requires { F::marks_results; };
   static constexpr bool has_wide = requires { &F::beyond_fast; };
+  static constexpr bool has_halves = requires { typename F::Half; };
   static constexpr bool has_medium = requires(F f, GroupOf<T> x) { f.beyond_medium(x.words()); };
   static_assert(!marks_results || F::groups_per_step == 1);
 
@@ -199,6 +207,31 @@ class Elementwise {
     }
     return left - 8;
   }
+  // Some of the `groups` next groups from i on: the first half of fast for all of them, then the second. Returns how many.
+  static std::int32_t block(const F& f, std::int32_t i, std::int32_t groups, Arguments a, Results r) {
+    constexpr std::int32_t capacity = 16;
+    Few<typename F::Half, GroupOf<T>::registers> halves[capacity];
+    const std::int32_t most = groups < capacity ? groups : capacity;
+    std::int32_t count = 0;
+    for (; count < most; ++count) {
+      const In x = load(a, i + 4 * count, 4);
+      if (lane_bits(odd_lanes(f, x)) != 0) [[unlikely]]
+        break;
+      halves[count][0] = f.first_half(x.item[0].low);
+      if constexpr (GroupOf<T>::registers == 2) halves[count][1] = f.first_half(x.item[0].high);
+    }
+    for (std::int32_t k = 0; k < count; ++k) {
+      Out y;
+      y[0].low = f.second_half(halves[k][0]);
+      if constexpr (GroupOf<T>::registers == 2) y[0].high = f.second_half(halves[k][1]);
+      store(y, r, i + 4 * k, 4);
+    }
+    if (count == most) [[likely]]
+      return count;
+    group(f, i + 4 * count, 4, a, r);
+    return count + 1;
+  }
+
   // By value, so that the second group is in registers before the first one's lookups go through memory.
   static ORIN_INLINE void evaluate_and_store(const F& f, In x, In next, std::int32_t i, Results r) {
     store(evaluate<Way::fast>(f, x), r, i, 4);
@@ -234,7 +267,7 @@ class Elementwise {
       const In x = load(a, i, left);
       if constexpr (has_medium) {
         if (lane_bits(f.beyond_medium(x.item[0].words())) == 0) [[likely]] {
-          store(evaluate<Way::medium>(f, x), r, i, 4);
+          store(evaluate<Way::medium>(f, x), r, i, left);
           continue;
         }
       }
