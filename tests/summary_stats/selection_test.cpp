@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <ranges>
 
 #include "stats_task.h"
 #include "summary_stats/quicksort.h"
@@ -79,8 +78,8 @@ TYPED_TEST(Selection, FindsEveryRankAndPartitions) {
         const TypeParam found = Entries<TypeParam>::select(n, b.data(), k);
         EXPECT_EQ(found, expected[static_cast<std::size_t>(k)]);
         EXPECT_EQ(found, b[static_cast<std::size_t>(k)]);
-        EXPECT_EQ(found, std::ranges::max(b | std::views::take(k + 1)));
-        EXPECT_EQ(found, std::ranges::min(b | std::views::drop(k)));
+        EXPECT_EQ(found, *std::max_element(b.begin(), b.begin() + k + 1));
+        EXPECT_EQ(found, *std::min_element(b.begin() + k, b.end()));
         EXPECT_EQ(sorted(b), expected);
       }
     }
