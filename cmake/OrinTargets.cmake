@@ -20,8 +20,9 @@ if(ORIN_SANITIZE)
   target_compile_options(orin_arithmetic INTERFACE -fsanitize=${ORIN_SANITIZE} -fno-omit-frame-pointer -O1 -g1)
   target_link_options(orin_arithmetic INTERFACE -fsanitize=${ORIN_SANITIZE})
   if(ORIN_SANITIZE MATCHES undefined)
-    # Arrays need an alignment of 4 bytes only, arrays of doubles too: that is not a fault.
-    target_compile_options(orin_arithmetic INTERFACE -fno-sanitize-recover=all -fno-sanitize=alignment)
+    # Arrays need an alignment of 4 bytes only, arrays of doubles too: that is not a fault. A null pointer faults by itself,
+    # and its checks take a third of the time to compile.
+    target_compile_options(orin_arithmetic INTERFACE -fno-sanitize-recover=all -fno-sanitize=alignment,null)
   endif()
 endif()
 if(WIN32)
