@@ -1,5 +1,5 @@
 // complex_values_test: complex functions at the values of C Annex G, on their cuts and at their poles; symmetries;
-// powers that are known exactly.
+// powers that are known exactly, tiny angles, results next to +-1.
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
@@ -332,6 +332,40 @@ TYPED_TEST(ComplexValues, PowersOfOnePlusI) {
       EXPECT_TRUE(small.re != 0 || small.im != 0);
     });
   }
+}
+
+// A subnormal angle keeps all its digits under a large exponential, a normal one next to it under a small one.
+TYPED_TEST(ComplexValues, ExponentialsOfTinyAngles) {
+  using T = TypeParam;
+  using Limits = std::numeric_limits<T>;
+  this->for_each_kernel_of("Exp", [&](const auto& function, int grade) {
+    if (Grade(grade) != Grade::ha) return;  // the others bound the error by the modulus
+    const double bound = function.bound(Grade::ha) * static_cast<double>(Limits::epsilon());
+    for (double x : {-3.0, -0.25, 0.3, 10.0, 40.0, 80.0}) {
+      for (T y : {Limits::denorm_min() * 5, Limits::min() / 3, Limits::min() * T(1.7)}) {
+        const auto result = function.call(grade, {static_cast<T>(x), y}, {0, 0});
+        const auto exact = std::exp(static_cast<long double>(static_cast<T>(x))) * static_cast<long double>(y);
+        const auto error = std::fabs(static_cast<long double>(result.im) - exact);
+        EXPECT_LE(error, std::fmax(bound * exact, function.bound(Grade::ha) * Limits::denorm_min())) << x << ' ' << y;
+      }
+    }
+  });
+}
+
+// Where tanh is +-1 to the last digit its other part is nothing beside it, with the sign of sin 2y.
+TYPED_TEST(ComplexValues, TanhFarOut) {
+  using T = TypeParam;
+  this->for_each_kernel_of("Tanh", [&](const auto& function, int grade) {
+    const double bound = function.bound(Grade(grade)) * static_cast<double>(std::numeric_limits<T>::epsilon());
+    for (double x : {42.0, 44.0, 90.0, 340.0, 1e6}) {
+      for (double y : {0.5, 2.0, -3.0}) {
+        const auto result = function.call(grade, this->at(-x, y), {0, 0});
+        EXPECT_NEAR(static_cast<double>(result.re), -1, bound) << x << ' ' << y;
+        EXPECT_LE(std::fabs(static_cast<double>(result.im)), 0x1p-118) << x << ' ' << y;
+        EXPECT_EQ(std::signbit(result.im), std::sin(2 * y) < 0) << x << ' ' << y;
+      }
+    }
+  });
 }
 
 }  // namespace
