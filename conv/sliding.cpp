@@ -15,6 +15,8 @@ namespace {
 // Registers that a tile accumulates in. Six independent sums hide the latency of the adder and, with a tap and a
 // product, fill the eight registers of the 32-bit build; twelve of sixteen amortise a tile's fixed cost better.
 constexpr std::size_t tile_registers = sizeof(void*) == 8 ? 12 : 6;
+// Twelve are enough to take in steps at the ends of the source.
+constexpr bool ends_in_steps = tile_registers == 12;
 constexpr std::size_t group_tiles = 32;
 constexpr std::size_t chunk_taps = 128;
 
@@ -301,7 +303,9 @@ class Group {
     const Sum* const spread_taps = spread_ + static_cast<std::size_t>(from) * T::tap_scalars;
     x += parts * from;
     const auto accumulate = fresh_ ? accumulate_tile<P, vectors, true> : accumulate_tile<P, vectors, false>;
-    if (begin <= 0 && count + last <= end) return accumulate(to_sums, spread_taps, x, static_cast<std::size_t>(count));
+    const bool whole = begin <= 0 && count + last <= end;
+    if (whole || (taps.finite && !ends_in_steps))
+      return accumulate(to_sums, spread_taps, x, static_cast<std::size_t>(count));
     if (fresh_) accumulate(to_sums, spread_taps, x, 0);
     if (!taps.finite)
       accumulate_strictly<P>(to_sums, spread_taps, x, count, static_cast<Place>(outputs(tile)), begin, end);
