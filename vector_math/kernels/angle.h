@@ -4,7 +4,7 @@
 #define ORIN_VECTOR_MATH_KERNELS_ANGLE_H
 
 #include "vector_math/grade.h"
-#include "vector_math/simd/vec.h"
+#include "vector_math/simd/registers.h"
 
 namespace orin::vector_math {
 

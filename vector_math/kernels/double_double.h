@@ -7,7 +7,7 @@
 #ifndef ORIN_VECTOR_MATH_KERNELS_DOUBLE_DOUBLE_H
 #define ORIN_VECTOR_MATH_KERNELS_DOUBLE_DOUBLE_H
 
-#include "vector_math/simd/vec.h"
+#include "vector_math/simd/registers.h"
 
 namespace orin::vector_math::simd {
 

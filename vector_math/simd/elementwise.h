@@ -42,7 +42,7 @@
 #include "vector_math/grade.h"
 #include "vector_math/mode.h"
 #include "vector_math/simd/fp_frame.h"
-#include "vector_math/simd/vec.h"
+#include "vector_math/simd/registers.h"
 
 namespace orin::vector_math::simd {
 

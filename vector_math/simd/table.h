@@ -6,7 +6,7 @@
 #ifndef ORIN_VECTOR_MATH_SIMD_TABLE_H
 #define ORIN_VECTOR_MATH_SIMD_TABLE_H
 
-#include "vector_math/simd/vec.h"
+#include "vector_math/simd/registers.h"
 
 namespace orin::vector_math::simd {
 

@@ -4,8 +4,8 @@
 // Every verb works lane by lane and is one or two instructions of SSE2; nothing wider is used on any target.
 // Comparisons give masks (all bits of a lane set or clear) of the type compared, to be used with select and any.
 // A number stands for the register that holds it in every lane: x * 2.0.
-#ifndef ORIN_VECTOR_MATH_SIMD_VEC_H
-#define ORIN_VECTOR_MATH_SIMD_VEC_H
+#ifndef ORIN_SIMD_VEC_H
+#define ORIN_SIMD_VEC_H
 
 #include <emmintrin.h>
 
@@ -14,7 +14,7 @@
 
 #define ORIN_INLINE inline __attribute__((always_inline))
 
-namespace orin::vector_math::simd {
+namespace orin::simd {
 
 // Four 32-bit integers.
 struct Vec4i {
@@ -215,6 +215,8 @@ template <>
 struct RegisterOf<std::int32_t> {
   using type = Vec4i;
 };
+template <class T>
+using Register = typename RegisterOf<T>::type;
 
 template <class T>
 struct alignas(16) Constant {
@@ -261,6 +263,6 @@ ORIN_INLINE void store_element(T* to, T value) {
   std::memcpy(to, &value, sizeof value);
 }
 
-}  // namespace orin::vector_math::simd
+}  // namespace orin::simd
 
 #endif
