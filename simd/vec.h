@@ -159,9 +159,10 @@ ORIN_INLINE Vec4i bits(Vec4f a) { return _mm_castps_si128(a.raw); }
 ORIN_INLINE Vec4f from_bits(Vec4i a) { return _mm_castsi128_ps(a.raw); }
 ORIN_INLINE float first_lane(Vec4f a) { return _mm_cvtss_f32(a.raw); }
 
-// Integers as floats, rounded, and floats as integers, rounded.
+// Integers as floats, rounded, and floats as integers, rounded or cut.
 ORIN_INLINE Vec4f to_float(Vec4i a) { return _mm_cvtepi32_ps(a.raw); }
 ORIN_INLINE Vec4i to_int(Vec4f a) { return _mm_cvtps_epi32(a.raw); }
+ORIN_INLINE Vec4i to_int_cut(Vec4f a) { return _mm_cvttps_epi32(a.raw); }
 
 // Between the two precisions: a Vec4f as two Vec2d, exactly, and back, rounded.
 struct TwoVec2d {
