@@ -87,22 +87,27 @@ ORIN_INLINE Angle reduce(Vec2d x) {
 inline constexpr std::int32_t reduce_to_word = 0x412fffff;  // the high word of the largest |x| that reduce takes
 inline constexpr std::int32_t near_to_word = 0x409fffff;    // .. that reduce_near takes: below 2^11
 
-// To EP, in two parts of the step.
-ORIN_INLINE Angle reduce_in_two(Vec2d x, Vec2d step_0, Vec2d step_1) {
+// The multiple n of the step next to x, |x| < 2^20; EP.
+struct Nearest {
+  Vec2d n;
+  Vec2l bits;
+};
+ORIN_INLINE Nearest nearest(Vec2d x) {
   const auto& c = in_memory(constants<Grade::ep>);
   const Vec2d t = x * c.inverse + c.to_integer;
-  const Vec2d n = t - c.to_integer;
-  return {(x - n * step_0) - n * step_1, 0.0, bits(t)};
+  return {t - c.to_integer, bits(t)};
 }
 // |x| < 2^11.
 ORIN_INLINE Angle reduce_near(Vec2d x) {
   const auto& c = in_memory(constants<Grade::ep>);
-  return reduce_in_two(x, c.near_0, c.near_1);
+  const Nearest m = nearest(x);
+  return {(x - m.n * c.near_0) - m.n * c.near_1, 0.0, m.bits};
 }
 // Floats, |x| < 2^20.
 ORIN_INLINE Angle reduce_single(Vec2d x) {
   const auto& c = in_memory(constants<Grade::ep>);
-  return reduce_in_two(x, c.single_0, c.single_1);
+  const Nearest m = nearest(x);
+  return {(x - m.n * c.single_0) - m.n * c.single_1, 0.0, m.bits};
 }
 
 struct Huge {
@@ -220,7 +225,9 @@ ORIN_INLINE Angle reduce_wide(Vec2d x) {
   const auto& c = in_memory(huge_constants);
   const Vec2d size = abs(x);
   const Vec2d huge = size >= c.limit, near = size < c.near_limit;
-  const Angle angle = select(near, reduce_near(x & near), reduce<Grade::ep>(and_not(huge | near, x)));
+  const Vec2d usual = and_not(huge, x);
+  const Angle near_angle = reduce_near(usual), far_angle = reduce<Grade::ep>(usual);  // n is the same
+  const Angle angle{select(near, near_angle.high, far_angle.high), 0.0, far_angle.n};
   if (lane_bits(huge) == 0) return angle;
   return select(huge, reduce_huge<Grade::ep>(select(huge, x, c.safe)), angle);
 }
