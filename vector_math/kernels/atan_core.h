@@ -31,8 +31,9 @@ struct BinsD {
   static constexpr const double* arcs = data::arcs_d;
   static constexpr const double* rests = data::rests_d;
   static constexpr int bin_shift = 47;  // leaves five bits of the fraction
+  static constexpr auto first_index =
+      static_cast<std::uint32_t>(__builtin_bit_cast(std::uint64_t, data::first_bin) >> bin_shift);
   Constant<double> first_bin = data::first_bin, last_bin = data::last_bin;
-  Constant<std::int64_t> first_bits = __builtin_bit_cast(std::int64_t, data::first_bin);
   Constant<double> least = 0x1p-610;        // stands in for denominators next to 0
   Constant<double> linear_below = 0x1p-30;  // atan t = t (1 - 2^-61)
   Constant<double> zero = 0.0, one = 1.0;
@@ -44,8 +45,9 @@ struct BinsS {
   static constexpr const float* arcs = data::arcs_s;
   static constexpr const float* rests = data::rests_s;
   static constexpr int bin_shift = 18;
+  static constexpr auto first_index =
+      __builtin_bit_cast(std::uint32_t, static_cast<float>(data::first_bin)) >> bin_shift;
   Constant<float> first_bin = static_cast<float>(data::first_bin), last_bin = static_cast<float>(data::last_bin);
-  Constant<std::int32_t> first_bits = __builtin_bit_cast(std::int32_t, static_cast<float>(data::first_bin));
   Constant<float> least = 0x1p-82f, linear_below = 0x1p-14f;
   Constant<float> zero = 0.0f, one = 1.0f;
   Constant<std::int32_t> leading = -(1 << 12);  // the first 12 bits
@@ -78,13 +80,13 @@ inline constexpr bool uses_bins = sizeof(typename V::Element) == 8 || grade == G
 // The bin of a quotient.
 template <class V>
 struct Bin {
-  LaneIndices<9, V::lanes> index;
+  LaneIndices<32, V::lanes> index;
   V middle, arc;
 };
 template <class Bins, class V>
 ORIN_INLINE Bin<V> bin_of(const Bins& c, V quotient) {
   const V clamped = min(max(quotient, c.first_bin), c.last_bin);
-  const auto index = low_bits<9>(shift_right<Bins::bin_shift>(bits(clamped) - c.first_bits));
+  const auto index = top_bits<Bins::bin_shift, Bins::first_index>(clamped);
   const auto [middle, arc] = look_up_pairs(c.arcs, index);
   return {index, middle, arc};
 }
