@@ -197,6 +197,13 @@ class Elementwise {
 
   // The next groups from i on, of which `left` elements are left: how many are left then. One test decides for two.
   static ORIN_INLINE std::int32_t two_groups(const F& f, std::int32_t i, std::int32_t left, Arguments a, Results r) {
+    if constexpr (!has_special) {
+      // No test, so that one group after the other takes the registers.
+      store(evaluate<Way::fast>(f, load(a, i, 4)), r, i, 4);
+      stores_ascend();
+      store(evaluate<Way::fast>(f, load(a, i + 4, 4)), r, i + 4, 4);
+      return left - 8;
+    }
     const In x = load(a, i, 4), next = load(a, i + 4, 4);
     if (lane_bits(odd_lanes(f, x) | odd_lanes(f, next)) != 0) [[unlikely]] {
       if constexpr (has_wide) return wide_groups(f, i, left, a, r);
@@ -235,7 +242,6 @@ class Elementwise {
   // By value, so that the second group is in registers before the first one's lookups go through memory.
   static ORIN_INLINE void evaluate_and_store(const F& f, In x, In next, std::int32_t i, Results r) {
     store(evaluate<Way::fast>(f, x), r, i, 4);
-    if constexpr (!has_special) stores_ascend();
     store(evaluate<Way::fast>(f, next), r, i + 4, 4);
   }
 
