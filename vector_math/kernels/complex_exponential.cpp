@@ -2,8 +2,10 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    e^(x + i y) = e^x cos y + i e^x sin y, by exp_core_d.h and sincos_core_d.h; single precision in double
-// Bounds    e^z HA each part 2 ulp; LA 8 ulp of the modulus, EP 2^-26, 2^-11 of it; CIS as sine and cosine
-// Budget    HA  in ulp of a part: e^x 0.53, cosine or sine 0.51, each up to twice as heavy, product 1/2
+//           HA  e^x = 2^k T (1 + p), cos y = c + c' by sincos_points_d.h:  e^x cos y = 2^k T (c + (c' + p (c + c')))
+// Bounds    e^z HA each part 2 ulp; LA 8 ulp of the modulus, EP 2^-26, 2^-11 of it; CIS HA each part 1.1 ulp
+// Budget    HA  in ulp: last sum 1/2, up to twice as heavy, last product 1/2; c' and p 2^-5; but where the point is next
+//           to one of a part's zeros, c' and its sum up to twice 1/4
 // Special   C Annex G; a part that overflows -> status 3; e^x below the least normal number -> status 4; finite x with
 //           infinite y, and +inf with it -> NaN, status 1. CIS of +-inf -> NaN, status 1
 #include "vector_math/kernels.h"
@@ -15,6 +17,23 @@ using namespace complex_periodic;
 
 namespace {
 
+// e^x = scale leading (1 + rest), scale a power of two.
+struct Exponential {
+  Vec2d scale, leading, rest;
+
+  explicit ORIN_INLINE Exponential(Vec2d x) {
+    static constexpr Constant<std::int64_t> one = INT64_C(1023) << 52;
+    const auto& c = in_memory(exp_d::ha_constants);
+    const Vec2d t = x * c.inverse + c.to_integer;
+    const Vec2d n = t - c.to_integer;
+    const auto [power, tail] = look_up_pairs(complex_periodic_data::tailed_powers, low_bits<6>(bits(t)));
+    const Vec2d r = (x - n * c.step_high) - n * c.step_low;
+    scale = from_bits(shift_left<52>(shift_right<6>(bits(t))) + in_memory(one));
+    leading = power;
+    rest = r + (tail + (r * r) * (c.c2 + r * (c.c3 + r * (c.c4 + r * c.c5))));
+  }
+};
+
 struct Exp {
   static constexpr const char* name_c = "vcExp";
   static constexpr const char* name_z = "vzExp";
@@ -22,7 +41,18 @@ struct Exp {
   static constexpr std::int32_t last_word = sizeof(T) == 8 ? 0x40860fff : 0x42adffff;  // below 706, 87
 
   template <Grade grade>
-  static ORIN_INLINE ComplexD of(Vec2d x, const sincos_d::Parts<grade>& parts) {
+  static ORIN_INLINE ComplexD of(Vec2d x, const Parts<grade>& parts) {
+    if constexpr (grade == Grade::ha) {
+      const Exponential e(x);
+      static constexpr Constant<double> one = 1.0;
+      const auto& [c, s] = parts;
+      // The sine may be subnormal: what makes it larger comes before anything is rounded, what makes it smaller after.
+      const Vec2d up = max(e.scale, in_memory(one)), down = min(e.scale, in_memory(one));
+      const Vec2d lost = up * s.small - (up * e.rest) * s.sum();
+      const Vec2d sine = up * s.leading + (up * s.first - lost);
+      return {(e.scale * e.leading) * (c.leading + ((c.small + e.rest * c.sum()) - c.first)),
+              (down * e.leading) * sine};
+    }
     const Vec2d e = exp_d::Power<grade>::template of<0>(x);
     return {e * parts.cosine(), e * parts.sine()};
   }
@@ -66,11 +96,11 @@ struct Cis : OneToOther<T, ComplexOf<T>> {
   }
   static ORIN_INLINE Complex<V> fast(V a) {
     return in_double(
-        a, [](Vec2d y) __attribute__((always_inline)) { return sincos_d::reduce<grade>(y); });
+        a, [](Vec2d y) __attribute__((always_inline)) { return Angles<grade>::near(y); });
   }
   static ORIN_INLINE Complex<V> wide(V a) {
     return in_double(
-        a, [](Vec2d y) __attribute__((always_inline)) { return sincos_d::reduce_any<grade>(y); });
+        a, [](Vec2d y) __attribute__((always_inline)) { return Angles<grade>::any(y); });
   }
   static Outcome<Z> special(T a) {
     constexpr T nan = std::numeric_limits<T>::quiet_NaN();
@@ -79,13 +109,13 @@ struct Cis : OneToOther<T, ComplexOf<T>> {
   }
 
  private:
-  static ORIN_INLINE Complex<V> in_double(V a, auto reduce) {
+  static ORIN_INLINE Complex<V> in_double(V a, auto angle) {
     if constexpr (sizeof(T) == 8) {
-      const sincos_d::Parts<grade> parts(reduce(a));
+      const Parts<grade> parts = angle(a);
       return {parts.cosine(), parts.sine()};
     } else {
       const TwoVec2d y = widen(a);
-      const sincos_d::Parts<grade> low(reduce(y.low)), high(reduce(y.high));
+      const Parts<grade> low = angle(y.low), high = angle(y.high);
       return {narrow({low.cosine(), high.cosine()}), narrow({low.sine(), high.sine()})};
     }
   }

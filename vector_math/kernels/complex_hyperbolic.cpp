@@ -1,13 +1,17 @@
 // complex_hyperbolic: elementwise sinh, cosh, tanh, sin, cos and tan of complex numbers, both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    z = x + i y, S = sinh x, C = cosh x by sinh_cosh_core_d.h, s = sin y, c = cos y by sincos_core_d.h
+// Method    z = x + i y, S = sinh x, C = cosh x by sinh_cosh_core_d.h, s = sin y, c = cos y by sincos_core_d.h, HA by
+//           sincos_points_d.h
 //           sinh z = S c + i C s,  cosh z = C c + i S s,  tanh z = (S C + i s c)/(S^2 + c^2)
 //           with the parts of a number exchanged:  sin z' = (sinh z)',  cos z' = conj(cosh z),  tan z' = (tanh z)'
+//           HA products of sums (A + A')(a + a') = A a + (A a' + A' (a + a')): nothing is rounded but these two terms;
 //           tanh HA takes the larger square and S C as pairs; single precision all in double
 // Bounds    in ulp of the modulus: HA sinh, cosh 2.1, tanh 4; LA 8; EP 2^-26, 2^-11 of it
-// Budget    HA  in ulp: S, C, s, c 0.53 each, up to twice as heavy, products and quotient 1/2 each; of tanh S and c count
-//           twice below the line
+// Budget    HA  in ulp: A 1/2, for |x| beyond 1/3; product and sum 1/2 each; what they lack 2^-4. Next to a zero of
+//           s the first product is none and the second counts: rounding of a', of C, of their product 1/2 each
+//           tanh: S, s, c 0.53 each, up to twice as heavy, squares, quotient 1/2 each; S and c count twice below the
+//           line
 // Special   C Annex G; a part that overflows -> status 3; infinite y, but tanh +-inf -> NaN, status 1
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/complex_periodic.h"
@@ -22,11 +26,14 @@ namespace {
 
 using sinh_cosh_d::SinhCosh;
 
-// Of any x; sinh with its sign.
-template <Grade grade>
-ORIN_INLINE SinhCosh sinh_cosh(Vec2d x) {
-  const SinhCosh result = sinh_cosh_d::sinh_cosh<grade>(abs(x));
-  return {with_sign_of(result.sinh, x), result.cosh};
+// sinh x and cosh x times a part, without rounding the numbers first. Zeros are given their sign.
+ORIN_INLINE Vec2d sinh_times(const SinhCosh<Grade::ha>& h, Vec2d x, const auto& part) {
+  const Vec2d factor = part.sum();
+  return with_sign_of((h.a_rest * factor - h.minus_a * part.rest()) - h.minus_a * part.leading, x ^ factor);
+}
+ORIN_INLINE Vec2d cosh_times(const SinhCosh<Grade::ha>& h, const auto& part) {
+  const Vec2d factor = part.sum();
+  return with_sign_of(h.b * part.leading + (h.b * part.rest() + h.b_rest * factor), factor);
 }
 
 // The status where the sine and cosine of z.im are none.
@@ -43,9 +50,12 @@ struct Sinh {
   static constexpr std::int32_t last_word = sizeof(T) == 8 ? sinh_cosh_d::largest_word : 0x42afffff;  // below 88
 
   template <Grade grade>
-  static ORIN_INLINE ComplexD of(Vec2d x, const sincos_d::Parts<grade>& parts) {
-    const auto [sinh, cosh] = sinh_cosh<grade>(x);
-    return {sinh * parts.cosine(), cosh * parts.sine()};
+  static ORIN_INLINE ComplexD of(Vec2d x, const Parts<grade>& parts) {
+    const SinhCosh<grade> h(x);
+    if constexpr (grade == Grade::ha) {
+      return {sinh_times(h, x, parts.cosine_part), cosh_times(h, parts.sine_part)};
+    }
+    return {h.sinh() * parts.cosine(), h.cosh() * parts.sine()};
   }
   template <class Z>
   static ORIN_INLINE Z turned_back(Z z) {
@@ -62,8 +72,8 @@ struct Sinh {
     const double x = std::fabs(z.re), sign = std::copysign(1.0, z.re);
     if (x >= 700)
       return checked<T>(sign * far_exponential_times<grade, 1>(x, cosine), far_exponential_times<grade, 1>(x, sine));
-    const SinhCosh of_x = sinh_cosh<grade>(z.re);
-    return checked<T>(first_lane(of_x.sinh) * cosine, first_lane(of_x.cosh) * sine);
+    const SinhCosh<grade> of_x(z.re);
+    return checked<T>(first_lane(of_x.sinh()) * cosine, first_lane(of_x.cosh()) * sine);
   }
 };
 
@@ -76,9 +86,12 @@ struct Cosh {
   static constexpr std::int32_t last_word = Sinh::last_word<T>;
 
   template <Grade grade>
-  static ORIN_INLINE ComplexD of(Vec2d x, const sincos_d::Parts<grade>& parts) {
-    const auto [sinh, cosh] = sinh_cosh<grade>(x);
-    return {cosh * parts.cosine(), sinh * parts.sine()};
+  static ORIN_INLINE ComplexD of(Vec2d x, const Parts<grade>& parts) {
+    const SinhCosh<grade> h(x);
+    if constexpr (grade == Grade::ha) {
+      return {cosh_times(h, parts.cosine_part), sinh_times(h, x, parts.sine_part)};
+    }
+    return {h.cosh() * parts.cosine(), h.sinh() * parts.sine()};
   }
   static ORIN_INLINE ComplexD turned_back(ComplexD z) {
     static constexpr Constant<double> minus_zero = -0.0;
@@ -99,8 +112,8 @@ struct Cosh {
     const double x = std::fabs(z.re), sign = std::copysign(1.0, z.re);
     if (x >= 700)
       return checked<T>(far_exponential_times<grade, 1>(x, cosine), sign * far_exponential_times<grade, 1>(x, sine));
-    const SinhCosh of_x = sinh_cosh<grade>(z.re);
-    return checked<T>(first_lane(of_x.cosh) * cosine, first_lane(of_x.sinh) * sine);
+    const SinhCosh<grade> of_x(z.re);
+    return checked<T>(first_lane(of_x.cosh()) * cosine, first_lane(of_x.sinh()) * sine);
   }
 };
 
@@ -113,20 +126,22 @@ struct Tanh {
   static constexpr std::int32_t last_word = sizeof(T) == 8 ? 0x4075dfff : 0x43aeffff;  // below 350
 
   template <Grade grade>
-  static ORIN_INLINE ComplexD of(Vec2d x, const sincos_d::Parts<grade>& parts) {
-    const auto [sinh, cosh] = sinh_cosh<grade>(x);
+  static ORIN_INLINE ComplexD of(Vec2d x, const Parts<grade>& parts) {
     const Vec2d sine = parts.sine(), cosine = parts.cosine();
     if constexpr (grade != Grade::ha) {
+      const SinhCosh<grade> h(x);
+      const Vec2d sinh = h.sinh();
       const Vec2d below = sinh * sinh + cosine * cosine;
-      return {sinh * cosh / below, sine * cosine / below};
+      return {sinh * h.cosh() / below, sine * cosine / below};
     } else {
       // Where S is the larger one, the real part is near +-1: what rounding takes below the line comes off above it, too.
-      const Vec2d y = abs(sinh), c = abs(cosine);
+      const SinhCosh<grade, true> h(abs(x));
+      const Vec2d y = h.sinh(), c = abs(cosine);
       const DoubleDouble larger = two_square(max(y, c));
       const Vec2d smaller = min(y, c);
       const DoubleDouble below = fast_two_sum(larger.high, larger.low + smaller * smaller);
-      const DoubleDouble product = two_product(y, cosh);
-      const Vec2d above = product.high + (product.low - (below.low & (y > c)));
+      const DoubleDouble product = two_product(y, h.b);
+      const Vec2d above = product.high + ((product.low - (below.low & (y > c))) + y * h.b_rest);
       return {with_sign_of(above / below.high, x), sine * cosine / below.high};
     }
   }

@@ -4,7 +4,7 @@
 // A function is a record F, periodic along the imaginary axis, with
 //   name_c, name_z          the names in reports
 //   last_word<T>            high word of the largest |re| that `of` takes, in precision T
-//   of<grade>(x, parts)     the value at x + i y, in double; parts: of the angle y, from sincos_core_d.h
+//   of<grade>(x, parts)     the value at x + i y, in double; parts: Parts<grade> of the angle y
 //   special<T, grade>(z)    the Outcome of one special argument of precision T, in double
 // Turned<F> is the function along the other axis: arguments have their parts exchanged, results are F::turned_back.
 // The double EP grade is good for every grade in single precision: 2^-26 is an eighth of its ulp.
@@ -17,7 +17,7 @@
 
 #include "vector_math/kernels/exp_core_d.h"
 #include "vector_math/kernels/exponential.h"
-#include "vector_math/kernels/sincos_core_d.h"
+#include "vector_math/kernels/sincos_points_d.h"
 #include "vector_math/simd/complex.h"
 
 namespace orin::vector_math::complex_periodic {
@@ -30,13 +30,29 @@ inline constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
 inline bool is_nan(double x) { return x != x; }
 inline bool is_infinite(double x) { return std::fabs(x) == infinity; }
 
+// How a grade takes sine and cosine: HA as leading numbers and what these lack.
+template <Grade grade>
+struct Angles {
+  using Parts = sincos_d::Parts<grade>;
+  static ORIN_INLINE Parts near(Vec2d y) { return Parts(sincos_d::reduce<grade>(y)); }
+  static ORIN_INLINE Parts any(Vec2d y) { return Parts(sincos_d::reduce_any<grade>(y)); }
+};
+template <>
+struct Angles<Grade::ha> {
+  using Parts = sincos_points_d::Parts;
+  static ORIN_INLINE Parts near(Vec2d y) { return Parts(sincos_points_d::reduce(y)); }
+  static ORIN_INLINE Parts any(Vec2d y) { return Parts(sincos_points_d::reduce_any(y)); }
+};
+template <Grade grade>
+using Parts = typename Angles<grade>::Parts;
+
 // Sine and cosine of any finite number.
 struct SineAndCosine {
   double sine, cosine;
 };
 template <Grade grade>
 SineAndCosine sine_and_cosine(double y) {
-  const sincos_d::Parts<grade> parts(sincos_d::reduce_any<grade>(y));
+  const auto parts = Angles<grade>::any(y);
   return {first_lane(parts.sine()), first_lane(parts.cosine())};
 }
 
@@ -107,11 +123,11 @@ struct Periodic : OneToOne<ComplexOf<T>> {
   }
   static ORIN_INLINE Complex<V> fast(Complex<V> z) {
     return in_double(
-        z, [](Vec2d y) __attribute__((always_inline)) { return sincos_d::reduce<grade>(y); });
+        z, [](Vec2d y) __attribute__((always_inline)) { return Angles<grade>::near(y); });
   }
   static ORIN_INLINE Complex<V> wide(Complex<V> z) {
     return in_double(
-        z, [](Vec2d y) __attribute__((always_inline)) { return sincos_d::reduce_any<grade>(y); });
+        z, [](Vec2d y) __attribute__((always_inline)) { return Angles<grade>::any(y); });
   }
   static Outcome<Z> special(Z z) {
     const KorComplex16 turned = F::turn(KorComplex16{z.re, z.im});
@@ -126,16 +142,16 @@ struct Periodic : OneToOne<ComplexOf<T>> {
     static constexpr Constant<std::int32_t> last = F::template last_word<T>;
     return (magnitude(w.re) > in_memory(last)) | (magnitude(w.im) > Vec4i(last_im));
   }
-  static ORIN_INLINE ComplexD one(ComplexD z, auto reduce) {
+  static ORIN_INLINE ComplexD one(ComplexD z, auto angle) {
     z = F::turn(z);
-    return F::turned_back(F::template of<grade>(z.re, sincos_d::Parts<grade>(reduce(z.im))));
+    return F::turned_back(F::template of<grade>(z.re, angle(z.im)));
   }
-  static ORIN_INLINE Complex<V> in_double(Complex<V> z, auto reduce) {
+  static ORIN_INLINE Complex<V> in_double(Complex<V> z, auto angle) {
     if constexpr (is_double) {
-      return one(z, reduce);
+      return one(z, angle);
     } else {
       const TwoVec2d re = widen(z.re), im = widen(z.im);
-      const ComplexD low = one({re.low, im.low}, reduce), high = one({re.high, im.high}, reduce);
+      const ComplexD low = one({re.low, im.low}, angle), high = one({re.high, im.high}, angle);
       return {narrow({low.re, high.re}), narrow({low.im, high.im})};
     }
   }

@@ -189,17 +189,27 @@ ORIN_INLINE Angle reduce_huge_single(Vec2d x) {
   return {(((whole - n) + t3) + (scaled * d4 + scaled * d5)) * k.unit, 0.0, bits(t)};
 }
 
-// As reduce, for 2^20 <= |x|.
-template <Grade grade>
-ORIN_INLINE Angle reduce_huge(Vec2d x) {
+// x less n 2 pi/size as a pair, for 2^20 <= |x|.
+template <int size>
+ORIN_INLINE Angle reduce_huge_pair(Vec2d x) {
   static constexpr struct { Constant<double> unit, high, low; } unit = {data::unit, data::unit_high, data::unit_low};
   const auto& c = in_memory(unit);
-  constexpr int size = grade == Grade::ha ? 128 : 512;
   const Angle f = reduce_huge_turns<size>(x);
-  if constexpr (grade != Grade::ha) return {f.high * c.unit, 0.0, f.n};
   const DoubleDouble parts = split(f.high);
   const DoubleDouble r = fast_two_sum(parts.high * c.high, parts.high * c.low + (parts.low + f.low) * c.unit);
   return {r.high, r.low, f.n};
+}
+
+// As reduce, for 2^20 <= |x|.
+template <Grade grade>
+ORIN_INLINE Angle reduce_huge(Vec2d x) {
+  if constexpr (grade == Grade::ha) {
+    return reduce_huge_pair<128>(x);
+  } else {
+    static constexpr Constant<double> unit = data::unit;
+    const Angle f = reduce_huge_turns<512>(x);
+    return {f.high * in_memory(unit), 0.0, f.n};
+  }
 }
 
 // a where the mask is set, b elsewhere.

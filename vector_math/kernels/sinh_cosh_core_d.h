@@ -1,82 +1,114 @@
-// sinh_cosh_core_d.h: sinh and cosh of doubles at once, for functions that take both.
+// sinh_cosh_core_d.h: sinh and cosh of doubles at once, or e^x, for functions that multiply them by something.
 // SPDX-License-Identifier: MIT
 //
-// Use       sinh_cosh<grade>(y), 0 <= y < 708
-// Method    y = n ln2/64 + r;  E = 2^(n/64)/2, F = 2^(-n/64)/2 as pairs of short numbers;  D = E - F, S = E + F
-//           sinh y = D + S sinh r + D (cosh r - 1),  cosh y = S + D sinh r + S (cosh r - 1)
-//           HA sinh by its series below 1/4;  EP without the low parts of the pairs
-// Budget    HA, LA  in ulp: sinh r next to 1/4 2^-4, low parts 2^-8, sum 1/2;  LA sinh from 0.005 to 0.05 2.5
-//           EP  next term of cosh r 2^-34.7, of sinh r relative 2^-36
-// Data      data/exp_d_data.h; the series have the coefficients of Taylor
+// Use       SinhCosh<grade>(x), |x| < 708: leading numbers and what these lack, apart, for the product of two such sums
+//           need not round the sums first; or sinh() and cosh()
+// Method    x = n ln2/128 + o + r, n = 128 k + j, e^(j ln2/128 + o)/2 = T and 1/(4 T) = T' doubles but for 2^-12 ulp
+//           with A = 2^k T - 2^-k T', B = 2^k T + 2^-k T':  sinh x = A + (B sinh r + A (cosh r - 1)),
+//           cosh x = B + (A sinh r + B (cosh r - 1));  n = +-1 has the point of 0, so that small x are r
+//           EP  x = n ln2/64 + r, T and T' nearest
+// Differs   from hyperbolic_core_d.h, which has one of the two to 0.55 ulp and pays for that with pairs
+// Budget    HA  in ulp: A and B exact for |n| < 64, else 1/2; what they lack 2^-4, from n = +-2 on up to 1/3; T and
+//           T' 0.43 where j = 64;  LA  sums 1/2 more;  EP  polynomials 2^-37
+// Data      data/complex_periodic_data.h from tools/tables/complex_periodic.py
 #ifndef ORIN_VECTOR_MATH_KERNELS_SINH_COSH_CORE_D_H
 #define ORIN_VECTOR_MATH_KERNELS_SINH_COSH_CORE_D_H
 
-#include "vector_math/data/exp_d_data.h"
+#include "vector_math/data/complex_periodic_data.h"
 #include "vector_math/grade.h"
-#include "vector_math/kernels/double_double.h"
 #include "vector_math/simd/table.h"
 
 namespace orin::vector_math::sinh_cosh_d {
 
 using namespace simd;
+namespace data = complex_periodic_data;
 
-inline constexpr struct {
-  Constant<double> inverse = 0x1.71547652b82fep+6;    // 64/ln2, nearest
+struct Fine {
+  static constexpr int log2_size = 7;
+  static constexpr const auto& powers = data::powers;
+  Constant<double> inverse = 0x1.71547652b82fep+7;    // 128/ln2, nearest
   Constant<double> to_integer = 0x1.8p52;             // x + to_integer: x rounded to an integer, in the low bits
-  Constant<double> step_high = 0x1.62e42fefp-7;       // ln2/64 to 32 bits: n step_high is exact
-  Constant<double> step_low = 0x1.473de6af278edp-40;  // the rest
-  Constant<std::int64_t> half = INT64_C(1022) << 52;
-  Constant<double> s3 = 1.0 / 6, s5 = 1.0 / 120, c2 = 0.5, c4 = 1.0 / 24, c6 = 1.0 / 720;
-  Constant<double> series_below = 0.25;
-  Constant<double> s7 = 1.0 / 5040, s9 = 1.0 / 362880, s11 = 1.0 / 39916800, s13 = 1.0 / 6227020800;
-} constants{};
+  Constant<double> step_high = 0x1.62e42fefp-8;       // ln2/128 to 32 bits: n step_high is exact
+  Constant<double> step_low = 0x1.473de6af278edp-41;  // the rest
+  Constant<double> s0 = data::sinh_0, s1 = data::sinh_1, c0 = data::cosh_0, c1 = data::cosh_1;
+};
+struct Coarse {
+  static constexpr int log2_size = 6;
+  static constexpr const auto& powers = data::ep_powers;
+  Constant<double> inverse = 0x1.71547652b82fep+6, to_integer = 0x1.8p52, step = 0x1.62e42fefa39efp-7;  // of ln2/64
+  Constant<double> s0 = data::ep_sinh_0, c0 = data::ep_cosh_0;
+};
+inline constexpr Fine constants{};
+inline constexpr Coarse ep_constants{};
 
-inline constexpr std::int32_t largest_word = 0x40861fff;  // the high word of y below 708
+inline constexpr std::int32_t largest_word = 0x40861fff;  // the high word of x below 708
 
-struct SinhCosh {
+// x = n ln2/128 + o + r; n, which is 128 k + j, in the low bits.
+struct Reduced {
+  Vec2d r;
+  Vec2l n;
+  LaneIndices<Fine::log2_size, 2> j;
+};
+ORIN_INLINE Reduced reduce(const Fine& c, Vec2d x) {
+  const Vec2d t = x * c.inverse + c.to_integer;
+  const Vec2d n = t - c.to_integer;
+  const auto j = low_bits<Fine::log2_size>(bits(t));
+  return {(x - n * c.step_high) - (n * c.step_low + look_up(data::power_offsets, j)), bits(t), j};
+}
+// k as an exponent.
+template <int log2_size>
+ORIN_INLINE Vec2l exponent(Vec2l n) {
+  return shift_left<52>(shift_right<log2_size>(n));
+}
+
+// sinh r - r and cosh r - 1.
+struct Bends {
   Vec2d sinh, cosh;
 };
-
-// T at j as a pair, times a power of two.
-ORIN_INLINE DoubleDouble scaled_pair(Vec2l n, Vec2d power) {
-  const auto [high, low] = look_up_pairs(exp_d_data::ha_pairs, low_bits<6>(n));
-  return {high * power, low * power};
-}
-
-template <Grade grade>
-ORIN_INLINE SinhCosh sinh_cosh(Vec2d y) {
-  const auto& c = in_memory(constants);
-  const Vec2d t = y * c.inverse + c.to_integer;
-  const Vec2d n = t - c.to_integer;
-  const Vec2d r = (y - n * c.step_high) - n * c.step_low;
-  const Vec2l minus = bits(c.to_integer - n);
-  const Vec2l up = shift_left<52>(shift_right<6>(bits(t))) + c.half;
-  const Vec2l down = shift_left<52>(shift_right<6>(minus)) + c.half;
-  const DoubleDouble e = scaled_pair(bits(t), from_bits(up));
-  const DoubleDouble f = scaled_pair(minus, from_bits(down));
+ORIN_INLINE Bends bends(const Fine& c, Vec2d r) {
   const Vec2d r2 = r * r;
-  if constexpr (grade == Grade::ep) {
-    const Vec2d difference = e.high - f.high, sum = e.high + f.high;
-    const Vec2d odd = r + (r * r2) * c.s3;
-    const Vec2d even = r2 * c.c2;
-    return {difference + ((sum * odd + difference * even) + (e.low - f.low)), sum + (difference * odd + sum * even)};
-  } else {
-    const DoubleDouble difference = fast_two_sum(e.high, from_bits(bits(f.high) ^ bits(Vec2d(-0.0))));
-    const DoubleDouble sum = fast_two_sum(e.high, f.high);
-    const Vec2d odd = r + (r * r2) * (c.s3 + r2 * c.s5);
-    const Vec2d even = r2 * (c.c2 + r2 * (c.c4 + r2 * c.c6));
-    const Vec2d difference_low = difference.low + (e.low - f.low), sum_low = sum.low + (e.low + f.low);
-    const Vec2d d = difference.high + difference_low, s = sum.high + sum_low;
-    Vec2d sinh = difference.high + (s * odd + (d * even + difference_low));
-    const Vec2d cosh = sum.high + (d * odd + (s * even + sum_low));
-    if constexpr (grade == Grade::ha) {
-      const Vec2d y2 = y * y;
-      const Vec2d series = y + (y * y2) * (c.s3 + y2 * (c.s5 + y2 * (c.s7 + y2 * (c.s9 + y2 * (c.s11 + y2 * c.s13)))));
-      sinh = select(y < c.series_below, series, sinh);
-    }
-    return {sinh, cosh};
-  }
+  return {(r * r2) * (c.s0 + r2 * c.s1), r2 * (c.c0 + r2 * c.c1)};
 }
+
+// sinh x = a_rest - minus_a, where that is a zero with the sign of x; cosh x = b + b_rest.
+// With `full`, for x >= 0: what rounding takes from a and b is added to the rests.
+template <Grade grade, bool full = false>
+struct SinhCosh {
+  Vec2d minus_a, b, a_rest, b_rest;
+
+  explicit ORIN_INLINE SinhCosh(Vec2d x) {
+    if constexpr (grade == Grade::ep) {
+      const auto& c = in_memory(ep_constants);
+      const Vec2d t = x * c.inverse + c.to_integer;
+      const Vec2d r = x - (t - c.to_integer) * c.step;
+      const Vec2d r2 = r * r;
+      set<Coarse>(bits(t), low_bits<Coarse::log2_size>(bits(t)), r + (r * r2) * c.s0, r2 * c.c0);
+    } else {
+      const auto& c = in_memory(constants);
+      const auto [r, n, j] = reduce(c, x);
+      const auto [sinh, cosh] = bends(c, r);
+      set<Fine>(n, j, r + sinh, cosh);
+    }
+  }
+  ORIN_INLINE Vec2d sinh() const { return a_rest - minus_a; }
+  ORIN_INLINE Vec2d cosh() const { return b + b_rest; }
+
+ private:
+  template <class Table>
+  ORIN_INLINE void set(Vec2l n, LaneIndices<Table::log2_size, 2> j, Vec2d sine, Vec2d bend) {
+    const auto [power, inverse] = look_up_pairs(Table::powers, j);
+    const Vec2l k = exponent<Table::log2_size>(n);
+    const Vec2d up = from_bits(bits(power) + k), down = from_bits(bits(inverse) - k);
+    minus_a = down - up;
+    b = up + down;
+    a_rest = b * sine - minus_a * bend;
+    b_rest = b * bend - minus_a * sine;
+    if constexpr (full) {
+      a_rest = a_rest + ((up + minus_a) - down);
+      b_rest = b_rest + ((up - b) + down);
+    }
+  }
+};
 
 }  // namespace orin::vector_math::sinh_cosh_d
 

@@ -1,0 +1,110 @@
+# complex_periodic.py: points whose sine and cosine, or whose exponentials of both signs, are all but doubles.
+# SPDX-License-Identifier: MIT
+#
+#   python3 tools/tables/complex_periodic.py > vector_math/data/complex_periodic_data.h
+#
+# The points lie next to even ones, after S. Gal, B. Bachelis, An accurate elementary mathematical library for the IEEE
+# floating point standard, ACM TOMS 17 (1991), 26-45.
+from math import isqrt
+
+from mpmath import mp, mpf
+
+from minimax import NOTHING, ONE, R, Header, hex_double, to_bits, to_double, write_fit
+
+mp.prec = 400
+out = Header("complex_periodic", "accurate points and polynomials of the complex periodic functions",
+             "tools/tables/complex_periodic.py")
+CLOSENESS = 12  # the second number of a point lies within 2^-12 of the spacing there of a double
+FAR = 1 << 12  # next to 1/sqrt 2 sine and cosine change by whole spacings: only curvature helps, a long way off
+slack = 1 + mpf(2) ** -19  # points and reductions lie off the even steps
+
+
+def nearby(first, second, stride=1, spare=0):
+    """The double near `first`, found from there outwards in steps of `stride`, of which second(mantissa, exponent) is
+    nearly a double, too, and one with `spare` zeros at the end."""
+    exponent = mp.frexp(first)[1] - 53
+    start = int(mp.nint(mp.ldexp(first, -exponent) / stride)) * stride
+    half = 1 << (CLOSENESS + 3 + spare)
+    for k in range(1 << 22):
+        mantissa = start + stride * (k // 2 + 1 if k % 2 else -(k // 2))
+        scaled = second(mantissa, exponent)  # with CLOSENESS + 4 bits behind a double's 53
+        if abs((scaled + half) % (2 * half) - half) <= 16:
+            return mp.ldexp(mantissa, exponent)
+    raise ArithmeticError(f"no point found near {mp.nstr(first, 20)}")
+
+
+def cosine_of(mantissa, exponent):
+    """sqrt(1 - s^2), from 1/2 to 1."""
+    return isqrt(((1 << -2 * exponent) - mantissa * mantissa) << 2 * (53 + CLOSENESS + 4) >> -2 * exponent)
+
+
+def reciprocal_of(mantissa, exponent):
+    """1/(4 t), from 1/4 to 1/2."""
+    return (1 << 54 + CLOSENESS + 4 - 2 - exponent) // mantissa
+
+
+size = 256
+unit = 2 * mp.pi / size
+pieces = []
+rest = unit
+for count in (26, 26, 26):
+    exponent = mp.frexp(rest)[1] - count
+    pieces.append(mp.ldexp(mp.floor(mp.ldexp(rest, -exponent)), exponent))
+    rest -= pieces[-1]
+out.comment("256/(2 pi); 2 pi/256 in parts of 26, 26, 26 bits, whose products with n are exact, and the rest.")
+out.constant("turn_inverse", hex_double(to_double(1 / unit)))
+for k, piece in enumerate(pieces + [to_double(rest)]):
+    out.constant(f"turn_step_{k}", hex_double(piece))
+
+# Next to a quarter turn the rest would be as large as the result: the quarter turn itself is the point, and its offset
+# the first two parts of the step and their product with the excess of the whole step.
+offset = -(pieces[0] + pieces[1])
+out.comment("2 pi/256 over its first two parts, less 1.")
+out.constant("turn_excess", hex_double(to_double(-unit / offset - 1)))
+octant = [(mpf(0), mpf(1), j * offset) for j in range(2)]
+for j in range(2, size // 8 + 1):
+    s = nearby(mp.sin(j * unit), cosine_of, FAR if j == size // 8 else 1)
+    octant.append((s, to_double(mp.sqrt(1 - s * s)), to_double(mp.asin(s) - j * unit)))
+points = octant + [(c, s, -offset) for s, c, offset in octant[-2:0:-1]]
+points += [(c, -s, offset) for s, c, offset in points]
+points += [(mpf(0), mpf(-1), mpf(0))] + [(-s, c, -offset) for s, c, offset in points[:0:-1]]  # so f(-x) = -f(x)
+text = lambda x: hex_double(x) if x != 0 else "-0.0"
+out.comment("sin a and cos a for a next to 2 pi j/256; sin 0 is -0.")
+out.table("sines", [text(value) for s, c, _ in points for value in (s, c)])
+out.comment("a - 2 pi j/256.")
+out.table("sine_offsets", [hex_double(offset) for _, _, offset in points])
+
+h = unit * 3 / 2 * slack
+write_fit(out, mp.sin, "sin", R, "sine", [3, 5, 7], 0, h, "double")
+write_fit(out, mp.cos, "cos", ONE, "cosine", [2, 4, 6], 0, h, "double")
+
+ln2 = mp.log(2)
+size = 128
+step = ln2 / size
+powers = [(mpf(1) / 2, mpf(1) / 2, mpf(0)), (mpf(1) / 2, mpf(1) / 2, -step)]  # as with the sines
+for j in range(2, size // 2):
+    # With two zeros at the end of both: their sums and differences are exact.
+    t = nearby(mpf(2) ** (mpf(j) / size - 1), reciprocal_of, 2, 2)
+    powers.append((t, to_double(1 / (4 * t)), mp.log(2 * t) - j * step))
+root = to_double(mp.sqrt(mpf(1) / 2))
+powers.append((root, root / 2, mpf(0)))  # 0.43 ulp; a point that lay closer would not be its own mirror image
+powers += [(2 * inverse, t / 2, -offset) for t, inverse, offset in powers[-2:0:-1]]
+out.comment("e^b/2 and e^-b/2 for b next to j ln2/128.")
+out.table("powers", [hex_double(value) for t, inverse, _ in powers for value in (t, inverse)])
+out.comment("b - j ln2/128.")
+out.table("power_offsets", [hex_double(to_double(offset)) for _, _, offset in powers])
+h = step * 3 / 2 * slack
+write_fit(out, mp.sinh, "sinh", R, "sinh", [3, 5], 0, h, "double")
+write_fit(out, mp.cosh, "cosh", ONE, "cosh", [2, 4], 0, h, "double")
+
+size = 64
+powers = [mpf(2) ** (mpf(j) / size) for j in range(size)]
+out.comment("2^(j/64)/2 and 2^(-j/64)/2, nearest.")
+out.table("ep_powers", [hex_double(to_double(value)) for p in powers for value in (p / 2, 1 / (2 * p))])
+out.comment("2^(j/64) = power (1 + tail): power nearest.")
+tailed = [(to_double(p), to_double(p / to_double(p) - 1)) for p in powers]
+out.table("tailed_powers", [hex_double(value) for pair in tailed for value in pair])
+h = ln2 / size / 2 * slack
+write_fit(out, mp.sinh, "sinh", R, "ep_sinh", [3], 0, h, "double")
+write_fit(out, mp.cosh, "cosh", ONE, "ep_cosh", [2], 0, h, "double")
+out.write()
