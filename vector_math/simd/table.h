@@ -15,7 +15,7 @@ namespace orin::vector_math::simd {
 template <int count, int lanes>
 struct LaneIndices {
   static_assert(count <= 16 || count == 32);
-  std::uint32_t of[lanes];
+  mutable std::uint32_t of[lanes];
 
   LaneIndices() = default;
   ORIN_INLINE LaneIndices(std::uint32_t first, std::uint32_t second) : of{first, second} {}
