@@ -58,6 +58,11 @@ ORIN_INLINE Complex<Vec4i> high_words(Complex<Vec2d> low, Complex<Vec2d> high) {
   return {high_words(low.re, high.re), high_words(low.im, high.im)};
 }
 
+// The elements with a part that is NaN.
+ORIN_INLINE Vec4i nan_lanes(Complex<Vec2d> low, Complex<Vec2d> high) {
+  return high_words(_mm_cmpunord_pd(low.re.raw, low.im.raw), _mm_cmpunord_pd(high.re.raw, high.im.raw));
+}
+
 // The first `count` of four elements at `from`, more than three of them meaning four, then paddings.
 template <>
 struct Together<KorComplex16> {
@@ -122,6 +127,7 @@ struct Group<KorComplex16> {
     Together<KorComplex16>{together(low), together(high)}.store(to, count);
   }
   ORIN_INLINE Complex<Vec4i> words() const { return high_words(low, high); }
+  ORIN_INLINE Vec4i nan_lanes() const { return simd::nan_lanes(low, high); }
 };
 template <>
 struct Group<KorComplex8> {
@@ -154,10 +160,7 @@ struct Widened<KorComplex8> {
     Together<KorComplex8>{{narrowed(low), narrowed(high)}}.store(to, count);
   }
   ORIN_INLINE Complex<Vec4i> words() const { return high_words(low, high); }
-  // The elements with a part that is NaN.
-  ORIN_INLINE Vec4i nan_lanes() const {
-    return high_words(_mm_cmpunord_pd(low.re.raw, low.im.raw), _mm_cmpunord_pd(high.re.raw, high.im.raw));
-  }
+  ORIN_INLINE Vec4i nan_lanes() const { return simd::nan_lanes(low, high); }
 };
 
 }  // namespace orin::vector_math::simd

@@ -22,10 +22,11 @@
 //   beyond_medium(w)       mask of the arguments that medium must not see, those for fast and special ones among them
 //   medium(v)              the value(s) of a register of the others: the bits of wide
 //
-// Where fast is a long chain of roots and quotients, F (of one argument and result) has also
+// Where fast is a long chain, F (of one result) has also
 //   Half                   what the second half of fast needs
-//   first_half(v), second_half(half)    fast(v) = second_half(first_half(v)). A block of groups goes through the first
-//                          half, then through the second: each is short enough for several groups to be under way at once.
+//   first_half(v...), second_half(half)    fast(v...) = second_half(first_half(v...)). A block of groups goes through the
+//                          first half, then through the second: each is short enough for several groups to be under way
+//                          at once.
 //
 // The loop guarantees: nothing outside the vectors is touched; they need only the alignment of a float; a result vector
 // may be an argument vector; an element's bits depend on its own arguments alone, since a tail and a group with a
@@ -232,24 +233,39 @@ class Elementwise {
     }
     return left - 8;
   }
+  template <int registers, class F_ = F>
+  struct HalvesOf {
+    typename F_::Half low, high;
+  };
+  template <class F_>
+  struct HalvesOf<1, F_> {
+    typename F_::Half low;
+  };
+  template <class V>
+  static ORIN_INLINE auto first_half(const F& f, V a, [[maybe_unused]] V b) {
+    if constexpr (F::inputs == 1)
+      return f.first_half(a);
+    else
+      return f.first_half(a, b);
+  }
   // Some of the `groups` next groups from i on: the first half of fast for all of them, then the second. Returns how many.
   static std::int32_t block(const F& f, std::int32_t i, std::int32_t groups, Arguments a, Results r) {
     constexpr std::int32_t capacity = 16;
-    Few<typename F::Half, GroupOf<T>::registers> halves[capacity];
+    HalvesOf<GroupOf<T>::registers> halves[capacity];
     const std::int32_t most = groups < capacity ? groups : capacity;
     std::int32_t count = 0;
     for (; count < most; ++count) {
       const In x = load(a, i + 4 * count, 4);
       if (lane_bits(odd_lanes(f, x)) != 0) [[unlikely]]
         break;
-      halves[count][0] = f.first_half(x[0].low);
-      if constexpr (GroupOf<T>::registers == 2) halves[count][1] = f.first_half(x[0].high);
+      halves[count].low = first_half(f, x[0].low, x[F::inputs - 1].low);
+      if constexpr (GroupOf<T>::registers == 2) halves[count].high = first_half(f, x[0].high, x[F::inputs - 1].high);
     }
     for (std::int32_t k = 0; k < count; ++k) {
       Out y;
-      y[0].low = f.second_half(halves[k][0]);
-      if constexpr (GroupOf<T>::registers == 2) y[0].high = f.second_half(halves[k][1]);
-      store(y, r, i + 4 * k, 4);
+      y[0].low = f.second_half(halves[k].low);
+      if constexpr (GroupOf<T>::registers == 2) y[0].high = f.second_half(halves[k].high);
+      store_or_decide(f, y, i + 4 * k, 4, a, r);
     }
     if (count == most) [[likely]]
       return count;
@@ -284,7 +300,10 @@ class Elementwise {
   template <Way way>
   static ORIN_INLINE void evaluate_or_decide(const F& f, const In& x, std::int32_t i, std::int32_t count, Arguments a,
                                              Results r) {
-    const Out y = evaluate<way>(f, x);
+    store_or_decide(f, evaluate<way>(f, x), i, count, a, r);
+  }
+  static ORIN_INLINE void store_or_decide(const F& f, const Out& y, std::int32_t i, std::int32_t count, Arguments a,
+                                          Results r) {
     if constexpr (marks_results)
       if (lane_bits(special_results(f, y)) != 0) [[unlikely]]
         return special_group(f, i, count < 4 ? count : 4, a, r);
