@@ -164,16 +164,17 @@ class ComplexContest {
     for (Time& time : times) time = {time.best / n, time.median / n};
     return times;
   }
-  // Whether the grade's results are those of std::complex, within its bound and a few units for the reference.
+  // Whether the grade's results are those of the reference in long double, within its bound.
   bool correct(int grade) const {
+    using Wide = std::complex<long double>;
     const Array<Z> a = arguments(1000, 1), b = arguments(1000, 2);
-    Array<Z> expected(a.size());
-    loop(a, b, expected);
-    const double ulp = std::ldexp(1.0, 1 - std::numeric_limits<T>::digits);
+    Array<Wide> exact(a.size());
+    loop(Array<Wide>(a.begin(), a.end()), Array<Wide>(b.begin(), b.end()), exact);
+    const long double ulp = std::ldexp(1.0L, 1 - std::numeric_limits<T>::digits);
     for (std::size_t i = 0; i < a.size(); ++i) {
       const auto r = function_.call(grade, {a[i].real(), a[i].imag()}, {b[i].real(), b[i].imag()});
-      if (!(std::abs(Z(r.re, r.im) - expected[i]) <= (function_.bound(Grade(grade)) + 8) * ulp * std::abs(expected[i])))
-        return false;
+      const long double error = std::abs(Wide(r.re, r.im) - exact[i]);
+      if (!(error <= function_.bound(Grade(grade)) * 1.01L * ulp * std::abs(exact[i]))) return false;
     }
     return true;
   }
@@ -191,7 +192,8 @@ class ComplexContest {
     }
     return values;
   }
-  void loop(const Array<Z>& a, const Array<Z>& b, Array<Z>& r) const {
+  template <class W>
+  void loop(const Array<W>& a, const Array<W>& b, Array<W>& r) const {
     const auto run = [&](auto reference) {
       for (std::size_t i = 0; i < a.size(); ++i) {
         if constexpr (requires { reference(a[i]); })

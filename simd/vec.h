@@ -4,6 +4,7 @@
 // Every verb works lane by lane and is one or two instructions of SSE2; nothing wider is used on any target.
 // Comparisons give masks (all bits of a lane set or clear) of the type compared, to be used with select and any.
 // A number stands for the register that holds it in every lane: x * 2.0.
+// `mutable`: GCC 12 keeps constants of a class without such a member in memory, where they come out of a function.
 #ifndef ORIN_SIMD_VEC_H
 #define ORIN_SIMD_VEC_H
 
@@ -19,7 +20,7 @@ namespace orin::simd {
 // Four 32-bit integers.
 struct Vec4i {
   using Element = std::int32_t;
-  __m128i raw;
+  mutable __m128i raw;
 
   Vec4i() = default;
   ORIN_INLINE Vec4i(__m128i value) : raw(value) {}
@@ -58,7 +59,7 @@ ORIN_INLINE unsigned lane_bits(Vec4i mask) {
 // Two 64-bit integers.
 struct Vec2l {
   using Element = std::int64_t;
-  __m128i raw;
+  mutable __m128i raw;
 
   Vec2l() = default;
   ORIN_INLINE Vec2l(__m128i value) : raw(value) {}
@@ -86,7 +87,7 @@ struct Vec2d {
   using Element = double;
   using Integer = Vec2l;
   static constexpr int lanes = 2;
-  __m128d raw;
+  mutable __m128d raw;
 
   Vec2d() = default;
   ORIN_INLINE Vec2d(__m128d value) : raw(value) {}
@@ -126,7 +127,7 @@ struct Vec4f {
   using Element = float;
   using Integer = Vec4i;
   static constexpr int lanes = 4;
-  __m128 raw;
+  mutable __m128 raw;
 
   Vec4f() = default;
   ORIN_INLINE Vec4f(__m128 value) : raw(value) {}
@@ -169,15 +170,17 @@ struct TwoVec2d {
   Vec2d low, high;
 };
 ORIN_INLINE TwoVec2d widen(Vec4f a) { return {_mm_cvtps_pd(a.raw), _mm_cvtps_pd(_mm_movehl_ps(a.raw, a.raw))}; }
-// The same where shuffles are short: a conversion of what memory holds needs none.
+// Two floats of memory: the one form of the conversion that needs no shuffle, which a compiler would not choose.
+ORIN_INLINE Vec2d load_widened(const float* from) {
+  __m128d result;
+  asm("cvtps2pd %1, %0" : "=x"(result) : "m"(*reinterpret_cast<const __m64*>(from)));
+  return result;
+}
+// A Vec4f where shuffles are short.
 ORIN_INLINE TwoVec2d widen_through_memory(Vec4f a) {
   alignas(16) float memory[4];
   _mm_store_ps(memory, a.raw);
-  asm("" : "+m"(memory));
-  const auto two = [&](const float* from) __attribute__((always_inline)) {
-    return _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from))));
-  };
-  return {two(memory), two(memory + 2)};
+  return {load_widened(memory), load_widened(memory + 2)};
 }
 ORIN_INLINE Vec4f narrow(TwoVec2d a) { return _mm_movelh_ps(_mm_cvtpd_ps(a.low.raw), _mm_cvtpd_ps(a.high.raw)); }
 

@@ -3,13 +3,11 @@
 //
 // Method    HA, LA of double, EP of its quotients: c the middle of one of 417 bins, near t;  atan t = atan c + atan r,
 //           r = (t - c)/(1 + c t), |r| < 2^-6.9;  HA for t = y/x  r = (y - c x)/(x + c y), and y/x itself only picks c
-//           medium as HA for t = y/x, atan c rounded and r from y/x itself in the first bin
 //           LA, EP of single, EP of double for pairs: t = smaller/larger of y and x, the angle is atan t, or pi/2 less
 //           that;  single atan t = t p(t^2), double a cubic in the distance of t from a multiple of 1/64
 // Arguments not negative, no NaN; t below 2^500 (single 2^60); of a pair the larger one within 2^-550 .. 2^400 (single
 //           2^-75 .. 2^44).
 // Budget    HA  in ulp: t - c and y - c x with their products exact; other roundings of r 3 2^-6, last rounding 1/2
-//           medium  in ulp: atan c, r and their sum 1/2 each, where r is small beside atan c or all there is
 //           LA  in units of rounding: y/x 1, atan c 1, sum 1;  single y/x 1, polynomial 2, sum 2
 //           EP  polynomial 2^-32, cubics 2^-30, single 2^-12.2
 // Data      data/atan_data.h from tools/tables/atan.py
@@ -179,18 +177,6 @@ ORIN_INLINE Angle<V> angle(V y, V x) {
   } else {
     return in_octants<grade>(y, x);
   }
-}
-
-// The same, double, HA to 1.5 ulp; not of the origin.
-template <Grade grade>
-ORIN_INLINE Angle<Vec2d> angle_medium(Vec2d y, Vec2d x) {
-  if constexpr (grade != Grade::ha) return angle<grade>(y, x);
-  const auto& c = in_memory(bins<Vec2d>);
-  const Bin<Vec2d> bin = bin_of(c, y / max(x, c.least));
-  const Vec2d x_high = x & from_bits(c.leading);
-  const Vec2d numerator = (y - bin.middle * x_high) - bin.middle * (x - x_high);
-  const Vec2d r = numerator / (x + bin.middle * y);
-  return {bin.arc, r + bend<Grade::la>(c, bin, r)};
 }
 
 }  // namespace orin::vector_math::atan_core

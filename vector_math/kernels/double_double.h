@@ -28,6 +28,13 @@ ORIN_INLINE DoubleDouble two_sum(Vec2d a, Vec2d b) {
   return {sum, (a - (sum - from_b)) + (b - from_b)};
 }
 
+// a - b exactly.
+ORIN_INLINE DoubleDouble two_difference(Vec2d a, Vec2d b) {
+  const Vec2d difference = a - b;
+  const Vec2d from_b = difference - a;
+  return {difference, (a - (difference - from_b)) - (b + from_b)};
+}
+
 // a as a high part of 26 bits, cut, and the rest of at most 27: products of a high part with either are exact.
 ORIN_INLINE DoubleDouble split(Vec2d a) {
   static constexpr Constant<std::int64_t> leading = -(INT64_C(1) << 27);

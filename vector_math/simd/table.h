@@ -17,7 +17,7 @@ namespace orin::vector_math::simd {
 template <int count, int lanes>
 struct LaneIndices {
   static_assert(count <= 16 || count == 32);
-  std::size_t of[lanes];  // as addresses take them
+  mutable std::size_t of[lanes];  // as addresses take them
 
   LaneIndices() = default;
   ORIN_INLINE LaneIndices(std::size_t first, std::size_t second) : of{first, second} {}
