@@ -1,15 +1,18 @@
 // complex_exponential: elementwise e^z and cos a + i sin a, both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    e^(x + i y) = e^x cos y + i e^x sin y, by exp_core_d.h and sincos_core_d.h; single precision in double
-//           HA  e^x = 2^k T (1 + p), cos y = c + c' by sincos_points_d.h:  e^x cos y = 2^k T (c + (c' + p (c + c')))
+// Method    e^(x + i y) = e^x cos y + i e^x sin y, by exp_core_d.h, sincos_core_d.h; in single precision by their
+//           twins, HA in double
+//           HA double  e^x = 2^k T (1 + p), cos y = c + c' by sincos_points_d.h:
+//           e^x cos y = 2^k T (c + (c' + p (c + c')))
 // Bounds    e^z HA each part 2 ulp; LA 8 ulp of the modulus, EP 2^-26, 2^-11 of it; CIS HA each part 1.1 ulp
-// Budget    HA  in ulp: last sum 1/2, up to twice as heavy, last product 1/2; c' and p 2^-5; but where the point is next
-//           to one of a part's zeros, c' and its sum up to twice 1/4
+// Budget    HA  in ulp: last sum 1/2, up to twice as heavy, last product 1/2; c' and p 2^-5; but where the point is
+//           next to one of a part's zeros, c' and its sum up to twice 1/4
 // Special   C Annex G; a part that overflows -> status 3; e^x below the least normal number -> status 4; finite x with
 //           infinite y, and +inf with it -> NaN, status 1. CIS of +-inf -> NaN, status 1
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/complex_periodic.h"
+#include "vector_math/kernels/exp_core_s.h"
 
 namespace orin::vector_math {
 
@@ -38,10 +41,15 @@ struct Exp {
   static constexpr const char* name_c = "vcExp";
   static constexpr const char* name_z = "vzExp";
   template <class T>
-  static constexpr std::int32_t last_word = sizeof(T) == 8 ? 0x40860fff : 0x42adffff;  // below 706, 87
+  static constexpr std::int32_t last_word = sizeof(T) == 8 ? 0x40860fff : 0x42acffff;  // below 706, 86.5
 
   template <Grade grade>
-  static ORIN_INLINE ComplexD of(Vec2d x, const Parts<grade>& parts) {
+  static ORIN_INLINE Complex<Vec4f> of(Vec4f x, const Parts<Vec4f, grade>& parts) {
+    const Vec4f e = exp_s::Power<grade>::template of<0>(x);
+    return {e * parts.cosine(), e * parts.sine()};
+  }
+  template <Grade grade>
+  static ORIN_INLINE ComplexD of(Vec2d x, const Parts<Vec2d, grade>& parts) {
     if constexpr (grade == Grade::ha) {
       const Exponential e(x);
       static constexpr Constant<double> one = 1.0;
@@ -80,7 +88,8 @@ struct Exp {
 
 template <class T, Grade grade>
 struct Cis : OneToOther<T, ComplexOf<T>> {
-  using V = typename RegisterOf<T>::type;
+  using W = Work<T, grade>;
+  using V = typename W::V;
   using Z = ComplexOf<T>;
   static constexpr const char* name = sizeof(T) == 8 ? "vzCIS" : "vcCIS";
   static constexpr T ordinary = 0;
@@ -91,16 +100,16 @@ struct Cis : OneToOther<T, ComplexOf<T>> {
     return magnitude(words) > in_memory(last);
   }
   static ORIN_INLINE Vec4i beyond_fast(Vec4i words) {
-    static constexpr Constant<std::int32_t> last = sizeof(T) == 8 ? sincos_d::reduce_to_word : 0x497fffff;
+    static constexpr Constant<std::int32_t> last = W::last_word;
     return magnitude(words) > in_memory(last);
   }
   static ORIN_INLINE Complex<V> fast(V a) {
-    return in_double(
-        a, [](Vec2d y) __attribute__((always_inline)) { return Angles<grade>::near(y); });
+    return value(
+        a, [](auto y) __attribute__((always_inline)) { return W::Angle::near(y); });
   }
   static ORIN_INLINE Complex<V> wide(V a) {
-    return in_double(
-        a, [](Vec2d y) __attribute__((always_inline)) { return Angles<grade>::any(y); });
+    return value(
+        a, [](auto y) __attribute__((always_inline)) { return W::Angle::any(y); });
   }
   static Outcome<Z> special(T a) {
     constexpr T nan = std::numeric_limits<T>::quiet_NaN();
@@ -109,13 +118,13 @@ struct Cis : OneToOther<T, ComplexOf<T>> {
   }
 
  private:
-  static ORIN_INLINE Complex<V> in_double(V a, auto angle) {
-    if constexpr (sizeof(T) == 8) {
-      const Parts<grade> parts = angle(a);
+  static ORIN_INLINE Complex<V> value(V a, auto angle) {
+    if constexpr (!W::widened) {
+      const auto parts = angle(a);
       return {parts.cosine(), parts.sine()};
     } else {
       const TwoVec2d y = widen(a);
-      const Parts<grade> low = angle(y.low), high = angle(y.high);
+      const auto low = angle(y.low), high = angle(y.high);
       return {narrow({low.cosine(), high.cosine()}), narrow({low.sine(), high.sine()})};
     }
   }
@@ -125,17 +134,16 @@ struct Cis : OneToOther<T, ComplexOf<T>> {
 
 ORIN_COMPLEX_PERIODIC(exp, Straight<Exp>)
 
-void ORIN_CALL cis_c(std::int32_t n, const float* a, KorComplex8* r) {
-  elementwise<Cis<float, Grade::ep>>({}, n, {a}, {r});
-}
-void ORIN_CALL cis_z_la(std::int32_t n, const double* a, KorComplex16* r) {
-  elementwise<Cis<double, Grade::la>>({}, n, {a}, {r});
-}
-void ORIN_CALL cis_z_ha(std::int32_t n, const double* a, KorComplex16* r) {
-  elementwise<Cis<double, Grade::ha>>({}, n, {a}, {r});
-}
-void ORIN_CALL cis_z_ep(std::int32_t n, const double* a, KorComplex16* r) {
-  elementwise<Cis<double, Grade::ep>>({}, n, {a}, {r});
-}
+#define ORIN_CIS(name, T, grade)                                               \
+  void ORIN_CALL name##_##grade(std::int32_t n, const T* a, ComplexOf<T>* r) { \
+    elementwise<Cis<T, Grade::grade>>({}, n, {a}, {r});                        \
+  }
+ORIN_CIS(cis_c, float, la)
+ORIN_CIS(cis_c, float, ha)
+ORIN_CIS(cis_c, float, ep)
+ORIN_CIS(cis_z, double, la)
+ORIN_CIS(cis_z, double, ha)
+ORIN_CIS(cis_z, double, ep)
+#undef ORIN_CIS
 
 }  // namespace orin::vector_math

@@ -5,16 +5,19 @@
 //           sincos_points_d.h
 //           sinh z = S c + i C s,  cosh z = C c + i S s,  tanh z = (S C + i s c)/(S^2 + c^2)
 //           with the parts of a number exchanged:  sin z' = (sinh z)',  cos z' = conj(cosh z),  tan z' = (tanh z)'
-//           HA products of sums (A + A')(a + a') = A a + (A a' + A' (a + a')): nothing is rounded but these two terms;
-//           tanh HA takes the larger square and S C as pairs; single precision all in double
+//           HA products of sums (A + A')(a + a') = A a + (A a' + A' (a + a')): nothing is rounded but these two terms
+//           tanh HA takes the larger square and S C as pairs
+//           single precision in floats by hyperbolic_core_s.h, sincos_core_s.h, tanh of |x| beyond 43 as of 43:
+//           off by 2^-122; HA in double
 // Bounds    in ulp of the modulus: HA sinh, cosh 2.1, tanh 4; LA 8; EP 2^-26, 2^-11 of it
 // Budget    HA  in ulp: A 1/2, for |x| beyond 1/3; product and sum 1/2 each; what they lack 2^-4. Next to a zero of
 //           s the first product is none and the second counts: rounding of a', of C, of their product 1/2 each
 //           tanh: S, s, c 0.53 each, up to twice as heavy, squares, quotient 1/2 each; S and c count twice below the
-//           line
+//           line;  LA single  in 2^-24: S, C, s, c 3 each, product 1
 // Special   C Annex G; a part that overflows -> status 3; infinite y, but tanh +-inf -> NaN, status 1
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/complex_periodic.h"
+#include "vector_math/kernels/hyperbolic_core_s.h"
 #include "vector_math/kernels/log_base.h"
 #include "vector_math/kernels/sinh_cosh_core_d.h"
 
@@ -25,6 +28,21 @@ using namespace complex_periodic;
 namespace {
 
 using sinh_cosh_d::SinhCosh;
+
+// The same in floats.
+template <Grade grade>
+struct SinhCoshSingle {
+  Vec4f x;
+  hyperbolic_s::Parts parts;
+
+  explicit ORIN_INLINE SinhCoshSingle(Vec4f argument) : x(argument), parts(hyperbolic_s::parts<grade>(abs(argument))) {}
+  ORIN_INLINE Vec4f sinh() const {
+    return with_sign_of(parts.a + (parts.a * parts.less_one + parts.b * parts.sine), x);
+  }
+  ORIN_INLINE Vec4f cosh() const { return parts.b + (parts.b * parts.less_one + parts.a * parts.sine); }
+};
+template <class V, Grade grade>
+using SinhCoshOf = std::conditional_t<V::lanes == 2, SinhCosh<grade>, SinhCoshSingle<grade>>;
 
 // sinh x and cosh x times a part, without rounding the numbers first. Zeros are given their sign.
 ORIN_INLINE Vec2d sinh_times(const SinhCosh<Grade::ha>& h, Vec2d x, const auto& part) {
@@ -49,9 +67,9 @@ struct Sinh {
   template <class T>
   static constexpr std::int32_t last_word = sizeof(T) == 8 ? sinh_cosh_d::largest_word : 0x42afffff;  // below 88
 
-  template <Grade grade>
-  static ORIN_INLINE ComplexD of(Vec2d x, const Parts<grade>& parts) {
-    const SinhCosh<grade> h(x);
+  template <Grade grade, class V>
+  static ORIN_INLINE Complex<V> of(V x, const auto& parts) {
+    const SinhCoshOf<V, grade> h(x);
     if constexpr (grade == Grade::ha) {
       return {sinh_times(h, x, parts.cosine_part), cosh_times(h, parts.sine_part)};
     }
@@ -85,17 +103,18 @@ struct Cosh {
   template <class T>
   static constexpr std::int32_t last_word = Sinh::last_word<T>;
 
-  template <Grade grade>
-  static ORIN_INLINE ComplexD of(Vec2d x, const Parts<grade>& parts) {
-    const SinhCosh<grade> h(x);
+  template <Grade grade, class V>
+  static ORIN_INLINE Complex<V> of(V x, const auto& parts) {
+    const SinhCoshOf<V, grade> h(x);
     if constexpr (grade == Grade::ha) {
       return {cosh_times(h, parts.cosine_part), sinh_times(h, x, parts.sine_part)};
     }
     return {h.cosh() * parts.cosine(), h.sinh() * parts.sine()};
   }
-  static ORIN_INLINE ComplexD turned_back(ComplexD z) {
-    static constexpr Constant<double> minus_zero = -0.0;
-    return {z.re, z.im ^ Vec2d(in_memory(minus_zero))};
+  template <class V>
+  static ORIN_INLINE Complex<V> turned_back(Complex<V> z) {
+    static constexpr Constant<typename V::Element> minus_zero = -typename V::Element(0);
+    return {z.re, z.im ^ V(in_memory(minus_zero))};
   }
   static KorComplex16 turned_back(KorComplex16 z) { return {z.re, -z.im}; }
 
@@ -125,13 +144,17 @@ struct Tanh {
   template <class T>
   static constexpr std::int32_t last_word = sizeof(T) == 8 ? 0x4075dfff : 0x43aeffff;  // below 350
 
-  template <Grade grade>
-  static ORIN_INLINE ComplexD of(Vec2d x, const Parts<grade>& parts) {
-    const Vec2d sine = parts.sine(), cosine = parts.cosine();
+  template <Grade grade, class V>
+  static ORIN_INLINE Complex<V> of(V x, const auto& parts) {
+    const V sine = parts.sine(), cosine = parts.cosine();
     if constexpr (grade != Grade::ha) {
-      const SinhCosh<grade> h(x);
-      const Vec2d sinh = h.sinh();
-      const Vec2d below = sinh * sinh + cosine * cosine;
+      if constexpr (V::lanes == 4) {
+        static constexpr Constant<float> largest = 43.0f;  // its square is finite; from 9 on the modulus is 1
+        x = with_sign_of(min(abs(x), in_memory(largest)), x);
+      }
+      const SinhCoshOf<V, grade> h(x);
+      const V sinh = h.sinh();
+      const V below = sinh * sinh + cosine * cosine;
       return {sinh * h.cosh() / below, sine * cosine / below};
     } else {
       // Where S is the larger one, the real part is near +-1: what rounding takes below the line comes off above it, too.

@@ -4,19 +4,21 @@
 // A function is a record F, periodic along the imaginary axis, with
 //   name_c, name_z          the names in reports
 //   last_word<T>            high word of the largest |re| that `of` takes, in precision T
-//   of<grade>(x, parts)     the value at x + i y, in double; parts: Parts<grade> of the angle y
+//   of<grade>(x, parts)     the value at x + i y, x in Vec2d or, in LA and EP, Vec4f; parts: Parts<V, grade> of y
 //   special<T, grade>(z)    the Outcome of one special argument of precision T, in double
 // Turned<F> is the function along the other axis: arguments have their parts exchanged, results are F::turned_back.
-// The double EP grade is good for every grade in single precision: 2^-26 is an eighth of its ulp.
+// Single precision: LA and EP in floats, HA in doubles of grade EP, for 2^-26 is an eighth of its ulp.
 #ifndef ORIN_VECTOR_MATH_KERNELS_COMPLEX_PERIODIC_H
 #define ORIN_VECTOR_MATH_KERNELS_COMPLEX_PERIODIC_H
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include "vector_math/kernels/exp_core_d.h"
 #include "vector_math/kernels/exponential.h"
+#include "vector_math/kernels/sincos_core_s.h"
 #include "vector_math/kernels/sincos_points_d.h"
 #include "vector_math/simd/complex.h"
 
@@ -30,21 +32,49 @@ inline constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
 inline bool is_nan(double x) { return x != x; }
 inline bool is_infinite(double x) { return std::fabs(x) == infinity; }
 
-// How a grade takes sine and cosine: HA as leading numbers and what these lack.
-template <Grade grade>
+// Sine and cosine of an angle in a register. HA of doubles has them as leading numbers and what these lack.
+template <class V, Grade grade>
 struct Angles {
   using Parts = sincos_d::Parts<grade>;
+  static constexpr std::int32_t last_word = sincos_d::reduce_to_word;  // of `near`
   static ORIN_INLINE Parts near(Vec2d y) { return Parts(sincos_d::reduce<grade>(y)); }
   static ORIN_INLINE Parts any(Vec2d y) { return Parts(sincos_d::reduce_any<grade>(y)); }
 };
 template <>
-struct Angles<Grade::ha> {
+struct Angles<Vec2d, Grade::ha> {
   using Parts = sincos_points_d::Parts;
+  static constexpr std::int32_t last_word = sincos_d::reduce_to_word;
   static ORIN_INLINE Parts near(Vec2d y) { return Parts(sincos_points_d::reduce(y)); }
   static ORIN_INLINE Parts any(Vec2d y) { return Parts(sincos_points_d::reduce_any(y)); }
 };
 template <Grade grade>
-using Parts = typename Angles<grade>::Parts;
+struct Angles<Vec4f, grade> {
+  class Parts {
+   public:
+    explicit ORIN_INLINE Parts(const sincos_s::Angle& angle) : both_(sincos_s::sine_and_cosine<grade>(angle)) {}
+    ORIN_INLINE Vec4f sine() const { return both_.first; }
+    ORIN_INLINE Vec4f cosine() const { return both_.second; }
+
+   private:
+    Two<Vec4f> both_;
+  };
+  static constexpr std::int32_t last_word = sincos_s::last_word<grade>;
+  static ORIN_INLINE Parts near(Vec4f y) { return Parts(sincos_s::QuarterTurns<grade>::reduce(y)); }
+  static ORIN_INLINE Parts any(Vec4f y) { return Parts(sincos_s::QuarterTurns<grade>::reduce_any(y)); }
+};
+template <class V, Grade grade>
+using Parts = typename Angles<V, grade>::Parts;
+
+// The register and grade in which results of T are computed, and the bound of its angles' reduction.
+template <class T, Grade grade>
+struct Work {
+  static constexpr bool widened = sizeof(T) == 4 && grade == Grade::ha;
+  static constexpr Grade in_grade = widened ? Grade::ep : grade;
+  using V = typename RegisterOf<T>::type;
+  using Register = std::conditional_t<widened, Vec2d, V>;
+  using Angle = Angles<Register, in_grade>;
+  static constexpr std::int32_t last_word = widened ? 0x497fffff : Angle::last_word;  // below 2^20
+};
 
 // Sine and cosine of any finite number.
 struct SineAndCosine {
@@ -52,7 +82,7 @@ struct SineAndCosine {
 };
 template <Grade grade>
 SineAndCosine sine_and_cosine(double y) {
-  const auto parts = Angles<grade>::any(y);
+  const auto parts = Angles<Vec2d, grade>::any(y);
   return {first_lane(parts.sine()), first_lane(parts.cosine())};
 }
 
@@ -110,7 +140,8 @@ struct Turned : F {
 
 template <class F, class T, Grade grade>
 struct Periodic : OneToOne<ComplexOf<T>> {
-  using V = typename RegisterOf<T>::type;
+  using W = Work<T, grade>;
+  using V = typename W::V;
   using Z = ComplexOf<T>;
   static constexpr bool is_double = sizeof(T) == 8;
   static constexpr const char* name = is_double ? F::name_z : F::name_c;
@@ -118,22 +149,21 @@ struct Periodic : OneToOne<ComplexOf<T>> {
   static constexpr int groups_per_step = 1;
 
   static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> w) { return outside(w, is_double ? 0x7fefffff : 0x7f7fffff); }
-  static ORIN_INLINE Vec4i beyond_fast(Complex<Vec4i> w) {
-    return outside(w, is_double ? sincos_d::reduce_to_word : 0x497fffff);  // 2^20
-  }
+  static ORIN_INLINE Vec4i beyond_fast(Complex<Vec4i> w) { return outside(w, W::last_word); }
   static ORIN_INLINE Complex<V> fast(Complex<V> z) {
-    return in_double(
-        z, [](Vec2d y) __attribute__((always_inline)) { return Angles<grade>::near(y); });
+    return value(
+        z, [](auto y) __attribute__((always_inline)) { return W::Angle::near(y); });
   }
   static ORIN_INLINE Complex<V> wide(Complex<V> z) {
-    return in_double(
-        z, [](Vec2d y) __attribute__((always_inline)) { return Angles<grade>::any(y); });
+    return value(
+        z, [](auto y) __attribute__((always_inline)) { return W::Angle::any(y); });
   }
   static Outcome<Z> special(Z z) {
+    constexpr Grade in_double = is_double ? grade : Grade::ep;
     const KorComplex16 turned = F::turn(KorComplex16{z.re, z.im});
-    const Outcome<KorComplex16> outcome = F::template special<T, grade>(turned);
-    const KorComplex16 value = F::turned_back(outcome.value[0]);
-    return {{{static_cast<T>(value.re), static_cast<T>(value.im)}}, outcome.status};
+    const Outcome<KorComplex16> outcome = F::template special<T, in_double>(turned);
+    const KorComplex16 result = F::turned_back(outcome.value[0]);
+    return {{{static_cast<T>(result.re), static_cast<T>(result.im)}}, outcome.status};
   }
 
  private:
@@ -142,35 +172,33 @@ struct Periodic : OneToOne<ComplexOf<T>> {
     static constexpr Constant<std::int32_t> last = F::template last_word<T>;
     return (magnitude(w.re) > in_memory(last)) | (magnitude(w.im) > Vec4i(last_im));
   }
-  static ORIN_INLINE ComplexD one(ComplexD z, auto angle) {
+  template <class R>
+  static ORIN_INLINE Complex<R> one(Complex<R> z, auto angle) {
     z = F::turn(z);
-    return F::turned_back(F::template of<grade>(z.re, angle(z.im)));
+    return F::turned_back(F::template of<W::in_grade>(z.re, angle(z.im)));
   }
-  static ORIN_INLINE Complex<V> in_double(Complex<V> z, auto angle) {
-    if constexpr (is_double) {
+  static ORIN_INLINE Complex<V> value(Complex<V> z, auto angle) {
+    if constexpr (!W::widened) {
       return one(z, angle);
     } else {
       const TwoVec2d re = widen(z.re), im = widen(z.im);
-      const ComplexD low = one({re.low, im.low}, angle), high = one({re.high, im.high}, angle);
+      const ComplexD low = one(ComplexD{re.low, im.low}, angle), high = one(ComplexD{re.high, im.high}, angle);
       return {narrow({low.re, high.re}), narrow({low.im, high.im})};
     }
   }
 };
 
-// The kernels of a function: double in three grades, single in one.
-#define ORIN_COMPLEX_PERIODIC(name, F)                                                 \
-  void ORIN_CALL name##_c(std::int32_t n, const KorComplex8* a, KorComplex8* r) {      \
-    elementwise<Periodic<F, float, Grade::ep>>({}, n, {a}, {r});                       \
-  }                                                                                    \
-  void ORIN_CALL name##_z_la(std::int32_t n, const KorComplex16* a, KorComplex16* r) { \
-    elementwise<Periodic<F, double, Grade::la>>({}, n, {a}, {r});                      \
-  }                                                                                    \
-  void ORIN_CALL name##_z_ha(std::int32_t n, const KorComplex16* a, KorComplex16* r) { \
-    elementwise<Periodic<F, double, Grade::ha>>({}, n, {a}, {r});                      \
-  }                                                                                    \
-  void ORIN_CALL name##_z_ep(std::int32_t n, const KorComplex16* a, KorComplex16* r) { \
-    elementwise<Periodic<F, double, Grade::ep>>({}, n, {a}, {r});                      \
+#define ORIN_COMPLEX_PERIODIC_KERNEL(name, F, T, grade)                                   \
+  void ORIN_CALL name##_##grade(std::int32_t n, const ComplexOf<T>* a, ComplexOf<T>* r) { \
+    elementwise<Periodic<F, T, Grade::grade>>({}, n, {a}, {r});                           \
   }
+#define ORIN_COMPLEX_PERIODIC(name, F)                  \
+  ORIN_COMPLEX_PERIODIC_KERNEL(name##_c, F, float, la)  \
+  ORIN_COMPLEX_PERIODIC_KERNEL(name##_c, F, float, ha)  \
+  ORIN_COMPLEX_PERIODIC_KERNEL(name##_c, F, float, ep)  \
+  ORIN_COMPLEX_PERIODIC_KERNEL(name##_z, F, double, la) \
+  ORIN_COMPLEX_PERIODIC_KERNEL(name##_z, F, double, ha) \
+  ORIN_COMPLEX_PERIODIC_KERNEL(name##_z, F, double, ep)
 
 }  // namespace orin::vector_math::complex_periodic
 
