@@ -277,6 +277,25 @@ TYPED_TEST(ArcsAndHyperbolic, NoStepAtTheSeams) {
   }
 }
 
+// Whatever the quotient, the bin that the difference of the bits picks has a middle next to it in angle.
+TEST(ArcTables, BitsPickTheBin) {
+  using namespace atan_data;
+  constexpr double power_of_two = 0x1p47;
+  std::mt19937_64 random(5);
+  for (int k = 0; k < 100000; ++k) {
+    const auto any = [&] {
+      return std::ldexp(1 + static_cast<double>(random() >> 12) * 0x1p-52, static_cast<int>(random() % 16));
+    };
+    const double y = any(), x = any();
+    const double distance = static_cast<double>(bits_of(y)) - static_cast<double>(bits_of(x));
+    const int bin = std::clamp(static_cast<int>(std::floor(distance / power_of_two)), -224, 224) + 224;
+    const double c = points[2 * bin], arc = points[2 * bin + 1];
+    const double reach = bin == 0 || bin == 448 ? 0x1p-7 : 0x1.0cp-5;
+    ASSERT_LE(std::fabs(std::atan2(y, x) - arc), reach) << y << ' ' << x;
+    ASSERT_NEAR(std::atan(c), arc, 0x1p-51) << bin;
+  }
+}
+
 // The products with the middle of a bin are exact because it has seven bits; high parts and rests fit together.
 TEST(ArcTables, FollowTheirRules) {
   using namespace atan_data;
