@@ -3,6 +3,10 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
+#include <algorithm>
 #include "tests/vector_math/reference_cases.h"
 #include "vector_math/catalog.h"
 #include "vector_math/data/asin_data.h"
@@ -280,17 +284,16 @@ TYPED_TEST(ArcsAndHyperbolic, NoStepAtTheSeams) {
 // Whatever the quotient, the bin that the difference of the bits picks has a middle next to it in angle.
 TEST(ArcTables, BitsPickTheBin) {
   using namespace atan_data;
-  constexpr double power_of_two = 0x1p47;
   std::mt19937_64 random(5);
   for (int k = 0; k < 100000; ++k) {
     const auto any = [&] {
       return std::ldexp(1 + static_cast<double>(random() >> 12) * 0x1p-52, static_cast<int>(random() % 16));
     };
     const double y = any(), x = any();
-    const double distance = static_cast<double>(bits_of(y)) - static_cast<double>(bits_of(x));
-    const int bin = std::clamp(static_cast<int>(std::floor(distance / power_of_two)), -224, 224) + 224;
+    const auto distance = static_cast<std::int64_t>(bits_of(y) - bits_of(x));
+    const auto bin = std::clamp<std::int64_t>(distance >> 47, -224, 224) + 224;
     const double c = points[2 * bin], arc = points[2 * bin + 1];
-    const double reach = bin == 0 || bin == 448 ? 0x1p-7 : 0x1.0cp-5;
+    const double reach = bin == 0 || bin == 448 ? 0x1p-7 : 0x1.0dp-5;
     ASSERT_LE(std::fabs(std::atan2(y, x) - arc), reach) << y << ' ' << x;
     ASSERT_NEAR(std::atan(c), arc, 0x1p-51) << bin;
   }
