@@ -598,7 +598,7 @@ alignas(64) inline constexpr double points[898] = {
     0x1.f81f8276255a8p+6, 0x1.9017b80fe9384p+0, 0x1p+60, 0x1.921fb54442d18p+0,
 };
 
-// atan r = r + points_q r^3 for r from c to quotients of its bin, relative error of the angle below 2^-27.1.
+// atan r = r + points_q r^3 for r from c to quotients of its bin, relative error of the angle below 2^-27.0.
 inline constexpr double points_q = -0x1.5535555555555p-2;
 
 // atan r = r + ha_d_0 r^3 + ha_d_1 r^5 + ha_d_2 r^7, |r| <= 0.008301, relative error below 2^-65.2.

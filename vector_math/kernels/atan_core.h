@@ -12,7 +12,7 @@
 // Budget    HA  in ulp: t - c and y - c x with their products exact; other roundings of r 3 2^-6, last rounding 1/2
 //           medium  in ulp: atan c, r and their sum 1/2 each, where r is small beside atan c or all there is
 //           LA  in units of rounding: y/x 1, atan c 1, sum 1;  single y/x 1, polynomial 2, sum 2
-//           EP  polynomial 2^-32, of pairs 2^-27.1, single 2^-12.2
+//           EP  polynomial 2^-32, of pairs 2^-27.0, single 2^-12.2
 // Data      data/atan_data.h from tools/tables/atan.py
 // Source    J.-M. Muller, Elementary Functions, 3rd ed. (2016), section 4.3, for the reduction by a table
 #ifndef ORIN_VECTOR_MATH_KERNELS_ATAN_CORE_H
