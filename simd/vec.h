@@ -51,6 +51,8 @@ ORIN_INLINE Vec4i shift_right_signed(Vec4i a) {
 ORIN_INLINE Vec4i select(Vec4i mask, Vec4i a, Vec4i b) {
   return _mm_or_si128(_mm_and_si128(mask.raw, a.raw), _mm_andnot_si128(mask.raw, b.raw));
 }
+// The larger of the upper halves of each lane, as signed numbers; the lower halves are of no use.
+ORIN_INLINE Vec4i larger_upper_halves(Vec4i a, Vec4i b) { return _mm_max_epi16(a.raw, b.raw); }
 // Bit k is the top bit of lane k.
 ORIN_INLINE unsigned lane_bits(Vec4i mask) {
   return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(mask.raw)));

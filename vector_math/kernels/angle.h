@@ -42,6 +42,14 @@ ORIN_INLINE Angle<V> on_side_in_parts(Angle<V> angle, V mask) {
   const V rest = ((base - sum) + high) + (mask & c.pi_rest);
   return {sum, rest + low};
 }
+// The same of an angle in one part.
+template <class V>
+ORIN_INLINE V on_side(V angle, V mask) {
+  using T = typename V::Element;
+  static constexpr struct { simd::Constant<T> minus_zero = -T(0), pi = vector_math::pi<T>; } constants{};
+  const auto& c = simd::in_memory(constants);
+  return (mask & c.pi) + (angle ^ (mask & c.minus_zero));
+}
 template <Grade grade, class V>
 ORIN_INLINE V on_side(Angle<V> angle, V mask) {
   const Angle<V> parts = on_side_in_parts<grade>(angle, mask);

@@ -31,13 +31,17 @@ struct PointAngle {
   }
   static ORIN_INLINE simd::Vec4i special_lanes(simd::Vec4i y, simd::Vec4i x) {
     const simd::Vec4i first = magnitude(y), second = magnitude(x);
-    return special_lanes(select(first > second, first, second));
+    if constexpr (sizeof(T) == 4 && grade == Grade::ha) return special_lanes(select(first > second, first, second));
+    return special_lanes(larger_upper_halves(first, second));  // the limits look at no more
   }
 
   static ORIN_INLINE V fast(V y, V x) {
     if constexpr (by_octants && grade == Grade::la) return medium(y, x);
     static constexpr simd::Constant<T> zero = 0;
-    return with_sign_of(on_side<grade>(atan_core::angle<grade>(abs(y), abs(x)), x < in_memory(zero)), y);
+    const Angle<V> angle = atan_core::angle<grade>(abs(y), abs(x));
+    const V left = x < in_memory(zero);
+    if constexpr (grade == Grade::ha) return with_sign_of(on_side<grade>(angle, left), y);
+    return with_sign_of(on_side(angle.high + angle.low, left), y);
   }
   // HA double to 1.3 ulp.
   static ORIN_INLINE V medium(V y, V x) {
