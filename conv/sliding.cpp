@@ -15,6 +15,8 @@ namespace {
 // Registers that a tile accumulates in. Six independent sums hide the latency of the adder and, with a tap and a
 // product, fill the eight registers of the 32-bit build; twelve of sixteen amortise a tile's fixed cost better.
 constexpr std::size_t tile_registers = sizeof(void*) == 8 ? 12 : 6;
+// Twelve are enough to take in steps at the ends of the source.
+constexpr bool ends_in_steps = tile_registers == 12;
 constexpr std::size_t group_tiles = 32;
 constexpr std::size_t chunk_taps = 128;
 
@@ -35,41 +37,91 @@ struct Tiling {
   static constexpr std::size_t half_outputs = half_vectors * Lanes::lanes / P::parts;
 };
 
-// sums += tap x for `count` taps; fresh sums start from zero. Real: sums[r] belongs to output vector r. Complex: sums[2
-// r] takes the real parts of the taps, sums[2 r + 1] the imaginary ones.
-template <class P, std::size_t Registers, bool Fresh>
-void accumulate_tile(typename P::Sum* sums, const typename P::Sum* taps, const typename P::Sum* x, std::size_t count) {
+// sums += tap v, for the output vectors First .. Last - 1 of a tile, whose source vectors begin at `at`. Real: sums[r]
+// belongs to output vector r. Complex: sums[2 r] takes the real parts of the taps, sums[2 r + 1] the imaginary ones.
+template <class P, std::size_t First, std::size_t Last>
+[[gnu::always_inline]] inline void take_tap(typename Simd<typename P::Sum>::Vector* sums, const typename P::Sum* tap,
+                                            const typename P::Sum* at) {
+  using Lanes = Simd<typename P::Sum>;
+  // Opaque to the compiler, which else keeps vectors of one tap for later ones in registers that it does not have.
+  asm("" : "+r"(at));
+  const auto first_part = Lanes::load(tap);
+  unrolled<Last - First>([&](auto i) __attribute__((always_inline)) {
+    constexpr std::size_t r = First + i;
+    const auto v = Lanes::load_any(at + r * Lanes::lanes);
+    sums[P::parts * r] = sums[P::parts * r] + first_part * v;
+    if constexpr (P::parts == 2) sums[2 * r + 1] = sums[2 * r + 1] + Lanes::load(tap + Lanes::lanes) * v;
+  });
+}
+
+// The sums of `Vectors` vectors of outputs in registers.
+template <class P, std::size_t Vectors>
+struct TileSums {
   using Sum = typename P::Sum;
   using Lanes = Simd<Sum>;
-  typename Lanes::Vector sum[Registers];
-  unrolled<Registers>([&](auto r) __attribute__((always_inline)) {
-    sum[r] = Fresh ? Lanes::zero() : Lanes::load_any(sums + r * Lanes::lanes);
-  });
-  const auto take = [&](const Sum* tap, const Sum* at) __attribute__((always_inline)) {
-    // Opaque to the compiler, which else keeps vectors of one tap for later ones in registers that it does not have.
-    asm("" : "+r"(at));
-    if constexpr (P::parts == 1) {
-      const auto h = Lanes::load(tap);
-      unrolled<Registers>([&](auto r) __attribute__((always_inline)) {
-        sum[r] = sum[r] + h * Lanes::load_any(at + r * Lanes::lanes);
-      });
-    } else {
-      const auto re = Lanes::load(tap), im = Lanes::load(tap + Lanes::lanes);
-      unrolled<Registers / 2>([&](auto r) __attribute__((always_inline)) {
-        const auto v = Lanes::load_any(at + r * Lanes::lanes);
-        sum[2 * r] = sum[2 * r] + re * v;
-        sum[2 * r + 1] = sum[2 * r + 1] + im * v;
-      });
-    }
-  };
-  constexpr std::size_t tap_scalars = Tiling<P>::tap_scalars;
-  for (; count >= 2; count -= 2, x += 2 * P::parts, taps += 2 * tap_scalars) {
-    take(taps, x);
-    take(taps + tap_scalars, x + P::parts);
+  static constexpr std::size_t registers = P::parts * Vectors;
+
+  typename Lanes::Vector of[registers];
+
+  [[gnu::always_inline]] explicit TileSums(const Sum* sums) {
+    unrolled<registers>([&](auto r)
+                            __attribute__((always_inline)) { of[r] = Lanes::load_any(sums + r * Lanes::lanes); });
   }
-  if (count > 0) take(taps, x);
-  unrolled<Registers>([&](auto r)
-                          __attribute__((always_inline)) { Lanes::store_any(sums + r * Lanes::lanes, sum[r]); });
+  [[gnu::always_inline]] TileSums() {
+    unrolled<registers>([&](auto r) __attribute__((always_inline)) { of[r] = Lanes::zero(); });
+  }
+  [[gnu::always_inline]] void store(Sum* sums) const {
+    unrolled<registers>([&](auto r)
+                            __attribute__((always_inline)) { Lanes::store_any(sums + r * Lanes::lanes, of[r]); });
+  }
+};
+
+// Adds `count` taps to the sums of a tile, or of its lower vectors; fresh sums start from zero.
+template <class P, std::size_t Vectors, bool Fresh>
+void accumulate_tile(typename P::Sum* sums, const typename P::Sum* taps, const typename P::Sum* x, std::size_t count) {
+  constexpr std::size_t tap_scalars = Tiling<P>::tap_scalars;
+  auto tile = [&]() __attribute__((always_inline)) {
+    if constexpr (Fresh)
+      return TileSums<P, Vectors>();
+    else
+      return TileSums<P, Vectors>(sums);
+  }
+  ();
+  for (; count >= 2; count -= 2, x += 2 * P::parts, taps += 2 * tap_scalars) {
+    take_tap<P, 0, Vectors>(tile.of, taps, x);
+    take_tap<P, 0, Vectors>(tile.of, taps + tap_scalars, x + P::parts);
+  }
+  if (count > 0) take_tap<P, 0, Vectors>(tile.of, taps, x);
+  tile.store(sums);
+}
+
+// The same at the ends of the source, where output i of the tile meets it with the taps for which begin <= k + i < end:
+// vectors of outputs join from the upper end of the tile as the taps go on, and leave from there.
+template <class P, std::size_t Vectors>
+void accumulate_end_tile(typename P::Sum* sums, const typename P::Sum* taps, const typename P::Sum* x, Place count,
+                         Place begin, Place end) {
+  using T = Tiling<P>;
+  constexpr auto per_vector = static_cast<Place>(T::Lanes::lanes / P::parts);
+  TileSums<P, Vectors> tile(sums);
+  Place k = 0;
+  const auto take_until = [&]<std::size_t First, std::size_t Last>(Place stop) __attribute__((always_inline)) {
+    for (stop = std::min(stop, count); k < stop; ++k, taps += T::tap_scalars, x += P::parts)
+      take_tap<P, First, Last>(tile.of, taps, x);
+  };
+  const auto joins = [&](std::size_t r) { return begin - static_cast<Place>(r + 1) * per_vector + 1; };
+  const auto leaves = [&](std::size_t r) { return end - static_cast<Place>(r) * per_vector; };
+  // In steps of four sums, the fewest that hide the latency of the adder.
+  constexpr std::size_t step = 4 / P::parts, steps = (Vectors - 1) / step;
+  unrolled<steps>([&](auto i) __attribute__((always_inline)) {
+    constexpr std::size_t first = Vectors - (i + 1) * step;
+    take_until.template operator()<first, Vectors>(joins(first - 1));
+  });
+  take_until.template operator()<0, Vectors>(leaves(steps * step));
+  unrolled<steps>([&](auto i) __attribute__((always_inline)) {
+    constexpr std::size_t last = (steps - i) * step;
+    take_until.template operator()<0, last>(leaves(last - step));
+  });
+  tile.store(sums);
 }
 
 // The same for taps that are infinite or NaN, in a tile where not every tap meets the source at every output: output i
@@ -180,14 +232,6 @@ class Group {
   static constexpr auto parts = static_cast<std::ptrdiff_t>(P::parts);
   static constexpr auto per_vector = static_cast<std::ptrdiff_t>(Lanes::lanes / P::parts);
   static constexpr std::size_t window_elements = chunk_taps + T::group_outputs;
-  static constexpr Place taps_worth_a_split = 8;  // that half a tile need not take
-  static constexpr std::size_t half_registers = P::parts * T::half_vectors;
-  // Two halves make a tile, and a half hides the latency of its additions.
-  static constexpr bool halves_are_fast = T::vectors == 2 * T::half_vectors && half_registers >= 4;
-  static constexpr decltype(&accumulate_tile<P, tile_registers, true>) accumulators[2][2] = {  // [fresh][half]
-      {accumulate_tile<P, tile_registers, false>, accumulate_tile<P, half_registers, false>},
-      {accumulate_tile<P, tile_registers, true>, accumulate_tile<P, half_registers, true>}};
-
   bool whole(std::size_t tile) const { return tile + 1 < tiles_ || outputs_at_the_end_ == T::tile_outputs; }
   std::size_t outputs(std::size_t tile) const { return tile + 1 < tiles_ ? T::tile_outputs : outputs_at_the_end_; }
   // Whether the sums of a tile grow where its outputs belong: real sums stand in their order.
@@ -243,33 +287,30 @@ class Group {
   };
 
   void add_tile(std::size_t tile, const Sum* x, const Chunk& taps) {
-    constexpr auto width = static_cast<Place>(T::tile_outputs), half = static_cast<Place>(T::half_outputs);
+    if (outputs(tile) <= T::half_outputs)
+      add_vectors<T::half_vectors>(tile, x, taps);
+    else
+      add_vectors<T::vectors>(tile, x, taps);
+  }
+  template <std::size_t vectors>
+  void add_vectors(std::size_t tile, const Sum* x, const Chunk& taps) {
+    constexpr auto last = static_cast<Place>(vectors) * per_vector - 1;  // output
     // Taps from .. to - 1 meet the source at some output.
-    const Place from = std::clamp<Place>(taps.begin - (width - 1), 0, taps.count);
+    const Place from = std::clamp<Place>(taps.begin - last, 0, taps.count);
     const Place to = std::clamp<Place>(taps.end, from, taps.count);
-    Sum* const lower = sums(tile);
-    const auto add = [&](auto accumulate_taps, Place first, Place last, Place output = 0) {
-      accumulate_taps(lower + static_cast<std::size_t>(output) * P::parts * P::parts,
-                      spread_ + static_cast<std::size_t>(first) * T::tap_scalars,
-                      x + P::parts * static_cast<std::size_t>(first + output), static_cast<std::size_t>(last - first));
-    };
-    if (!taps.finite && (from < taps.begin || to + width - 1 > taps.end)) {
-      add(accumulators[fresh_][0], from, from);
-      accumulate_strictly<P>(lower, spread_ + static_cast<std::size_t>(from) * T::tap_scalars,
-                             x + P::parts * static_cast<std::size_t>(from), to - from,
-                             static_cast<Place>(outputs(tile)), taps.begin - from, taps.end - from);
-      return;
-    }
-    if (outputs(tile) <= T::half_outputs) return add(accumulators[fresh_][1], from, to);
-    // At the ends of the source the first taps meet it in the upper half only, the last ones in the lower half.
-    const Place early = std::clamp(taps.begin - (half - 1), from, to);
-    const Place late = std::clamp(taps.end - half, early, to);
-    if (!halves_are_fast || to - from - (late - early) < taps_worth_a_split)
-      return add(accumulators[fresh_][0], from, to);
-    add(accumulators[fresh_][1], from, early, half);
-    add(accumulators[fresh_][1], from, from);
-    add(accumulators[0][0], early, late);
-    add(accumulators[0][1], late, to);
+    const Place count = to - from, begin = taps.begin - from, end = taps.end - from;
+    Sum* const to_sums = sums(tile);
+    const Sum* const spread_taps = spread_ + static_cast<std::size_t>(from) * T::tap_scalars;
+    x += parts * from;
+    const auto accumulate = fresh_ ? accumulate_tile<P, vectors, true> : accumulate_tile<P, vectors, false>;
+    const bool whole = begin <= 0 && count + last <= end;
+    if (whole || (taps.finite && !ends_in_steps))
+      return accumulate(to_sums, spread_taps, x, static_cast<std::size_t>(count));
+    if (fresh_) accumulate(to_sums, spread_taps, x, 0);
+    if (!taps.finite)
+      accumulate_strictly<P>(to_sums, spread_taps, x, count, static_cast<Place>(outputs(tile)), begin, end);
+    else
+      accumulate_end_tile<P, vectors>(to_sums, spread_taps, x, count, begin, end);
   }
 
   // Taps k .. k + count - 1, each part repeated over a vector.

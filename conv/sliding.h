@@ -11,6 +11,8 @@
 //           they meet is read in place or, where it is strided, crosses an end, needs conversion or is decimated,
 //           gathered there with zeros beyond the ends. Both cost little beside the sums. A decimation D splits the
 //           taps into D interleaved sets, each an undecimated sum over every D-th element of the source.
+// Ends      Where the source begins or ends, the vectors of a tile join and leave some at a time as the taps go on: what
+//           would meet zeros alone is left out.
 // Odd taps  A tap that is infinite or NaN would make NaN of the zeros beyond the ends: tiles at the ends take such taps one
 //           product at a time, so that an output sees the products of its sum alone.
 // Complex   The parts of a tap meet interleaved elements whole: sums of re(h) v and of im(h) v apart, joined at the

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "conv/simd.h"
 #include "orin/conv.h"
 #include "service/work_buffer.h"
 
@@ -133,6 +134,12 @@ void copy_row(const From* from, std::ptrdiff_t from_stride, To* to, std::ptrdiff
     if (from_stride == parts && to_stride == parts) {
       std::copy_n(from, count * parts, to);
       return;
+    }
+    if (from_stride == -parts && to_stride == parts) {
+      using Lanes = Simd<To>;
+      constexpr std::ptrdiff_t together = Lanes::lanes / Parts;
+      for (; count >= together; count -= together, from -= together * parts, to += together * parts)
+        Lanes::store_any(to, Lanes::template reversed<Parts>(Lanes::load_any(from - (together - 1) * parts)));
     }
   }
   for (; count > 0; --count, from += from_stride, to += to_stride)

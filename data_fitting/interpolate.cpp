@@ -28,24 +28,24 @@ T polynomial(const T* c, T u) {
 
 // Coefficients j of the pieces at `piece`, a lane each, for every j below the order.
 template <int order>
-[[gnu::always_inline]] inline void load_coefficients(const double* p, const Index* piece, Vec2 (&c)[order]) {
+[[gnu::always_inline]] inline void load_coefficients(const double* p, const Index* piece, simd::Vec2d (&c)[order]) {
   const double *const a = p + order * piece[0], *const b = p + order * piece[1];
   for (int j = 0; j + 1 < order; j += 2) {
     const __m128d pair_a = _mm_loadu_pd(a + j), pair_b = _mm_loadu_pd(b + j);
-    c[j] = {_mm_unpacklo_pd(pair_a, pair_b)};
-    c[j + 1] = {_mm_unpackhi_pd(pair_a, pair_b)};
+    c[j] = _mm_unpacklo_pd(pair_a, pair_b);
+    c[j + 1] = _mm_unpackhi_pd(pair_a, pair_b);
   }
-  if constexpr (order % 2 == 1) c[order - 1] = {_mm_set_pd(b[order - 1], a[order - 1])};
+  if constexpr (order % 2 == 1) c[order - 1] = _mm_set_pd(b[order - 1], a[order - 1]);
 }
 
 template <int order>
-[[gnu::always_inline]] inline void load_coefficients(const float* p, const Index* piece, Vec4 (&c)[order]) {
+[[gnu::always_inline]] inline void load_coefficients(const float* p, const Index* piece, simd::Vec4f (&c)[order]) {
   const float* const lane[] = {p + order * piece[0], p + order * piece[1], p + order * piece[2], p + order * piece[3]};
   if constexpr (order == 4) {
-    for (int j = 0; j < 4; ++j) c[j] = Vec4::load(lane[j]);
-    _MM_TRANSPOSE4_PS(c[0].v, c[1].v, c[2].v, c[3].v);
+    for (int j = 0; j < 4; ++j) c[j] = simd::Vec4f::load(lane[j]);
+    _MM_TRANSPOSE4_PS(c[0].raw, c[1].raw, c[2].raw, c[3].raw);
   } else {
-    for (int j = 0; j < order; ++j) c[j] = {_mm_set_ps(lane[3][j], lane[2][j], lane[1][j], lane[0][j])};
+    for (int j = 0; j < order; ++j) c[j] = _mm_set_ps(lane[3][j], lane[2][j], lane[1][j], lane[0][j]);
   }
 }
 
@@ -54,9 +54,7 @@ template <int order, int k, class T>
 [[gnu::always_inline]] inline Vec<T> polynomials(const T* coefficients, const Index* piece, Vec<T> u) {
   Vec<T> c[order];
   load_coefficients<order>(coefficients, piece, c);
-  const auto term = [&c](int j) {
-    return falling(j, k) == 1 ? c[j] : c[j] * Vec<T>::all(static_cast<T>(falling(j, k)));
-  };
+  const auto term = [&c](int j) { return falling(j, k) == 1 ? c[j] : c[j] * static_cast<T>(falling(j, k)); };
   Vec<T> sum = term(order - 1);
   for (int j = order - 2; j >= k; --j) sum = sum * u + term(j);
   return sum;
@@ -76,7 +74,7 @@ void evaluate(Index n, const Index* piece, const T* local, const T* coefficients
     if (stride == 1) {
       for (; i + V::lanes <= n; i += V::lanes) values(i).store(r + i);
     }
-    for (; i + V::lanes <= n; i += V::lanes) values(i).scatter(r + i * stride, stride);
+    for (; i + V::lanes <= n; i += V::lanes) scatter(values(i), r + i * stride, stride);
     for (; i < n; ++i) r[i * stride] = polynomial<order, k>(coefficients + order * piece[i], local[i]);
   }
 }
@@ -92,14 +90,14 @@ constexpr const Evaluate<T>* kernels_of[] = {kernels<T, 2>, kernels<T, 3>, kerne
 template <class T>
 bool any_equal(const T* s, Index n, T value) {
   using V = Vec<T>;
-  const V wanted = V::all(value);
-  V found = V::all(0);
+  const V wanted = value;
+  V found = T(0);
   Index i = 0;
   for (; i + 2 * V::lanes <= n; i += 2 * V::lanes)
-    found = found | equal(V::load(s + i), wanted) | equal(V::load(s + i + V::lanes), wanted);
+    found = found | (V::load(s + i) == wanted) | (V::load(s + i + V::lanes) == wanted);
   bool rest = false;
   for (; i < n; ++i) rest |= s[i] == value;
-  return rest || found.signs() != 0;
+  return rest || lane_bits(found) != 0;
 }
 
 // The last point begins no piece, and the end of its polynomial is rounded. Its value is the function's own, provided that

@@ -22,7 +22,7 @@ class Placer {
   static constexpr Index group = 16;
 
   Placer(const T* x, Index points, T origin, T multiplier)
-      : x_(x), points_(points), origin_(V::all(origin)), multiplier_(V::all(multiplier)) {}
+      : x_(x), points_(points), origin_(origin), multiplier_(multiplier) {}
 
   // Whether integers in vectors can number the points.
   static bool fits(Index points) { return points <= std::numeric_limits<int32_t>::max(); }
@@ -51,14 +51,14 @@ class Placer {
       store_cells(places, piece + k);
     }
     if (_mm_movemask_ps(_mm_castsi128_ps(outside)) != 0) return false;
-    V unproven = V::all(0);
+    V unproven = T(0);
     for (Index k = 0; k < group; k += V::lanes) {
-      const V u = V::load(site + k) - V::gather(x_, piece + k);
+      const V u = V::load(site + k) - gather(x_, piece + k);
       unproven = unproven | u;
-      if constexpr (!is_confirmed) unproven = unproven | (V::all(certain) - u);
+      if constexpr (!is_confirmed) unproven = unproven | (V(certain) - u);
       u.store(local + k);
     }
-    return unproven.signs() == 0;
+    return lane_bits(unproven) == 0;
   }
 
  private:
@@ -68,9 +68,9 @@ class Placer {
 
   __m128i four_places(const T* site) const {
     if constexpr (V::lanes == 4) {
-      return _mm_cvttps_epi32(place_of(site).v);
+      return _mm_cvttps_epi32(place_of(site).raw);
     } else {
-      return _mm_unpacklo_epi64(_mm_cvttpd_epi32(place_of(site).v), _mm_cvttpd_epi32(place_of(site + 2).v));
+      return _mm_unpacklo_epi64(_mm_cvttpd_epi32(place_of(site).raw), _mm_cvttpd_epi32(place_of(site + 2).raw));
     }
   }
 

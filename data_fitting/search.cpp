@@ -25,9 +25,9 @@ template <class T>
 Index walk_up(const T* x, Index lo, Index hi, T s) {
   using V = Vec<T>;
   constexpr unsigned every_lane = (1u << V::lanes) - 1;
-  const V bound = V::all(s);
+  const V bound = s;
   for (; lo + V::lanes <= hi; lo += V::lanes) {
-    const unsigned passed = V::load(x + lo).not_greater(bound);
+    const unsigned passed = lane_bits(V::load(x + lo) <= bound);
     if (passed != every_lane) return lo + __builtin_ctz(~passed);
   }
   while (lo < hi && x[lo] <= s) ++lo;
@@ -188,11 +188,11 @@ void SortedSearch<T>::find(Index nsite, const T* site, Cell* cell) {
   Index i = 0;
   while (i < nsite) {
     if (walk_first_ && position_ < nx_) {
-      const V next = V::all(x_[position_]);
+      const V next = x_[position_];
       const Cell here = static_cast<Cell>(position_);
-      while (i + group <= nsite && (V::load(site + i).less(next) & V::load(site + i + V::lanes).less(next) &
-                                    V::load(site + i + 2 * V::lanes).less(next) &
-                                    V::load(site + i + 3 * V::lanes).less(next)) == every_lane) {
+      while (i + group <= nsite && lane_bits((V::load(site + i) < next) & (V::load(site + i + V::lanes) < next) &
+                                             (V::load(site + i + 2 * V::lanes) < next) &
+                                             (V::load(site + i + 3 * V::lanes) < next)) == every_lane) {
         for (Index k = 0; k < group; ++k) cell[i + k] = here;
         i += group;
       }

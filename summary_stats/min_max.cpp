@@ -8,8 +8,9 @@
 // Bounds    the memory: one load per vector, 2 operations; six (64-bit: eight) partial results hide their latency.
 #include <limits>
 
+#include "simd/prefetch.h"
+#include "simd/vec.h"
 #include "summary_stats/observations.h"
-#include "summary_stats/simd.h"
 #include "summary_stats/task.h"
 
 namespace orin::summary_stats {
@@ -27,29 +28,29 @@ struct Extremes {
   void take_high(T x) noexcept { high = x > high ? x : high; }
 
   void take(const T* x, std::ptrdiff_t count) noexcept {
-    using S = Simd<T>;
-    constexpr std::ptrdiff_t lanes = S::lanes, group = partials * lanes;
+    using V = simd::Register<T>;
+    constexpr std::ptrdiff_t lanes = V::lanes, group = partials * lanes;
     std::ptrdiff_t i = 0;
     if (count >= group) {
-      typename S::Vector lows[partials], highs[partials];
+      V lows[partials], highs[partials];
       for (int k = 0; k < partials; ++k) {
-        lows[k] = S::splat(low);
-        highs[k] = S::splat(high);
+        lows[k] = low;
+        highs[k] = high;
       }
       for (; i + group <= count; i += group) {
-        prefetch(x + i);
+        simd::prefetch<4096, 1>(x + i);
 #pragma GCC unroll 4
         for (int k = 0; k < partials; ++k) {
-          const auto v = S::load(x + i + k * lanes);
-          lows[k] = S::min(v, lows[k]);
-          highs[k] = S::max(v, highs[k]);
+          const V v = V::load(x + i + k * lanes);
+          lows[k] = min(v, lows[k]);
+          highs[k] = max(v, highs[k]);
         }
       }
       T ends[lanes];
       for (int k = 0; k < partials; ++k) {
-        S::store(ends, lows[k]);
+        lows[k].store(ends);
         for (const T end : ends) take_low(end);
-        S::store(ends, highs[k]);
+        highs[k].store(ends);
         for (const T end : ends) take_high(end);
       }
     }

@@ -22,7 +22,7 @@
 
 #include <cstddef>
 
-#include "summary_stats/simd.h"
+#include "simd/prefetch.h"
 #include "summary_stats/task.h"
 
 namespace orin::summary_stats {
@@ -112,7 +112,7 @@ PowerSums power_sums(const T* x, const T* w, std::ptrdiff_t count, double c) noe
     add(p, deviation(load_two(x + at)), weighted ? load_two(w + at) : shift);
   };
   for (; i + step <= count; i += step) {
-    if constexpr (order == 1) prefetch(x + i);
+    if constexpr (order == 1) simd::prefetch<4096, 1>(x + i);
     add_two(first, i);
     add_two(second, i + 2);
     if constexpr (four_chains) {

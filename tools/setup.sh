@@ -10,7 +10,7 @@ packages=(cmake ninja-build ccache g++-mingw-w64-i686-posix g++-mingw-w64-i686-w
 if [ "${1:-}" != --windows ]; then
   packages+=(g++ clang libclang-rt-14-dev)
   packages+=(liblapack-dev libmpfr-dev libmpc-dev libntl-dev python3-mpmath zip unzip)  # tests
-  packages+=(libsleef-dev libfftw3-dev libgsl-dev libboost-dev libdsfmt-dev libopenblas-dev dieharder python3-scipy)  # peers
+  packages+=(libsleef-dev libxsimd-dev libfftw3-dev libgsl-dev libboost-dev libdsfmt-dev libopenblas-dev dieharder python3-scipy)  # peers
   packages+=(gnuplot-nox)  # documents
 fi
 wine=(wine wine32:i386)

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "rng/generators/entries.h"
 #include "rng/generators/generators.h"
 #include "rng/generators/sinks.h"
 #include "rng/half_open.h"
@@ -152,26 +153,13 @@ ORIN_API int32_t ORIN_CALL __junsNewAbstractStream(void** stream, int32_t n, flo
   return create<float>(stream, JUN_BRNG_SABSTRACT, n, buffer, {a, b}, callback);
 }
 
-ORIN_API int32_t ORIN_CALL __junBRngiAbstractInitStream(int32_t method, void* stream, int32_t n,
-                                                        const uint32_t* params) {
-  return init_stream<Abstract>(method, stream, n, params);
-}
-ORIN_API int32_t ORIN_CALL __junBRngdAbstractInitStream(int32_t method, void* stream, int32_t n,
-                                                        const uint32_t* params) {
-  return init_stream<Abstract>(method, stream, n, params);
-}
-ORIN_API int32_t ORIN_CALL __junBRngsAbstractInitStream(int32_t method, void* stream, int32_t n,
-                                                        const uint32_t* params) {
-  return init_stream<Abstract>(method, stream, n, params);
-}
+ORIN_RNG_INIT(iAbstract, init_stream<Abstract>)
+ORIN_RNG_INIT(dAbstract, init_stream<Abstract>)
+ORIN_RNG_INIT(sAbstract, init_stream<Abstract>)
 
-ORIN_API int32_t ORIN_CALL __juniBRngiAbstract(void* stream, int32_t n, uint32_t* r) { return words(stream, n, r); }
-ORIN_API int32_t ORIN_CALL __jundBRngdAbstract(void* stream, int32_t n, double* r, double a, double b) {
-  return uniform(stream, n, r, a, b);
-}
-ORIN_API int32_t ORIN_CALL __junsBRngsAbstract(void* stream, int32_t n, float* r, float a, float b) {
-  return uniform(stream, n, r, a, b);
-}
+ORIN_RNG_RAW(iAbstract, words)
+ORIN_RNG_UNIFORMS(d, dAbstract, double, uniform)
+ORIN_RNG_UNIFORMS(s, sAbstract, float, uniform)
 
 int32_t ORIN_CALL __junBRngAbstractNotSupported(void) { return JUN_RNG_WRONG_ABSTRACT; }
 

@@ -12,6 +12,7 @@
 // Proof     tests/rng/generators/sequence_test.cpp: 64-bit arithmetic, value by value; jumps_test.cpp
 #include <utility>
 
+#include "rng/generators/entries.h"
 #include "rng/generators/generators.h"
 #include "rng/generators/sinks.h"
 
@@ -131,22 +132,4 @@ class Uniforms<float, Unit> : public Sink<Uniforms<float, Unit>, float> {
 
 using namespace orin::rng;
 
-ORIN_BEGIN_DECLS
-
-ORIN_API int32_t ORIN_CALL __junBRngMCG31M1InitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  return init_stream<Mcg31m1>(method, stream, n, params);
-}
-
-ORIN_API int32_t ORIN_CALL __junsBRngMCG31M1(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Mcg31m1, Uniforms>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __jundBRngMCG31M1(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Mcg31m1, Uniforms>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __juniBRngMCG31M1(void* stream, int32_t n, uint32_t* r) {
-  return raw_outputs<Mcg31m1>(stream, n, r);
-}
-
-ORIN_END_DECLS
+ORIN_RNG_ENTRIES(MCG31M1, init_stream<Mcg31m1>, (uniforms<Mcg31m1, Uniforms>), raw_outputs<Mcg31m1>)

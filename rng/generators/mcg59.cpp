@@ -13,6 +13,7 @@
 // Proof     tests/rng/generators/sequence_test.cpp: 64-bit arithmetic, value by value; jumps_test.cpp
 #include <utility>
 
+#include "rng/generators/entries.h"
 #include "rng/generators/generators.h"
 #include "rng/generators/sinks.h"
 
@@ -170,22 +171,4 @@ struct Mcg59 {
 
 using namespace orin::rng;
 
-ORIN_BEGIN_DECLS
-
-ORIN_API int32_t ORIN_CALL __junBRngMCG59InitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  return init_stream<Mcg59>(method, stream, n, params);
-}
-
-ORIN_API int32_t ORIN_CALL __junsBRngMCG59(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Mcg59, Uniforms>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __jundBRngMCG59(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Mcg59, Uniforms>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __juniBRngMCG59(void* stream, int32_t n, uint32_t* r) {
-  return raw_outputs<Mcg59, Raw>(stream, n, r);
-}
-
-ORIN_END_DECLS
+ORIN_RNG_ENTRIES(MCG59, init_stream<Mcg59>, (uniforms<Mcg59, Uniforms>), (raw_outputs<Mcg59, Raw>))

@@ -13,6 +13,7 @@
 // Proof     tests/rng/generators/sequence_test.cpp: 64-bit arithmetic, value by value; jumps_test.cpp: matrix powers
 #include <algorithm>
 
+#include "rng/generators/entries.h"
 #include "rng/generators/generators.h"
 #include "rng/generators/sinks.h"
 
@@ -257,23 +258,4 @@ struct Mrg32k3a {
 
 using namespace orin::rng;
 
-ORIN_BEGIN_DECLS
-
-ORIN_API int32_t ORIN_CALL __junBRngMRG32K3AInitStream(int32_t method, void* stream, int32_t n,
-                                                       const uint32_t* params) {
-  return init_stream<Mrg32k3a>(method, stream, n, params);
-}
-
-ORIN_API int32_t ORIN_CALL __junsBRngMRG32K3A(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Mrg32k3a, Uniforms>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __jundBRngMRG32K3A(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Mrg32k3a, Uniforms>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __juniBRngMRG32K3A(void* stream, int32_t n, uint32_t* r) {
-  return raw_outputs<Mrg32k3a>(stream, n, r);
-}
-
-ORIN_END_DECLS
+ORIN_RNG_ENTRIES(MRG32K3A, init_stream<Mrg32k3a>, (uniforms<Mrg32k3a, Uniforms>), raw_outputs<Mrg32k3a>)

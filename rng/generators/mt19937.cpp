@@ -4,6 +4,7 @@
 // Source    M. Matsumoto, T. Nishimura, ACM TOMACS 8 (1998) 3-30. State: 624 words and the count of them delivered.
 // Streams   neither leapfrog nor skip-ahead
 // Proof     tests/rng/generators/known_answers_test.cpp: the authors' outputs for both seedings
+#include "rng/generators/entries.h"
 #include "rng/generators/twister.h"
 
 namespace orin::rng {
@@ -39,22 +40,4 @@ struct Mt19937 {
 
 using namespace orin::rng;
 
-ORIN_BEGIN_DECLS
-
-ORIN_API int32_t ORIN_CALL __junBRngMT19937InitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  return init_stream<Mt19937>(method, stream, n, params);
-}
-
-ORIN_API int32_t ORIN_CALL __junsBRngMT19937(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Mt19937>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __jundBRngMT19937(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Mt19937>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __juniBRngMT19937(void* stream, int32_t n, uint32_t* r) {
-  return raw_outputs<Mt19937>(stream, n, r);
-}
-
-ORIN_END_DECLS
+ORIN_RNG_ENTRIES(MT19937, init_stream<Mt19937>, uniforms<Mt19937>, raw_outputs<Mt19937>)

@@ -8,6 +8,7 @@
 // Proof     tests/rng/generators/mt2203_test.cpp: minimal polynomials of outputs, irreducible by an independent
 //           library
 #include "rng/data/mt2203_parameters.h"
+#include "rng/generators/entries.h"
 #include "rng/generators/twister.h"
 
 namespace orin::rng {
@@ -42,22 +43,4 @@ struct Mt2203 {
 
 using namespace orin::rng;
 
-ORIN_BEGIN_DECLS
-
-ORIN_API int32_t ORIN_CALL __junBRngMT2203InitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  return init_stream<Mt2203>(method, stream, n, params);
-}
-
-ORIN_API int32_t ORIN_CALL __junsBRngMT2203(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Mt2203>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __jundBRngMT2203(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Mt2203>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __juniBRngMT2203(void* stream, int32_t n, uint32_t* r) {
-  return raw_outputs<Mt2203>(stream, n, r);
-}
-
-ORIN_END_DECLS
+ORIN_RNG_ENTRIES(MT2203, init_stream<Mt2203>, uniforms<Mt2203>, raw_outputs<Mt2203>)

@@ -10,6 +10,7 @@
 //           the first point in every dimension.
 // Proof     tests/rng/generators/sequence_test.cpp: the series by its recurrence; quasi_test.cpp: the elementary
 //           intervals
+#include "rng/generators/entries.h"
 #include "rng/generators/quasi.h"
 
 namespace orin::rng {
@@ -88,22 +89,4 @@ static_assert(sizeof(Engine::State) <= 10498 * sizeof(uint32_t));  // what copyi
 
 using namespace orin::rng;
 
-ORIN_BEGIN_DECLS
-
-ORIN_API int32_t ORIN_CALL __junBRngNiederrInitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  return init_quasi<Engine>(method, stream, n, params);
-}
-
-ORIN_API int32_t ORIN_CALL __junsBRngNiederr(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Engine>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __jundBRngNiederr(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Engine>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __juniBRngNiederr(void* stream, int32_t n, uint32_t* r) {
-  return raw_outputs<Engine>(stream, n, r);
-}
-
-ORIN_END_DECLS
+ORIN_RNG_ENTRIES(Niederr, init_quasi<Engine>, uniforms<Engine>, raw_outputs<Engine>)

@@ -9,6 +9,7 @@
 // Proof     tests/rng/generators/sequence_test.cpp: the recurrence on the seeded table, word by word
 #include <algorithm>
 
+#include "rng/generators/entries.h"
 #include "rng/generators/generators.h"
 #include "rng/generators/sinks.h"
 
@@ -147,20 +148,4 @@ int32_t raw_sequence(void* stream, int32_t n, uint32_t* r) {
 
 using namespace orin::rng;
 
-ORIN_BEGIN_DECLS
-
-ORIN_API int32_t ORIN_CALL __junBRngR250InitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  return init_stream<R250>(method, stream, n, params);
-}
-
-ORIN_API int32_t ORIN_CALL __junsBRngR250(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<R250>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __jundBRngR250(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<R250>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __juniBRngR250(void* stream, int32_t n, uint32_t* r) { return raw_sequence(stream, n, r); }
-
-ORIN_END_DECLS
+ORIN_RNG_ENTRIES(R250, init_stream<R250>, uniforms<R250>, raw_sequence)

@@ -10,6 +10,7 @@
 // Proof     tests/rng/generators/known_answers_test.cpp: the authors' outputs for both seedings
 #include <algorithm>
 
+#include "rng/generators/entries.h"
 #include "rng/generators/generators.h"
 #include "rng/generators/sinks.h"
 
@@ -139,23 +140,4 @@ struct Sfmt19937 {
 
 using namespace orin::rng;
 
-ORIN_BEGIN_DECLS
-
-ORIN_API int32_t ORIN_CALL __junBRngSFMT19937InitStream(int32_t method, void* stream, int32_t n,
-                                                        const uint32_t* params) {
-  return init_stream<Sfmt19937>(method, stream, n, params);
-}
-
-ORIN_API int32_t ORIN_CALL __junsBRngSFMT19937(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Sfmt19937>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __jundBRngSFMT19937(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Sfmt19937>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __juniBRngSFMT19937(void* stream, int32_t n, uint32_t* r) {
-  return raw_outputs<Sfmt19937, RawWords, 4>(stream, n, r);
-}
-
-ORIN_END_DECLS
+ORIN_RNG_ENTRIES(SFMT19937, init_stream<Sfmt19937>, uniforms<Sfmt19937>, (raw_outputs<Sfmt19937, RawWords, 4>))

@@ -7,6 +7,7 @@
 //               v[c] = a[1] v[c-1] ^ ... ^ a[s-1] v[c-s+1] ^ v[c-s] ^ (v[c-s] >> s),    v[c] = m[c] 2^(31-c) for c < s
 // Proof     tests/rng/generators/quasi_peers_test.cpp: every dimension beside the GNU Scientific Library
 #include "rng/data/sobol_directions.h"
+#include "rng/generators/entries.h"
 #include "rng/generators/quasi.h"
 
 namespace orin::rng {
@@ -43,22 +44,4 @@ static_assert(sizeof(Engine::State) <= 2604 * sizeof(uint32_t));  // what copyin
 
 using namespace orin::rng;
 
-ORIN_BEGIN_DECLS
-
-ORIN_API int32_t ORIN_CALL __junBRngSobolInitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  return init_quasi<Engine>(method, stream, n, params);
-}
-
-ORIN_API int32_t ORIN_CALL __junsBRngSobol(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Engine>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __jundBRngSobol(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Engine>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __juniBRngSobol(void* stream, int32_t n, uint32_t* r) {
-  return raw_outputs<Engine>(stream, n, r);
-}
-
-ORIN_END_DECLS
+ORIN_RNG_ENTRIES(Sobol, init_quasi<Engine>, uniforms<Engine>, raw_outputs<Engine>)

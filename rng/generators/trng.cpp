@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "rng/generators/entries.h"
 #include "rng/generators/generators.h"
 
 namespace orin::rng {
@@ -34,9 +35,7 @@ using namespace orin::rng;
 
 ORIN_BEGIN_DECLS
 
-ORIN_API int32_t ORIN_CALL __junBRngTRNGInitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  return init_stream<Trng>(method, stream, n, params);
-}
+ORIN_RNG_INIT(TRNG, init_stream<Trng>)
 
 int32_t ORIN_CALL __junBRngTRNGNotSupported(void) { return JUN_RNG_NO_TRUE_RANDOM; }
 

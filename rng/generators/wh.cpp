@@ -14,6 +14,7 @@
 // Streams   skip n: xi ai^n. Leapfrog k of s: xi ai^k, then ai <- ai^s, for each i.
 // Proof     tests/rng/generators/sequence_test.cpp: 64-bit arithmetic; known_answers_test.cpp: the rules of the sets
 #include "rng/data/wh_parameters.h"
+#include "rng/generators/entries.h"
 #include "rng/generators/generators.h"
 #include "rng/generators/sinks.h"
 
@@ -212,22 +213,4 @@ struct Wh {
 
 using namespace orin::rng;
 
-ORIN_BEGIN_DECLS
-
-ORIN_API int32_t ORIN_CALL __junBRngWHInitStream(int32_t method, void* stream, int32_t n, const uint32_t* params) {
-  return init_stream<Wh>(method, stream, n, params);
-}
-
-ORIN_API int32_t ORIN_CALL __junsBRngWH(void* stream, int32_t n, float* r, float a, float b) {
-  return uniforms<Wh, Uniforms>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __jundBRngWH(void* stream, int32_t n, double* r, double a, double b) {
-  return uniforms<Wh, Uniforms>(stream, n, r, a, b);
-}
-
-ORIN_API int32_t ORIN_CALL __juniBRngWH(void* stream, int32_t n, uint32_t* r) {
-  return raw_outputs<Wh, Raw>(stream, n, r);
-}
-
-ORIN_END_DECLS
+ORIN_RNG_ENTRIES(WH, init_stream<Wh>, (uniforms<Wh, Uniforms>), (raw_outputs<Wh, Raw>))

@@ -3,6 +3,9 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 #include "tests/vector_math/reference_cases.h"
 #include "vector_math/catalog.h"
 #include "vector_math/data/asin_data.h"
@@ -274,6 +277,24 @@ TYPED_TEST(ArcsAndHyperbolic, NoStepAtTheSeams) {
     expect_smooth("Sinh", -border);
     expect_smooth("Cosh", border);
     expect_smooth("Expm1", border);
+  }
+}
+
+// Whatever the quotient, the bin that the difference of the bits picks has a middle next to it in angle.
+TEST(ArcTables, BitsPickTheBin) {
+  using namespace atan_data;
+  std::mt19937_64 random(5);
+  for (int k = 0; k < 100000; ++k) {
+    const auto any = [&] {
+      return std::ldexp(1 + static_cast<double>(random() >> 12) * 0x1p-52, static_cast<int>(random() % 16));
+    };
+    const double y = any(), x = any();
+    const auto distance = static_cast<std::int64_t>(bits_of(y) - bits_of(x));
+    const auto bin = std::clamp<std::int64_t>(distance >> 47, -224, 224) + 224;
+    const double c = points[2 * bin], arc = points[2 * bin + 1];
+    const double reach = bin == 0 || bin == 448 ? 0x1.08p-7 : 0x1.0dp-5;
+    ASSERT_LE(std::fabs(std::atan2(y, x) - arc), reach) << y << ' ' << x;
+    ASSERT_NEAR(std::atan(c), arc, 0x1p-51) << bin;
   }
 }
 

@@ -51,13 +51,11 @@ struct ComplexCase {
   }
 };
 
-template <class T>
-auto read_complex_cases(const ComplexFunction<T>& function) {
-  using Z = typename ComplexFunction<T>::Z;
-  std::vector<ComplexCase<Z>> cases;
-  const std::string path = std::string(ORIN_TEST_DATA) + "/vector_math/" + function.name + ".cases";
+template <class T, class Z>
+void read_complex_cases(const ComplexFunction<T>& function, const char* kind, std::vector<ComplexCase<Z>>& cases) {
+  const std::string path = std::string(ORIN_TEST_DATA) + "/vector_math/" + function.name + kind;
   std::FILE* file = std::fopen(path.c_str(), "r");
-  if (file == nullptr) return cases;
+  if (file == nullptr) return;
   char line[300];
   while (std::fgets(line, sizeof line, file) != nullptr) {
     if (line[0] == '#') continue;
@@ -87,6 +85,12 @@ auto read_complex_cases(const ComplexFunction<T>& function) {
     if (complete) cases.push_back({a, b, {0, 0, rounded.re, excess_re, status}, {0, 0, rounded.im, excess_im, status}});
   }
   std::fclose(file);
+}
+// The lines of <name>.cases, and of <name>.hard where that exists.
+template <class T>
+auto read_complex_cases(const ComplexFunction<T>& function) {
+  std::vector<ComplexCase<typename ComplexFunction<T>::Z>> cases;
+  for (const char* kind : {".cases", ".hard"}) read_complex_cases(function, kind, cases);
   return cases;
 }
 

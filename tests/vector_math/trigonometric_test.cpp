@@ -108,7 +108,7 @@ TYPED_TEST(TrigonometricTest, Symmetry) {
 TYPED_TEST(TrigonometricTest, SameBitsInEveryCompany) {
   using T = TypeParam;
   std::mt19937 random(11);
-  constexpr double sizes[] = {1, 200, 1000, 1530, 3000, 1e5, 1048000, 1.1e6, 1e9, 1e30};
+  constexpr double sizes[] = {1, 200, 1000, 1530, 2048, 3000, 1e5, 1048000, 1.1e6, 1e9, 1e30};
   std::vector<T> x;
   const auto add = [&](double size) {
     const double part = 0.5 + static_cast<double>(random()) * 0x1p-33;
@@ -135,7 +135,7 @@ TYPED_TEST(TrigonometricTest, SineAndCosineTogether) {
   for (int grade = 0; grade < grades; ++grade) {
     const std::vector<T> s = this->values(this->find("SinCos1"), grade, x);
     const std::vector<T> c = this->values(this->find("SinCos2"), grade, x);
-    if (sizeof(T) == 8 || Grade(grade) == Grade::ha) {
+    if (sizeof(T) == 8 && Grade(grade) != Grade::ep) {
       EXPECT_EQ(s, this->values(this->find("Sin"), grade, x)) << grade_names[grade];
       EXPECT_EQ(c, this->values(this->find("Cos"), grade, x)) << grade_names[grade];
     }

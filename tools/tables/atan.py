@@ -37,28 +37,23 @@ for suffix, kind in (("d", "double"), ("s", "float")):
     out.comment("What that leaves of atan c.")
     out.table(f"rests_{suffix}", rests, kind, per_line=6)
 
-# Cubics for EP of double, on both sides of the multiples of 1/64, through the values at Chebyshev's points; the one at
-# 0 is odd.
-linear, bent, errors = [], [], []
-h = mpf(1) / 128
-for j in range(65):
-    c = mpf(j) / 64
-    powers = [0, 1, 2, 3] if j > 0 else [1, 3]
-    nodes = [h * mp.cos(mp.pi * (2 * k + 1) / 8) for k in range(len(powers))]
-    solution = mp.lu_solve(
-        mp.matrix([[d**m for m in powers] for d in nodes]), mp.matrix([mp.atan(c + d) for d in nodes])
-    )
-    a = [mpf(0)] * 4
-    for m, value in zip(powers, solution):
-        a[m] = to_double(value)
-    cubic = lambda d: sum(v * d**m for m, v in enumerate(a))
-    errors.append(max_error(cubic, lambda d: mp.atan(c + d), -h if j > 0 else mpf(2) ** -30, h, 200))
-    linear += [hex_double(value) for value in a[:2]]
-    bent += [hex_double(value) for value in a[2:]]
-out.comment("atan(j/64 + d) = a + b d + p d^2 + q d^3 for j = 0 .. 64, |d| <= 1/128: a and b, and p and q.")
-out.comment(f"Relative error below {exponent_text(max(errors))}.")
-out.table("cubics_linear", linear)
-out.table("cubics_bent", bent)
+# Bins of pairs for EP of double, by the difference of the bits of y and x, 32 to each power of two from 2^-7 to 2^7: at
+# the fraction f that difference holds quotients from 2/(2 - f) to 1 + f. The first bin begins at 0, the last one ends at
+# infinity, where c = 2^60 makes r = -x/y.
+pairs, reaches = ["0.0", "0.0"], []
+for k in range(1, 32 * 14):
+    power = mpf(2) ** (first + k // 32)
+    low, high = (mp.atan(power * t) for t in (2 / (2 - mpf(k % 32) / 32), 1 + mpf(k % 32 + 1) / 32))
+    pairs += [hex_double(mp.tan((low + high) / 2)), hex_double((low + high) / 2)]
+    reaches.append(((high - low) / 2, low))
+pairs += [hex_double(mpf(2) ** 60), hex_double(mp.pi / 2)]
+q = to_double(-mpf(1) / 3 + mpf(2) ** -13)
+errors = [abs(mp.atan(r * s) - r * s - q * (r * s) ** 3) / angle for r, angle in reaches for s in (1, mpf(3) / 4)]
+errors.append(max_error(lambda r: r + q * r**3, mp.atan, mpf(2) ** -30, mpf(2) ** first * (1 + mpf(1) / 32)))
+out.comment("c and atan c for bins by the difference of the bits of y and x: 32 to a power of two from 2^-7 to 2^7.")
+out.table("points", pairs, per_line=6)
+out.comment(f"atan r = r + points_q r^3 for r from c to quotients of its bin, relative error of the angle below {exponent_text(max(errors))}.")
+out.constant("points_q", hex_double(q))
 
 reach = mpf(2) ** -7 * (1 + mpf(1) / 16)
 write_fit(out, mp.atan, "atan", R, "ha_d", [3, 5, 7], 0, reach, "double")

@@ -33,12 +33,13 @@ out.comment(f"e^r - 1 = r (ha_1 + ha_2 r), |r| <= ln2/512, error below {exponent
 for k in range(2):
     out.constant(f"ha_{k + 1}", hex_float(ha[k]), "float")
 
-# e^r = s (w^2 + b), w = r + shift: Taylor's parabola asks for a shift of 1, to which 369 steps are nearest.
-shift = 369 * step
+# e^r = s (w^2 + b), w = r + shift: Taylor's parabola asks for a shift of 1; 368 steps, the next below 369, keep
+# w below 1, where its roundings are half as large.
+shift = 368 * step
 c, _ = fit(mp.exp, [lambda x: mpf(1), lambda x: (x + shift) ** 2], -h, h)
 b = to_float(c[0] / c[1])
 error = max_error(lambda x: c[1] * ((x + shift) ** 2 + b), mp.exp, -h, h)
-out.comment(f"e^r = s ((r + 369 ln2/256)^2 + la_0), |r| <= ln2/512, relative error below {exponent_text(error)}.")
+out.comment(f"e^r = s ((r + 368 ln2/256)^2 + la_0), |r| <= ln2/512, relative error below {exponent_text(error)}.")
 out.constant("la_0", hex_float(b), "float")
 out.comment("s 2^(j/256), nearest.")
 out.table("la_powers", [hex_float(c[1] * mpf(2) ** (mpf(j) / 256)) for j in range(256)], "float")

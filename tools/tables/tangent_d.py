@@ -30,11 +30,11 @@ for j in range(64):
 out.comment("tan a = S/C for a = pi j/64, the larger of the two 1; each as its first 27 bits and the rest. 0 is -0: -0 + x = x.")
 out.table("ha_table", entries)
 
-entries = []
-for j in range(256):
-    entries += [text(to_double(value)) for value in quotient(j, 256)]
-out.comment("tan a = S/C for a = pi j/256, nearest.")
-out.table("la_table", entries)
+entries = [text(to_double(mp.tan(mp.pi * j / 256))) for j in range(256)]
+entries[0], entries[128] = "-0.0", hex_double(mpf(2) ** 200)
+out.comment("T = tan a for a = pi j/256, nearest. 0 is -0. At the pole T = 2^200: (T + t)/(1 - T t) = -1/t there for all t from")
+out.comment("2^-62 on, where no double's is smaller.")
+out.table("tangents", entries)
 
 
 TAYLOR = mp.taylor(mp.tan, 0, 41)

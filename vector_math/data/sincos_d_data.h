@@ -6,25 +6,35 @@
 
 namespace orin::vector_math::sincos_d_data {
 
-// 128/(2 pi); 2 pi/128 in parts of 27, 24, 27 bits, whose products with n are exact, and the rest.
+// 128/(2 pi); 2 pi/128 in parts of 27, 24, 27 bits, whose products with n are exact below 2^20, and the rest.
 inline constexpr double ha_inverse = 0x1.45f306dc9c883p+4;
 inline constexpr double ha_step_0 = 0x1.921fb54000000p-5;
 inline constexpr double ha_step_1 = 0x1.10b4600000000p-35;
 inline constexpr double ha_step_2 = 0x1.1a62630000000p-59;
 inline constexpr double ha_step_3 = 0x1.8a2e03707344ap-86;
 
-// 512/(2 pi); 2 pi/512 in parts of 25, 26, 26 bits, whose products with n are exact, and the rest.
+// 512/(2 pi); 2 pi/512 in parts of 25, 26, 26 bits, whose products with n are exact below 2^20, and the rest.
 inline constexpr double la_inverse = 0x1.45f306dc9c883p+6;
 inline constexpr double la_step_0 = 0x1.921fb50000000p-7;
 inline constexpr double la_step_1 = 0x1.110b460000000p-33;
 inline constexpr double la_step_2 = 0x1.1a62630000000p-61;
 inline constexpr double la_step_3 = 0x1.8a2e03707344ap-88;
 
-// 512/(2 pi); 2 pi/512 in parts of 25, 26 bits, whose products with n are exact, and the rest.
+// 512/(2 pi); 2 pi/512 in parts of 25, 26 bits, whose products with n are exact below 2^20, and the rest.
 inline constexpr double ep_inverse = 0x1.45f306dc9c883p+6;
 inline constexpr double ep_step_0 = 0x1.921fb50000000p-7;
 inline constexpr double ep_step_1 = 0x1.110b460000000p-33;
 inline constexpr double ep_step_2 = 0x1.1a62633145c07p-61;
+
+// 512/(2 pi); 2 pi/512 in parts of 35 bits, whose products with n are exact below 2^11, and the rest.
+inline constexpr double near_inverse = 0x1.45f306dc9c883p+6;
+inline constexpr double near_step_0 = 0x1.921fb54440000p-7;
+inline constexpr double near_step_1 = 0x1.68c234c4c6629p-46;
+
+// 512/(2 pi); 2 pi/512 in parts of 26 bits, whose products with n are exact below 2^20, and the rest.
+inline constexpr double single_inverse = 0x1.45f306dc9c883p+6;
+inline constexpr double single_step_0 = 0x1.921fb50000000p-7;
+inline constexpr double single_step_1 = 0x1.110b4611a6263p-33;
 
 // pi/64 as one number, and as its first 27 bits and the rest.
 inline constexpr double unit = 0x1.921fb54442d18p-5;

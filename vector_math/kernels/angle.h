@@ -4,7 +4,7 @@
 #define ORIN_VECTOR_MATH_KERNELS_ANGLE_H
 
 #include "vector_math/grade.h"
-#include "vector_math/simd/vec.h"
+#include "vector_math/simd/registers.h"
 
 namespace orin::vector_math {
 
@@ -41,6 +41,14 @@ ORIN_INLINE Angle<V> on_side_in_parts(Angle<V> angle, V mask) {
   if constexpr (grade != Grade::ha) return {sum, low};
   const V rest = ((base - sum) + high) + (mask & c.pi_rest);
   return {sum, rest + low};
+}
+// The same of an angle in one part.
+template <class V>
+ORIN_INLINE V on_side(V angle, V mask) {
+  using T = typename V::Element;
+  static constexpr struct { simd::Constant<T> minus_zero = -T(0), pi = vector_math::pi<T>; } constants{};
+  const auto& c = simd::in_memory(constants);
+  return (mask & c.pi) + (angle ^ (mask & c.minus_zero));
 }
 template <Grade grade, class V>
 ORIN_INLINE V on_side(Angle<V> angle, V mask) {

@@ -185,8 +185,9 @@ struct Acos {
     const V q = cosine_of(c, y);
     // The angle of a negative x has rows of its own and r with the opposite sign.
     const V sign = x & c.minus_zero;
-    const auto row = low_bits<10>(row_of(c, y) ^ shift_right<Bins::sign_shift>(bits(sign)));
-    const auto [sine, cosine] = look_up_pairs(c.points, row.template low<9>());
+    const auto signed_row = row_of(c, y) ^ shift_right<Bins::sign_shift>(bits(sign));
+    const auto row = low_bits<10>(signed_row);
+    const auto [sine, cosine] = look_up_pairs(c.points, low_bits<9>(signed_row));
     if constexpr (grade == Grade::ha) {
       const auto [arc, rest] = look_up_pairs(c.acos_pairs, row);
       const V numerator = (sine - y) * (sine + y);

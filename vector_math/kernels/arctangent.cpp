@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    atan_core.h for |x|, point_angle.h for points
-// Bounds    HA 0.56 ulp, LA relative 2^-50, 2^-21, EP relative 2^-26, 2^-11
+// Bounds    HA 0.56 ulp, arg of double 1.8; LA relative 2^-50, 2^-21, EP relative 2^-26, 2^-11
 // Special   no status. NaN -> NaN; atan of very large arguments +-pi/2; points as point_angle.h says
 #include <cmath>
 #include <limits>
@@ -61,7 +61,7 @@ struct Arg : OneToOther<ComplexOf<T>, T> {
   static constexpr int groups_per_step = 1;
 
   static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> z) { return Angle::special_lanes(z.im, z.re); }
-  static ORIN_INLINE V fast(Complex<V> z) { return Angle::fast(z.im, z.re); }
+  static ORIN_INLINE V fast(Complex<V> z) { return Angle::medium(z.im, z.re); }
   static Outcome<T> special(ComplexOf<T> z) { return {{Angle::special(z.im, z.re)}, KOR_STATUS_OK}; }
 };
 

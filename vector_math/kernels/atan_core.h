@@ -3,15 +3,14 @@
 //
 // Method    HA, LA of double, EP of its quotients: c the middle of one of 417 bins, near t;  atan t = atan c + atan r,
 //           r = (t - c)/(1 + c t), |r| < 2^-6.9;  HA for t = y/x  r = (y - c x)/(x + c y), and y/x itself only picks c
-//           medium as HA for t = y/x, atan c rounded and r from y/x itself in the first bin
-//           LA, EP of single, EP of double for pairs: t = smaller/larger of y and x, the angle is atan t, or pi/2 less
-//           that;  single atan t = t p(t^2), double a cubic in the distance of t from a multiple of 1/64
+//           EP of double for pairs: c from the difference of the bits of y and x, a piecewise linear logarithm;
+//           r = (y - c x)/(x + c y), |r| < 2^-4.9
+//           LA, EP of single: t = smaller/larger of y and x, the angle is atan t, or pi/2 less that;  atan t = t p(t^2)
 // Arguments not negative, no NaN; t below 2^500 (single 2^60); of a pair the larger one within 2^-550 .. 2^400 (single
 //           2^-75 .. 2^44).
 // Budget    HA  in ulp: t - c and y - c x with their products exact; other roundings of r 3 2^-6, last rounding 1/2
-//           medium  in ulp: atan c, r and their sum 1/2 each, where r is small beside atan c or all there is
 //           LA  in units of rounding: y/x 1, atan c 1, sum 1;  single y/x 1, polynomial 2, sum 2
-//           EP  polynomial 2^-32, cubics 2^-30, single 2^-12.2
+//           EP  polynomial 2^-32, of pairs 2^-27.0, single 2^-12.2
 // Data      data/atan_data.h from tools/tables/atan.py
 // Source    J.-M. Muller, Elementary Functions, 3rd ed. (2016), section 4.3, for the reduction by a table
 #ifndef ORIN_VECTOR_MATH_KERNELS_ATAN_CORE_H
@@ -31,8 +30,9 @@ struct BinsD {
   static constexpr const double* arcs = data::arcs_d;
   static constexpr const double* rests = data::rests_d;
   static constexpr int bin_shift = 47;  // leaves five bits of the fraction
+  static constexpr auto first_index =
+      static_cast<std::uint32_t>(__builtin_bit_cast(std::uint64_t, data::first_bin) >> bin_shift);
   Constant<double> first_bin = data::first_bin, last_bin = data::last_bin;
-  Constant<std::int64_t> first_bits = __builtin_bit_cast(std::int64_t, data::first_bin);
   Constant<double> least = 0x1p-610;        // stands in for denominators next to 0
   Constant<double> linear_below = 0x1p-30;  // atan t = t (1 - 2^-61)
   Constant<double> zero = 0.0, one = 1.0;
@@ -44,8 +44,9 @@ struct BinsS {
   static constexpr const float* arcs = data::arcs_s;
   static constexpr const float* rests = data::rests_s;
   static constexpr int bin_shift = 18;
+  static constexpr auto first_index =
+      __builtin_bit_cast(std::uint32_t, static_cast<float>(data::first_bin)) >> bin_shift;
   Constant<float> first_bin = static_cast<float>(data::first_bin), last_bin = static_cast<float>(data::last_bin);
-  Constant<std::int32_t> first_bits = __builtin_bit_cast(std::int32_t, static_cast<float>(data::first_bin));
   Constant<float> least = 0x1p-82f, linear_below = 0x1p-14f;
   Constant<float> zero = 0.0f, one = 1.0f;
   Constant<std::int32_t> leading = -(1 << 12);  // the first 12 bits
@@ -60,9 +61,15 @@ struct EnhancedS {
   Constant<float> one = 1.0f, half_pi = vector_math::half_pi<float>, minus_zero = -0.0f;
   Constant<float> p0 = data::ep_s_0, p1 = data::ep_s_1, p2 = data::ep_s_2, p3 = data::ep_s_3;
 };
-struct EnhancedD {
-  Constant<double> to_step = 0x1.8p46;  // t + to_step: t rounded to a multiple of 1/64, 64 t in the low bits
-  Constant<double> half_pi = vector_math::half_pi<double>, minus_zero = -0.0;
+struct Points {
+  static constexpr std::int64_t bias_bits = INT64_C(0x2000000000000000);  // the sum is no NaN or subnormal
+  static constexpr std::int64_t first_bits = bias_bits - 7 * (INT64_C(1) << 52);
+  static constexpr std::int64_t last_bits = bias_bits + 7 * (INT64_C(1) << 52);
+  static constexpr auto first_index = static_cast<std::uint32_t>(first_bits >> BinsD::bin_shift);
+  Constant<std::int64_t> bias = bias_bits;
+  Constant<double> first_place = __builtin_bit_cast(double, first_bits);
+  Constant<double> last_place = __builtin_bit_cast(double, last_bits);
+  Constant<double> q = data::points_q;
 };
 template <class V>
 inline constexpr BinsD bins{};
@@ -70,7 +77,7 @@ template <>
 inline constexpr BinsS bins<Vec4f>{};
 inline constexpr LowAccuracyS la_s{};
 inline constexpr EnhancedS ep_s{};
-inline constexpr EnhancedD ep_d{};
+inline constexpr Points points{};
 
 template <Grade grade, class V>
 inline constexpr bool uses_bins = sizeof(typename V::Element) == 8 || grade == Grade::ha;
@@ -78,13 +85,13 @@ inline constexpr bool uses_bins = sizeof(typename V::Element) == 8 || grade == G
 // The bin of a quotient.
 template <class V>
 struct Bin {
-  LaneIndices<9, V::lanes> index;
+  LaneIndices<32, V::lanes> index;
   V middle, arc;
 };
 template <class Bins, class V>
 ORIN_INLINE Bin<V> bin_of(const Bins& c, V quotient) {
   const V clamped = min(max(quotient, c.first_bin), c.last_bin);
-  const auto index = low_bits<9>(shift_right<Bins::bin_shift>(bits(clamped) - c.first_bits));
+  const auto index = top_bits<Bins::bin_shift, Bins::first_index>(clamped);
   const auto [middle, arc] = look_up_pairs(c.arcs, index);
   return {index, middle, arc};
 }
@@ -127,18 +134,13 @@ ORIN_INLINE Angle<Vec4f> in_octants(Vec4f y, Vec4f x) {
         },
         y, x);
 }
-template <Grade grade>
-ORIN_INLINE Angle<Vec2d> in_octants(Vec2d y, Vec2d x) {
-  return in_octants(
-      in_memory(ep_d), [](const auto& c, Vec2d t) __attribute__((always_inline)) {
-        const Vec2d step = t + c.to_step;
-        const Vec2d d = t - (step - c.to_step);
-        const auto j = low_bits<8>(bits(step));
-        const auto [a, b] = look_up_pairs(data::cubics_linear, j);
-        const auto [p, q] = look_up_pairs(data::cubics_bent, j);
-        return a + d * (b + d * (p + d * q));
-      },
-      y, x);
+// c from the bits of y and x, atan c + atan r.
+ORIN_INLINE Angle<Vec2d> from_points(Vec2d y, Vec2d x) {
+  const auto& c = in_memory(points);
+  const Vec2d place = min(max(from_bits((bits(y) + c.bias) - bits(x)), c.first_place), c.last_place);
+  const auto [middle, arc] = look_up_pairs(data::points, top_bits<BinsD::bin_shift, Points::first_index>(place));
+  const Vec2d r = (y - middle * x) / (x + middle * y);
+  return {arc, r + (r * (r * r)) * c.q};
 }
 
 // atan t.
@@ -174,21 +176,11 @@ ORIN_INLINE Angle<V> angle(V y, V x) {
     return {bin.arc, r + bend<grade>(c, bin, curved)};
   } else if constexpr (grade == Grade::la && uses_bins<grade, V>) {
     return arctangent<grade>(y / max(x, in_memory(bins<V>).least));
+  } else if constexpr (uses_bins<grade, V>) {
+    return from_points(y, x);
   } else {
     return in_octants<grade>(y, x);
   }
-}
-
-// The same, double, HA to 1.5 ulp; not of the origin.
-template <Grade grade>
-ORIN_INLINE Angle<Vec2d> angle_medium(Vec2d y, Vec2d x) {
-  if constexpr (grade != Grade::ha) return angle<grade>(y, x);
-  const auto& c = in_memory(bins<Vec2d>);
-  const Bin<Vec2d> bin = bin_of(c, y / max(x, c.least));
-  const Vec2d x_high = x & from_bits(c.leading);
-  const Vec2d numerator = (y - bin.middle * x_high) - bin.middle * (x - x_high);
-  const Vec2d r = numerator / (x + bin.middle * y);
-  return {bin.arc, r + bend<Grade::la>(c, bin, r)};
 }
 
 }  // namespace orin::vector_math::atan_core

@@ -76,13 +76,34 @@ Z product_of_specials(Z a, Z b) {
   return with_plain_nan(result);
 }
 
-template <class T, bool conjugate, bool accurate>
-struct ComplexMul : TwoToOne<ComplexOf<T>> {
+template <class T, bool conjugate>
+struct ComplexProduct : TwoToOne<ComplexOf<T>> {
   using Z = ComplexOf<T>;
-  using V = typename RegisterOf<T>::type;
   static constexpr const char* name =
       conjugate ? (is_double<T> ? "vzMulByConj" : "vcMulByConj") : (is_double<T> ? "vzMul" : "vcMul");
   static constexpr Z ordinary{1, 0};
+};
+
+// In double no product of finite floats leaves the range.
+template <bool conjugate>
+struct ComplexMulInDouble : ComplexProduct<float, conjugate> {
+  static constexpr bool computes_in_double = true, nan_is_special = true;
+  static constexpr int groups_per_step = 1;
+
+  static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i>, Complex<Vec4i>) { return 0; }
+  static ORIN_INLINE Complex<Vec2d> fast(Complex<Vec2d> a, Complex<Vec2d> b) {
+    if constexpr (conjugate) return {a.re * b.re + a.im * b.im, a.im * b.re - a.re * b.im};
+    return plain_product(a, b);
+  }
+  static Outcome<KorComplex8> special(KorComplex8 a, KorComplex8 b) {
+    return {{product_of_specials<float>(a, conjugate ? KorComplex8{b.re, -b.im} : b)}, KOR_STATUS_OK};
+  }
+};
+
+template <class T, bool conjugate, bool accurate>
+struct ComplexMul : ComplexProduct<T, conjugate> {
+  using Z = ComplexOf<T>;
+  using V = typename RegisterOf<T>::type;
   static constexpr int groups_per_step = 1;
 
   static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i>, Complex<Vec4i>) { return 0; }
@@ -104,18 +125,22 @@ struct ComplexMul : TwoToOne<ComplexOf<T>> {
     if constexpr (conjugate) b.im = -b.im;
     for (const T part : {a.re, a.im, b.re, b.im})
       if (!is_finite(part)) return {{product_of_specials<T>(a, b)}, KOR_STATUS_OK};
-    const auto product = [](Z x, Z y) {
-      return first_element<Z>(accurate_product(Complex<V>{x.re, x.im}, Complex<V>{y.re, y.im}));
-    };
-    Z result = product(a, b);
-    if constexpr (is_double<T>) {
-      // Products may overflow where their difference does not. The parts concerned are large: the scale loses nothing.
+    // Products may overflow where their difference does not.
+    if constexpr (!is_double<T>) {
+      const Complex<Vec2d> wide = plain_product<Vec2d>({double{a.re}, double{a.im}}, {double{b.re}, double{b.im}});
+      return {{{static_cast<T>(first_lane(wide.re)), static_cast<T>(first_lane(wide.im))}}, KOR_STATUS_OK};
+    } else {
+      const auto product = [](Z x, Z y) {
+        return first_element<Z>(accurate_product(Complex<V>{x.re, x.im}, Complex<V>{y.re, y.im}));
+      };
+      Z result = product(a, b);
+      // The parts concerned are large: the scale loses nothing.
       constexpr T up = 0x1p520, down = 0x1p-520;
       const Z scaled = product({a.re * down, a.im * down}, {b.re * down, b.im * down});
       if (!is_finite(result.re)) result.re = scaled.re * up * up;
       if (!is_finite(result.im)) result.im = scaled.im * up * up;
+      return {{result}, KOR_STATUS_OK};
     }
-    return {{result}, KOR_STATUS_OK};
   }
 };
 
@@ -148,11 +173,11 @@ ORIN_COMPLEX_BINARY(sub_z, KorComplex16, ComplexSub<double>)
 ORIN_COMPLEX_UNARY(conj_c, KorComplex8, Conj<float>)
 ORIN_COMPLEX_UNARY(conj_z, KorComplex16, Conj<double>)
 ORIN_COMPLEX_BINARY(mul_c_la, KorComplex8, ComplexMul<float, false, false>)
-ORIN_COMPLEX_BINARY(mul_c_ha, KorComplex8, ComplexMul<float, false, true>)
+ORIN_COMPLEX_BINARY(mul_c_ha, KorComplex8, ComplexMulInDouble<false>)
 ORIN_COMPLEX_BINARY(mul_z_la, KorComplex16, ComplexMul<double, false, false>)
 ORIN_COMPLEX_BINARY(mul_z_ha, KorComplex16, ComplexMul<double, false, true>)
 ORIN_COMPLEX_BINARY(mul_by_conj_c_la, KorComplex8, ComplexMul<float, true, false>)
-ORIN_COMPLEX_BINARY(mul_by_conj_c_ha, KorComplex8, ComplexMul<float, true, true>)
+ORIN_COMPLEX_BINARY(mul_by_conj_c_ha, KorComplex8, ComplexMulInDouble<true>)
 ORIN_COMPLEX_BINARY(mul_by_conj_z_la, KorComplex16, ComplexMul<double, true, false>)
 ORIN_COMPLEX_BINARY(mul_by_conj_z_ha, KorComplex16, ComplexMul<double, true, true>)
 #undef ORIN_COMPLEX_UNARY

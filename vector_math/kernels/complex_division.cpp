@@ -58,10 +58,9 @@ inline double scaled(double x, int k) {
 template <class T, bool accurate>
 struct ComplexDiv : TwoToOne<ComplexOf<T>> {
   using Z = ComplexOf<T>;
-  using V = typename RegisterOf<T>::type;
   using Limits = std::numeric_limits<T>;
   static constexpr bool is_double = sizeof(T) == 8;
-  static constexpr bool in_double = !is_double && accurate;  // then no intermediate leaves the range
+  static constexpr bool computes_in_double = !is_double && accurate;  // then no intermediate leaves the range
   static constexpr const char* name = is_double ? "vzDiv" : "vcDiv";
   static constexpr Z ordinary{1, 0};
   static constexpr int groups_per_step = 1;
@@ -70,25 +69,21 @@ struct ComplexDiv : TwoToOne<ComplexOf<T>> {
     const Vec4i x = larger_magnitude(a), y = larger_magnitude(b);
     if constexpr (is_double) {
       return outside<0x26f00000, 0x58efffff>(x) | outside<0x26f00000, 0x58efffff>(y);  // 2^-400, 2^400
-    } else if constexpr (in_double) {
+    } else if constexpr (computes_in_double) {
       // Normal numbers, and quotients that stay below 2^126.
-      static constexpr Constant<std::int32_t> largest_difference = 0x3e000000;
-      return not_positive_normal<T>(x) | not_positive_normal<T>(y) | (x - y > in_memory(largest_difference));
+      static constexpr Constant<std::int32_t> largest_difference = 0x07c00000;
+      const auto not_normal = [](Vec4i w) __attribute__((always_inline)) { return outside<0x38100000, 0x47efffff>(w); };
+      return not_normal(x) | not_normal(y) | (x - y > in_memory(largest_difference));
     } else {
       return outside<0x30800000, 0x4e7fffff>(x) | outside<0x30800000, 0x4e7fffff>(y);  // 2^-30, 2^30
     }
   }
-  static ORIN_INLINE Complex<V> fast(Complex<V> a, Complex<V> b) {
-    if constexpr (!accurate) {
-      return plain_quotient(a, b);
-    } else if constexpr (is_double) {
+  template <class W>
+  static ORIN_INLINE Complex<W> fast(Complex<W> a, Complex<W> b) {
+    if constexpr (is_double && accurate)
       return accurate_quotient(a, b);
-    } else {
-      const TwoVec2d x = widen(a.re), y = widen(a.im), u = widen(b.re), v = widen(b.im);
-      const Complex<Vec2d> low = plain_quotient<Vec2d>({x.low, y.low}, {u.low, v.low});
-      const Complex<Vec2d> high = plain_quotient<Vec2d>({x.high, y.high}, {u.high, v.high});
-      return {narrow({low.re, high.re}), narrow({low.im, high.im})};
-    }
+    else
+      return plain_quotient(a, b);
   }
 
   static Outcome<Z> special(Z a, Z b) {

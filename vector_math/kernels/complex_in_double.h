@@ -14,7 +14,6 @@
 
 #include <cmath>
 #include <limits>
-#include <type_traits>
 
 #include "vector_math/kernels/log_base.h"
 #include "vector_math/simd/complex.h"
@@ -61,27 +60,26 @@ struct ComplexInDouble : simd::OneToOne<simd::ComplexOf<T>> {
   }
 };
 
-// F has, in the place of `of`, Half, first_half<grade>(z) and second_half<grade>(half).
+// F has, in the place of `of`, Half, first_half<grade, T>(z) and second_half<grade>(half), and special<grade, T>(z); high
+// words are those of doubles in both precisions.
 template <class F, class T, Grade grade>
-struct ComplexInHalves : ComplexInDouble<F, T, grade> {
-  using Base = ComplexInDouble<F, T, grade>;
-  using typename Base::V;
-  static constexpr bool is_double = sizeof(T) == 8;
-  using Half = std::conditional_t<is_double, typename F::Half, simd::Two<typename F::Half>>;
+struct ComplexInHalves : simd::OneToOne<simd::ComplexOf<T>> {
+  using Z = simd::ComplexOf<T>;
+  using Half = typename F::Half;
+  static constexpr const char* name = sizeof(T) == 8 ? F::name_z : F::name_c;
+  static constexpr Z ordinary{T(F::ordinary), T(F::ordinary)};
+  static constexpr bool computes_in_double = sizeof(T) == 4;
+  static constexpr int groups_per_step = 1;
 
-  static ORIN_INLINE Half first_half(simd::Complex<V> z) {
-    if constexpr (is_double) {
-      return F::template first_half<grade>(z);
-    } else {
-      const auto [low, high] = Base::widened(z);
-      return {F::template first_half<grade>(low), F::template first_half<grade>(high)};
-    }
+  static ORIN_INLINE simd::Vec4i special_lanes(simd::Complex<simd::Vec4i> z) {
+    return F::template special_lanes<T>(larger_magnitude(z), z);
   }
-  static ORIN_INLINE simd::Complex<V> second_half(const Half& half) {
-    if constexpr (is_double)
-      return F::template second_half<grade>(half);
-    else
-      return Base::narrowed({F::template second_half<grade>(half.first), F::template second_half<grade>(half.second)});
+  static ORIN_INLINE ComplexD fast(ComplexD z) { return second_half(first_half(z)); }
+  static ORIN_INLINE Half first_half(ComplexD z) { return F::template first_half<grade, T>(z); }
+  static ORIN_INLINE ComplexD second_half(const Half& half) { return F::template second_half<grade>(half); }
+  static simd::Outcome<Z> special(Z z) {
+    const simd::Outcome<KorComplex16> outcome = F::template special<grade, T>(KorComplex16{z.re, z.im});
+    return {{{static_cast<T>(outcome.value[0].re), static_cast<T>(outcome.value[0].im)}}, outcome.status};
   }
 };
 

@@ -9,7 +9,8 @@
 //           by root^2 - quotient^2 = |S|
 //           asinh z = -i asin(iz), acosh z = +-i acos z; single precision in double by the EP grade
 // Bounds    in ulp of the modulus: HA 3.5, LA 8; EP 2^-26, 2^-11
-// Budget    HA  in units of rounding: w or cos u 1, a cos u 1, the angle's quotient, arc and sum 1/2 each
+// Budget    HA  in units of rounding: w or cos u 1, a cos u 1, the angle's quotient, arc and sum 1/2 each; logarithm as in
+//           LA 2 1/2
 // Special   C Annex G; no status; |z| >= 2^250: the angle of z and log 2|z|; next to +-1 on the axis, where the square of
 //           the other part y would underflow: both distances sqrt y
 // Source    T. E. Hull, T. F. Fairgrieve, P. T. P. Tang, Implementing the complex arcsine and arccosine functions using
@@ -32,10 +33,11 @@ struct Quadrant {
   Vec2d growth, other;
 };
 
-template <Grade grade>
+template <Grade grade, class T>
 ORIN_INLINE Quadrant in_quadrant(Vec2d x, Vec2d y) {
   const auto& c = in_memory(constants);
-  const DoubleDouble square = modulus_squared(x, y);
+  // Of floats the squares are exact.
+  const DoubleDouble square = sizeof(T) == 4 ? DoubleDouble{x * x, y * y} : modulus_squared(x, y);
   const Vec2d excess = square.high - c.one;
   const Vec2d s = excess + square.low;
   const Vec2d twice_y = y + y;
@@ -62,7 +64,7 @@ ORIN_INLINE Quadrant in_quadrant(Vec2d x, Vec2d y) {
 template <Grade grade>
 ORIN_INLINE Vec2d logarithm_of_growth(Vec2d growth) {
   const OnePlus<Vec2d> u = one_plus(growth);
-  return logarithm<grade>(u.sum, u.rest);
+  return logarithm < grade == Grade::ha ? Grade::la : grade > (u.sum, u.rest);
 }
 
 // By the high words of the larger part, of the part that has the branch points, and of the other. Next to a branch point
@@ -70,8 +72,8 @@ ORIN_INLINE Vec2d logarithm_of_growth(Vec2d growth) {
 template <class T>
 ORIN_INLINE Vec4i special_lanes_of(Vec4i larger, Vec4i branching, Vec4i other) {
   static constexpr struct {
-    Constant<std::int32_t> largest = sizeof(T) == 8 ? 0x4f8fffff : 0x7f7fffff;  // 2^250
-    Constant<std::int32_t> one = sizeof(T) == 8 ? 0x3ff00000 : 0x3f800000;      // to 1 + 2^-20; 1
+    Constant<std::int32_t> largest = sizeof(T) == 8 ? 0x4f8fffff : 0x47efffff;  // 2^250
+    Constant<std::int32_t> one = 0x3ff00000;                                    // to 1 + 2^-20
     Constant<std::int32_t> little = sizeof(T) == 8 ? 0x26f00000 : 1;            // 2^-400; 0
   } words{};
   const auto& c = in_memory(words);
@@ -101,9 +103,8 @@ struct ArcSine {
   template <Grade grade>
   static ORIN_INLINE ComplexD second_half(const Half& half) {
     const ComplexD z = turn(half.z);
-    const Angle<Vec2d> angle = atan_core::angle_medium<grade>(abs(z.re), half.at.other);
-    return turn(ComplexD{with_sign_of(angle.high + angle.low, z.re),
-                         with_sign_of(logarithm_of_growth<grade>(half.at.growth), z.im)});
+    const Vec2d angle = PointAngle<double, grade>::medium_in_quadrant(abs(z.re), half.at.other);
+    return turn(ComplexD{with_sign_of(angle, z.re), with_sign_of(logarithm_of_growth<grade>(half.at.growth), z.im)});
   }
   template <Grade grade>
   static ORIN_INLINE KorComplex16 special(KorComplex16 given) {
@@ -133,8 +134,8 @@ struct ArcCosine {
   template <Grade grade>
   static ORIN_INLINE ComplexD second_half(const Half& half) {
     const auto& c = in_memory(constants);
-    const Angle<Vec2d> first = atan_core::angle_medium<grade>(half.at.other, abs(half.z.re));
-    const Vec2d angle = on_side<grade>(first, half.z.re < c.zero);
+    const Angle<Vec2d> parts = PointAngle<double, grade>::medium_in_parts(half.at.other, half.z.re);
+    const Vec2d angle = parts.high + parts.low;
     const Vec2d v = logarithm_of_growth<grade>(half.at.growth);
     if constexpr (hyperbolic) return {v, with_sign_of(angle, half.z.im)};
     return {angle, with_sign_of(v, half.z.im ^ c.minus_zero)};
@@ -171,20 +172,16 @@ struct InverseSine : F {
   static ORIN_INLINE Vec4i special_lanes(Vec4i larger, Complex<Vec4i> z) {
     return F::turned ? special_lanes_of<T>(larger, z.im, z.re) : special_lanes_of<T>(larger, z.re, z.im);
   }
-  template <Grade grade>
+  template <Grade grade, class T>
   static ORIN_INLINE Half first_half(ComplexD z) {
     const Vec2d re = abs(z.re), im = abs(z.im);
-    return {F::turned ? in_quadrant<grade>(im, re) : in_quadrant<grade>(re, im), z};
+    return {F::turned ? in_quadrant<grade, T>(im, re) : in_quadrant<grade, T>(re, im), z};
   }
-  template <Grade grade>
-  static ORIN_INLINE ComplexD of(ComplexD z) {
-    return F::template second_half<grade>(first_half<grade>(z));
-  }
-  template <Grade grade>
+  template <Grade grade, class T>
   static Outcome<KorComplex16> special(KorComplex16 z) {
     const double x = std::fabs(F::turned ? z.im : z.re), y = std::fabs(F::turned ? z.re : z.im);
     if (is_branch_point(x, y) || !(x < 0x1p250 && y < 0x1p250)) return {{F::template special<grade>(z)}, KOR_STATUS_OK};
-    const ComplexD value = of<grade>(ComplexD{z.re, z.im});
+    const ComplexD value = F::template second_half<grade>(first_half<grade, T>(ComplexD{z.re, z.im}));
     return {{{first_lane(value.re), first_lane(value.im)}}, KOR_STATUS_OK};
   }
 };

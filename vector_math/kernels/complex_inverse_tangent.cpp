@@ -4,8 +4,8 @@
 // Method    in the first quadrant, z = x + iy, d = 1 - x: D = d^2 + y^2,
 //           re atanh z = log(1 + 4x/D)/4,  im atanh z = atan2(2y, 2d - d^2 - y^2)/2
 //           elsewhere by symmetry; atan z = -i atanh(iz); single precision in double by the EP grade
-// Bounds    in ulp of the modulus: HA 2.4, LA 8; EP 2^-26, 2^-11
-// Budget    HA  in units of rounding: d^2, D, 4x/D, logarithm; or 2d - d^2 - y^2 1.5, its angle 2
+// Bounds    in ulp of the modulus: HA 3.2, LA 8; EP 2^-26, 2^-11
+// Budget    HA  in units of rounding: d^2, D, 4x/D 1 each, logarithm as in LA 2 1/2; or 2d - d^2 - y^2 1 1/2, its angle 2
 // Special   C Annex G; +-1 (atan: +-i) -> infinite, status 2; |z| >= 2^250: x/|z|^2 + i pi/2
 // Source    W. Kahan, Branch cuts for complex elementary functions, in The State of the Art in Numerical
 //           Analysis (1987)
@@ -21,18 +21,27 @@ using namespace simd;
 
 constexpr struct { Constant<double> zero = 0.0, one = 1.0, half = 0.5, quarter = 0.25, four = 4.0; } constants{};
 
-// Both parts of atanh(x + iy) for x, y >= 0.
+// Of x + iy, x, y >= 0: four times the real part of atanh, and the point that has twice the imaginary part as its angle.
+struct Half {
+  Vec2d log;
+  Vec2d re, im;
+  ComplexD z;
+};
 template <Grade grade>
-ORIN_INLINE ComplexD in_quadrant(Vec2d x, Vec2d y) {
+ORIN_INLINE Half first_half_in_quadrant(Vec2d x, Vec2d y, ComplexD z) {
   const auto& c = in_memory(constants);
   const Vec2d d = c.one - x;
   const Vec2d d2 = d * d, y2 = y * y;
   Vec2d rest = y2;
   if constexpr (grade == Grade::ha) rest = rest + (d + d) * ((c.one - d) - x);  // with what d lost
   const OnePlus<Vec2d> u = one_plus((x * c.four) / (d2 + rest));
-  const Vec2d real = ((d + d) - d2) - y2;
-  const Angle<Vec2d> angle = atan_core::angle_medium<grade>(y + y, abs(real));
-  return {logarithm<grade>(u.sum, u.rest) * c.quarter, on_side<grade>(angle, real < c.zero) * c.half};
+  return {logarithm < grade == Grade::ha ? Grade::la : grade > (u.sum, u.rest), ((d + d) - d2) - y2, y + y, z};
+}
+template <Grade grade>
+ORIN_INLINE ComplexD second_half_in_quadrant(const Half& half) {
+  const auto& c = in_memory(constants);
+  const Angle<Vec2d> angle = PointAngle<double, grade>::medium_in_parts(half.im, half.re);
+  return {half.log * c.quarter, (angle.high + angle.low) * c.half};
 }
 
 // Arguments far from 0, next to 1 and not finite.
@@ -57,7 +66,7 @@ ORIN_INLINE Outcome<KorComplex16> special_in_quadrant(double x, double y) {
     const Vec2d log = y < 0x1p-1000 ? logarithm<grade, Base::e, 60>(Vec2d(y * 0x1p60)) : logarithm<grade>(Vec2d(y));
     return {{{(0x1.62e42fefa39efp-1 - first_lane(log)) / 2, quarter_turn / 2}}, KOR_STATUS_OK};
   }
-  const ComplexD value = in_quadrant<grade>(x, y);
+  const ComplexD value = second_half_in_quadrant<grade>(first_half_in_quadrant<grade>(x, y, {x, y}));
   return {{{first_lane(value.re), first_lane(value.im)}}, KOR_STATUS_OK};
 }
 
@@ -65,8 +74,8 @@ ORIN_INLINE Outcome<KorComplex16> special_in_quadrant(double x, double y) {
 template <class T>
 ORIN_INLINE Vec4i special_lanes_of(Vec4i larger, Vec4i polar, Vec4i other) {
   static constexpr struct {
-    Constant<std::int32_t> largest = sizeof(T) == 8 ? 0x4f8fffff : 0x7f7fffff;  // 2^250
-    Constant<std::int32_t> one = sizeof(T) == 8 ? 0x3ff00000 : 0x3f800000;      // to 1 + 2^-20; 1
+    Constant<std::int32_t> largest = sizeof(T) == 8 ? 0x4f8fffff : 0x47efffff;  // 2^250
+    Constant<std::int32_t> one = 0x3ff00000;                                    // to 1 + 2^-20
     Constant<std::int32_t> little = sizeof(T) == 8 ? 0x20b00000 : 1;            // 2^-500; 0 alone
   } words{};
   const auto& c = in_memory(words);
@@ -79,6 +88,7 @@ struct ArcTangent {
   static constexpr const char* name_c = turned ? "vcAtan" : "vcAtanh";
   static constexpr const char* name_z = turned ? "vzAtan" : "vzAtanh";
   static constexpr double ordinary = 0;
+  using Half = ::orin::vector_math::Half;
 
   template <class Z>
   static ORIN_INLINE Z turn(Z z) {
@@ -90,13 +100,17 @@ struct ArcTangent {
     z = turn(z);
     return special_lanes_of<T>(larger, z.re, z.im);
   }
-  template <Grade grade>
-  static ORIN_INLINE ComplexD of(ComplexD z) {
+  template <Grade grade, class>
+  static ORIN_INLINE Half first_half(ComplexD z) {
     z = turn(z);
-    const ComplexD value = in_quadrant<grade>(abs(z.re), abs(z.im));
-    return turn(ComplexD{with_sign_of(value.re, z.re), with_sign_of(value.im, z.im)});
+    return first_half_in_quadrant<grade>(abs(z.re), abs(z.im), z);
   }
   template <Grade grade>
+  static ORIN_INLINE ComplexD second_half(const Half& half) {
+    const ComplexD value = second_half_in_quadrant<grade>(half);
+    return turn(ComplexD{with_sign_of(value.re, half.z.re), with_sign_of(value.im, half.z.im)});
+  }
+  template <Grade grade, class>
   static Outcome<KorComplex16> special(KorComplex16 z) {
     z = turn(z);
     const auto [value, status] = special_in_quadrant<grade>(std::fabs(z.re), std::fabs(z.im));
@@ -106,7 +120,7 @@ struct ArcTangent {
 
 }  // namespace
 
-ORIN_COMPLEX_IN_DOUBLE(atanh, ArcTangent<false>)
-ORIN_COMPLEX_IN_DOUBLE(atan, ArcTangent<true>)
+ORIN_COMPLEX_IN_HALVES(atanh, ArcTangent<false>)
+ORIN_COMPLEX_IN_HALVES(atan, ArcTangent<true>)
 
 }  // namespace orin::vector_math

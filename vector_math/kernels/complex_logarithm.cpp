@@ -1,9 +1,10 @@
 // complex_logarithm: elementwise log z and log10 z, both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    log |z| + i arg z by modulus_log.h, point_angle.h; base 10 times 1/ln 10
+// Method    log |z| + i arg z by modulus_log.h, point_angle.h; of base 10 the angle times 1/ln 10
 //           single precision in double by the EP grade
-// Bounds    in ulp of the modulus: HA log 1.5, log10 2.6, whose base is a rounding of its own; LA 8; EP 2^-26, 2^-11
+// Bounds    in ulp of the modulus: HA log 2.3, log10 3.2, whose base adds roundings; LA 8; EP 2^-26, 2^-11
+// Budget    HA  in units of rounding: logarithm 2 1/2, angle as in octant_angle.h 2; 1/ln 10 and its products 1 1/2
 // Special   C Annex G; 0 -> -inf + i arg, status 2
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/complex_in_double.h"
@@ -15,8 +16,14 @@ namespace {
 
 using namespace simd;
 
+struct Half {
+  Vec2d modulus;  // its logarithm
+  ComplexD z;
+};
+
 template <Base base>
 struct ComplexLogarithm {
+  using Half = ::orin::vector_math::Half;
   static constexpr const char* name_c = base == Base::e ? "vcLn" : "vcLog10";
   static constexpr const char* name_z = base == Base::e ? "vzLn" : "vzLog10";
   static constexpr double ordinary = 1;
@@ -26,7 +33,7 @@ struct ComplexLogarithm {
     if constexpr (sizeof(T) == 8)
       return outside<0x23d00000, 0x58efffff>(larger);  // 2^-450, 2^400
     else
-      return outside<0x00800000, 0x7f7fffff>(larger);
+      return outside<0x38100000, 0x47efffff>(larger);  // normal floats
   }
 
   static ORIN_INLINE Vec2d in_base(Vec2d log) {
@@ -34,13 +41,17 @@ struct ComplexLogarithm {
     static constexpr Constant<double> inverse_ln10 = 0x1.bcb7b1526e50ep-2;
     return log * in_memory(inverse_ln10);
   }
-  template <Grade grade>
-  static ORIN_INLINE ComplexD of(ComplexD z) {
-    const Angle<Vec2d> angle = PointAngle<double, grade>::medium(z.im, z.re);
-    return {in_base(modulus_log<grade>(z.re, z.im)), with_sign_of(in_base(angle.high) + in_base(angle.low), z.im)};
+  template <Grade grade, class T>
+  static ORIN_INLINE Half first_half(ComplexD z) {
+    return {modulus_log<grade, base, T>(z.re, z.im), z};
   }
-
   template <Grade grade>
+  static ORIN_INLINE ComplexD second_half(const Half& half) {
+    const auto& [modulus, z] = half;
+    const Angle<Vec2d> angle = PointAngle<double, grade>::medium_in_parts(z.im, z.re);
+    return {modulus, with_sign_of(in_base(angle.high) + in_base(angle.low), z.im)};
+  }
+  template <Grade grade, class T>
   static Outcome<KorComplex16> special(KorComplex16 z) {
     const double angle = first_lane(in_base(Vec2d(PointAngle<double, grade>::special(z.im, z.re))));
     if (z.re == 0 && z.im == 0) return {{{-infinite, angle}}, KOR_STATUS_SING};
@@ -52,7 +63,7 @@ struct ComplexLogarithm {
 
 }  // namespace
 
-ORIN_COMPLEX_IN_DOUBLE(ln, ComplexLogarithm<Base::e>)
-ORIN_COMPLEX_IN_DOUBLE(log10, ComplexLogarithm<Base::ten>)
+ORIN_COMPLEX_IN_HALVES(ln, ComplexLogarithm<Base::e>)
+ORIN_COMPLEX_IN_HALVES(log10, ComplexLogarithm<Base::ten>)
 
 }  // namespace orin::vector_math

@@ -2,20 +2,24 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    z^w = e^(w log z), log z = L + i t, w log z = E + i F, the result e^E (cos F + i sin F)
-//           HA  L, t, E and F as pairs: L by log_core_d.h from |z|^2 as a pair; t = atan c + atan r as in atan_core.h,
-//               r = (y - c x)/(x + c y) as a pair, too; products as in pow_core_d.h
-//           EP  L, t in LA, the exponential and the sine to 2^-31; single precision in double by EP; LA is HA
+//           HA  L, t, E and F as pairs: L by log_core_d.h from |z|^2 as a pair; t by octant_angle.h, r with its rest;
+//               products as in pow_core_d.h; cos F and sin F from the table of sincos_core_d.h, rounded once
+//           LA  the same without the rest of r; sine as in LA
+//           EP  L, t in LA, the exponential and the sine to 2^-31; single precision in double by EP
 // Bounds    in ulp of the modulus: HA 2 (single 1), EP 2^-26, 2^-11, while |w log z| < 1700; beyond, the error grows
-//           with |F|
+//           with |F|. LA 8 while |w| < 1000, too; beyond, and where z is next to 1, the error grows with |w|
+// Budget    HA  in 2^-53 of the modulus: exponent 1700 2^-63, e^E 1, each part of cos F + i sin F 1, products 1
+//           LA  r 2^-59 |w|
 // Special   z^0 = 1; 0^w = 0 for Re w > 0, infinite with status 2 for w real and negative; arguments that are not
 //           finite, and other powers of 0, by C Annex G in e^(w log z): a part that has no limit is NaN, status 1;
 //           overflow of a part, status 3; a modulus below normal numbers, status 4
-// Data      data/log_d_data.h, data/atan_data.h, data/pow_d_data.h, data/sincos_d_data.h
+// Data      data/log_d_data.h, data/octants_data.h, data/atan_data.h, data/pow_d_data.h, data/sincos_d_data.h
 #include <cfloat>
 
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/complex_in_double.h"
 #include "vector_math/kernels/modulus_log.h"
+#include "vector_math/kernels/octant_angle.h"
 #include "vector_math/kernels/point_angle.h"
 #include "vector_math/kernels/pow_core_d.h"
 #include "vector_math/kernels/sincos_core_d.h"
@@ -31,47 +35,41 @@ constexpr struct {
   Constant<double> far_angle = 0x1p20;  // the reduction of angles ends here
 } constants{};
 
-constexpr struct { Constant<double> pi = vector_math::pi<double>, rest = vector_math::pi_rest<double>; } half_turn{};
-
-// The angle of (x, y), y >= 0 as it is and x of any sign, to 2^-71.
-ORIN_INLINE DoubleDouble angle_pair(Vec2d y, Vec2d signed_x) {
-  const auto& c = in_memory(atan_core::bins<Vec2d>);
-  const Vec2d x = abs(signed_x);
-  const auto bin = atan_core::bin_of(c, y / max(x, c.least));
-  // y - c x and x + c y as pairs: c has six bits, its products with the halves are exact.
-  const DoubleDouble xs = split(x), ys = split(y);
-  const DoubleDouble n1 = two_sum(y, Vec2d(c.zero) - bin.middle * xs.high);
-  const DoubleDouble n2 = two_sum(n1.high, Vec2d(c.zero) - bin.middle * xs.low);
-  const DoubleDouble d1 = two_sum(x, bin.middle * ys.high);
-  const DoubleDouble d2 = fast_two_sum(d1.high, bin.middle * ys.low);
-  const Vec2d r = n2.high / d2.high;
-  const DoubleDouble back = two_product(r, d2.high);
-  const Vec2d r_low = (((n2.high - back.high) - back.low) + ((n1.low + n2.low) - r * (d1.low + d2.low))) / d2.high;
-  const DoubleDouble sum = fast_two_sum(bin.arc, r);
-  const Vec2d low = sum.low + (r_low + atan_core::bend<Grade::ha>(c, bin, r));
-  // pi less the angle where x is negative.
-  const auto& k = in_memory(constants);
-  const auto& turn = in_memory(half_turn);
-  const Vec2d mask = signed_x < k.zero;
-  const Vec2d sign = mask & k.minus_zero;
-  const DoubleDouble whole = fast_two_sum(mask & turn.pi, sum.high ^ sign);
-  const Vec2d high = select(mask, whole.high, sum.high);
-  const Vec2d rest = select(mask, whole.low, k.zero) + ((low ^ sign) + (mask & turn.rest));
-  return fast_two_sum(high, rest);
+// The angle of (x, y), y >= 0 as it is and x of any sign: HA to 2^-62 of itself, LA to 2^-59.
+template <Grade grade>
+ORIN_INLINE DoubleDouble angle_pair(Vec2d y, Vec2d x) {
+  const auto p = octant_angle::place_of(y, x);
+  const Vec2d numerator = octant_angle::exact_numerator(p);
+  const Vec2d product = p.c * p.smaller;
+  const DoubleDouble denominator = fast_two_sum(p.larger, product);
+  const Vec2d r = numerator / denominator.high;
+  Vec2d rest = octant_angle::bend(r);
+  if constexpr (grade == Grade::ha) {
+    const DoubleDouble n = split(p.smaller), q = split(r), d = split(denominator.high);
+    const Vec2d d_rest = d.low + (denominator.low + ((p.c * n.high - product) + p.c * n.low));
+    const Vec2d remainder = (numerator - q.high * d.high) - (q.high * d_rest + q.low * denominator.high);
+    rest = rest + remainder / denominator.high;
+  }
+  const DoubleDouble sum = fast_two_sum(p.arc, r ^ p.sign);
+  return fast_two_sum(sum.high, sum.low + (p.arc_rest + (rest ^ p.sign)));
 }
 
 // log z for z 2^`scaled` in the place of z.
-struct LogPair {
+struct Logarithm {
   DoubleDouble modulus, angle;
 };
-template <int scaled>
-ORIN_INLINE LogPair log_pair(ComplexD z) {
+template <Grade grade, int scaled = 0, class T = double>
+ORIN_INLINE Logarithm logarithm_of(ComplexD z) {
+  if constexpr (grade == Grade::ep) {
+    const Vec2d none = 0.0;
+    return {{modulus_log<Grade::la, Base::e, T>(z.re, z.im), none},
+            {PointAngle<double, Grade::la>::fast(z.im, z.re), none}};
+  }
   const auto& k = in_memory(constants);
-  const DoubleDouble square = modulus_squared_pair(z.re, z.im);
-  const DoubleDouble log = log_d::logarithm_pair<2 * scaled>(square.high);
-  const Vec2d half_rest = square.low / square.high;
-  const DoubleDouble modulus = two_sum(log.high * k.half, (log.low + half_rest) * k.half);
-  const DoubleDouble angle = angle_pair(abs(z.im), z.re);
+  const DoubleDouble square = modulus_squared_medium(z.re, z.im);
+  const DoubleDouble log = log_d::logarithm_pair<2 * scaled>(square.high, square.low);
+  const DoubleDouble modulus = {log.high * k.half, log.low * k.half};
+  const DoubleDouble angle = angle_pair<grade>(abs(z.im), z.re);
   const Vec2d sign = z.im & k.minus_zero;
   return {modulus, {angle.high ^ sign, angle.low ^ sign}};
 }
@@ -83,39 +81,54 @@ struct Halves {
   explicit ORIN_INLINE Halves(Vec2d a) : parts(split(a)), whole(a) {}
   ORIN_INLINE Halves(DoubleDouble a) : parts(split(a.high)), whole(a.high) { parts.low = parts.low + a.low; }
 };
+ORIN_INLINE Vec2d rest_of_product(const Halves& a, const Halves& b) {
+  return a.parts.low * b.parts.high + a.whole * b.parts.low;
+}
 ORIN_INLINE DoubleDouble sum_of_products(const Halves& a, const Halves& b, const Halves& c, const Halves& d) {
   const DoubleDouble main = two_sum(a.parts.high * b.parts.high, c.parts.high * d.parts.high);
-  const Vec2d rest = main.low + ((a.parts.low * b.parts.high + a.whole * b.parts.low) +
-                                 (c.parts.low * d.parts.high + c.whole * d.parts.low));
-  return two_sum(main.high, rest);
+  return fast_two_sum(main.high, main.low + (rest_of_product(a, b) + rest_of_product(c, d)));
+}
+// a b - c d.
+ORIN_INLINE DoubleDouble difference_of_products(const Halves& a, const Halves& b, const Halves& c, const Halves& d) {
+  const DoubleDouble main = two_difference(a.parts.high * b.parts.high, c.parts.high * d.parts.high);
+  return fast_two_sum(main.high, main.low + (rest_of_product(a, b) - rest_of_product(c, d)));
 }
 
 // The exponent w log z = real + i imaginary.
 struct Exponent {
   DoubleDouble real, imaginary;
 };
-template <Grade grade, int scaled = 0>
-ORIN_INLINE Exponent exponent(ComplexD z, ComplexD w) {
-  if constexpr (grade == Grade::ha) {
-    const LogPair log = log_pair<scaled>(z);
-    const Halves c(w.re), d(w.im), minus_d(w.im ^ Vec2d(in_memory(constants).minus_zero)), l(log.modulus), t(log.angle);
-    return {sum_of_products(c, l, minus_d, t), sum_of_products(c, t, d, l)};
+template <Grade grade>
+ORIN_INLINE Exponent exponent(const Logarithm& log, ComplexD w) {
+  if constexpr (grade != Grade::ep) {
+    const Halves c(w.re), d(w.im), l(log.modulus), t(log.angle);
+    return {difference_of_products(c, l, d, t), sum_of_products(c, t, d, l)};
   } else {
-    const Vec2d l = modulus_log<Grade::la>(z.re, z.im);
-    const Vec2d t = PointAngle<double, Grade::la>::fast(z.im, z.re);
-    const Vec2d none = 0.0;
+    const Vec2d l = log.modulus.high, t = log.angle.high, none = 0.0;
     return {{w.re * l - w.im * t, none}, {w.re * t + w.im * l, none}};
   }
 }
 
-// The angle less a multiple of the table's step, its rest included.
+// Cosine and sine of an angle as a pair, to 0.6 ulp of 1 in HA, as in sincos_core_d.h in the other grades.
 template <Grade grade>
-ORIN_INLINE sincos_d::Angle with_rest(sincos_d::Angle angle, Vec2d rest) {
-  if constexpr (grade == Grade::ha) {
-    const DoubleDouble sum = two_sum(angle.high, angle.low + rest);
-    return {sum.high, sum.low, angle.n};
+ORIN_INLINE ComplexD direction(DoubleDouble turn) {
+  sincos_d::Angle angle = sincos_d::reduce<grade>(turn.high);
+  if constexpr (grade != Grade::ha) {
+    if constexpr (grade == Grade::la) angle.high = angle.high + turn.low;
+    const auto [sine, cosine] = sincos_d::sine_and_cosine<grade>(angle);
+    return {cosine, sine};
   } else {
-    return angle;
+    const auto& c = in_memory(sincos_d::constants<Grade::ha>);
+    const auto j = low_bits<7>(angle.n);
+    const auto [sine_high, sine_low] = look_up_pairs<4>(sincos_d::data::ha_table, j);
+    const auto [cosine_high, cosine_low] = look_up_pairs<4>(sincos_d::data::ha_table + 2, j);
+    const Vec2d sine = sine_high + sine_low, cosine = cosine_high + cosine_low;
+    const Vec2d r = angle.high + (angle.low + turn.low);
+    const Vec2d r2 = r * r;
+    const Vec2d s = r + (r * r2) * (c.s0 + r2 * (c.s1 + r2 * c.s2));
+    const Vec2d bend = r2 * (c.c0 + r2 * (c.c1 + r2 * c.c2));
+    return {cosine_high + (cosine_low + (cosine * bend - sine * s)),
+            sine_high + (sine_low + (cosine * s + sine * bend))};
   }
 }
 
@@ -125,23 +138,21 @@ struct Marked {
   Vec2d beyond;
 };
 template <Grade grade>
-ORIN_INLINE Marked power(ComplexD z, ComplexD w) {
+ORIN_INLINE Marked power(const Logarithm& log, ComplexD w) {
   const auto& k = in_memory(constants);
-  const Exponent e = exponent<grade>(z, w);
+  const Exponent e = exponent<grade>(log, w);
   const Vec2d beyond = (abs(e.real.high) >= k.limit) | (abs(e.imaginary.high) >= k.far_angle);
-  // An odd exponent must not meet the products.
-  const DoubleDouble real = {and_not(beyond, e.real.high), and_not(beyond, e.real.low)};
+  // An odd exponent must not meet the products. Its low part may: below 2^45 they stay far from overflow.
+  const Vec2d real = and_not(beyond, e.real.high);
   Vec2d size;
-  if constexpr (grade == Grade::ha) {
-    const pow_d::Power p = pow_d::power(real);
+  if constexpr (grade != Grade::ep) {
+    const pow_d::Power p = pow_d::power({real, e.real.low});
     size = from_bits(bits(p.value) + shift_left<52>(p.k));
   } else {
-    size = pow_d::power_medium(real.high);
+    size = pow_d::power_medium(real);
   }
-  const auto angle =
-      with_rest<grade>(sincos_d::reduce<grade>(and_not(beyond, e.imaginary.high)), and_not(beyond, e.imaginary.low));
-  const auto [sine, cosine] = sincos_d::sine_and_cosine<grade>(angle);
-  return {{size * cosine, size * sine}, beyond};
+  const ComplexD unit = direction<grade>({and_not(beyond, e.imaginary.high), e.imaginary.low});
+  return {{size * unit.re, size * unit.im}, beyond};
 }
 
 // e^e for any finite exponent.
@@ -231,9 +242,10 @@ Outcome<KorComplex16> special_power(KorComplex16 z, KorComplex16 w) {
   const auto times = [&](double scale) __attribute__((always_inline)) {
     return ComplexD{Vec2d(z.re * scale), Vec2d(z.im * scale)};
   };
-  if (size < 0x1p-400) return wide_power<T>(exponent<Grade::ha, 600>(times(0x1p600), factor));
-  if (size >= 0x1p400) return wide_power<T>(exponent<Grade::ha, -700>(times(0x1p-700), factor));
-  return wide_power<T>(exponent<Grade::ha>(times(1), factor));
+  if (size < 0x1p-400) return wide_power<T>(exponent<Grade::ha>(logarithm_of<Grade::ha, 600>(times(0x1p600)), factor));
+  if (size >= 0x1p400)
+    return wide_power<T>(exponent<Grade::ha>(logarithm_of<Grade::ha, -700>(times(0x1p-700)), factor));
+  return wide_power<T>(exponent<Grade::ha>(logarithm_of<Grade::ha>(times(1)), factor));
 }
 
 // What powers of both kinds share. The fast path takes z within 2^-400 .. 2^400 and |w| below 2^60, and marks results
@@ -241,45 +253,38 @@ Outcome<KorComplex16> special_power(KorComplex16 z, KorComplex16 w) {
 template <class T, Grade grade>
 struct Power {
   using Z = ComplexOf<T>;
-  using V = typename RegisterOf<T>::type;
+  struct Half {
+    Logarithm log;
+    ComplexD w;
+  };
   static constexpr Z ordinary{1, 1};
+  static constexpr bool computes_in_double = sizeof(T) == 4, nan_is_special = true;
   static constexpr int groups_per_step = 1;
 
+  // In the high words of doubles.
   static ORIN_INLINE Vec4i special_base(Complex<Vec4i> z) {
     if constexpr (sizeof(T) == 8)
       return outside<0x26f00000, 0x58efffff>(larger_magnitude(z));
     else
-      return outside<0x00800000, 0x7f7fffff>(larger_magnitude(z));
+      return outside<0x38100000, 0x47efffff>(larger_magnitude(z));
   }
   static ORIN_INLINE Vec4i special_exponent(Complex<Vec4i> w) {
     // Not both parts 0, for which special knows all bases.
     if constexpr (sizeof(T) == 8)
       return outside<0x00100000, 0x43afffff>(larger_magnitude(w));
     else
-      return outside<0x00800000, 0x5d7fffff>(larger_magnitude(w));
+      return outside<0x38100000, 0x43afffff>(larger_magnitude(w));
   }
-  static ORIN_INLINE Vec4i special_results(Complex<Vec4i> r) {
-    static constexpr Constant<std::int32_t> largest = sizeof(T) == 8 ? 0x7fefffff : 0x7f7fffff;
-    return magnitude(r.re) > in_memory(largest);
-  }
-  static ORIN_INLINE Complex<V> of(Complex<V> z, Complex<V> w) {
-    if constexpr (sizeof(T) == 8) {
-      const auto [value, beyond] = power<grade>(z, w);
-      return {value.re | beyond, value.im};
-    } else {
-      const auto half = [](Vec2d x, Vec2d y, Vec2d u, Vec2d v) __attribute__((always_inline)) {
-        const auto [value, beyond] = power<Grade::ep>(ComplexD{x, y}, ComplexD{u, v});
-        // Out of the range of float's normal numbers: a NaN, too.
-        static constexpr struct { Constant<double> least = 0x1p-125, largest = 0x1p127; } range{};
-        const auto& c = in_memory(range);
-        const Vec2d size = max(abs(value.re), abs(value.im));
-        const Vec2d odd = beyond | (size < c.least) | (size >= c.largest);
-        return ComplexD{and_not(odd, value.re) | odd, and_not(odd, value.im)};
-      };
-      const TwoVec2d x = widen(z.re), y = widen(z.im), u = widen(w.re), v = widen(w.im);
-      const ComplexD low = half(x.low, y.low, u.low, v.low), high = half(x.high, y.high, u.high, v.high);
-      return {simd::narrow({low.re, high.re}), simd::narrow({low.im, high.im})};
-    }
+  static ORIN_INLINE Half first_half(ComplexD z, ComplexD w) { return {logarithm_of<grade, 0, T>(z), w}; }
+  static ORIN_INLINE ComplexD second_half(const Half& half) {
+    const auto [value, beyond] = power<grade>(half.log, half.w);
+    if constexpr (sizeof(T) == 8) return {value.re | beyond, value.im};
+    // Out of the range of float's normal numbers: a NaN, too.
+    static constexpr struct { Constant<double> least = 0x1p-125, largest = 0x1p127; } range{};
+    const auto& c = in_memory(range);
+    const Vec2d size = max(abs(value.re), abs(value.im));
+    const Vec2d odd = beyond | (size < c.least) | (size >= c.largest);
+    return {and_not(odd, value.re) | odd, and_not(odd, value.im)};
   }
   static Outcome<Z> special_of(Z z, Z w) {
     const auto outcome = special_power<T>(KorComplex16{z.re, z.im}, KorComplex16{w.re, w.im});
@@ -291,14 +296,13 @@ template <class T, Grade grade>
 struct PowerOfVectors : TwoToOne<ComplexOf<T>>, Power<T, grade> {
   using Common = Power<T, grade>;
   using Common::groups_per_step;
-  using typename Common::V;
   using typename Common::Z;
   static constexpr const char* name = sizeof(T) == 8 ? "vzPow" : "vcPow";
 
   static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> z, Complex<Vec4i> w) {
     return Common::special_base(z) | Common::special_exponent(w);
   }
-  static ORIN_INLINE Complex<V> fast(Complex<V> z, Complex<V> w) { return Common::of(z, w); }
+  static ORIN_INLINE ComplexD fast(ComplexD z, ComplexD w) { return Common::second_half(Common::first_half(z, w)); }
   static Outcome<Z> special(Z z, Z w) { return Common::special_of(z, w); }
 };
 
@@ -306,7 +310,6 @@ template <class T, Grade grade>
 struct PowerOfScalar : OneToOne<ComplexOf<T>>, Power<T, grade> {
   using Common = Power<T, grade>;
   using Common::groups_per_step;
-  using typename Common::V;
   using typename Common::Z;
   static constexpr const char* name = sizeof(T) == 8 ? "vzPowx" : "vcPowx";
   static constexpr T least = sizeof(T) == 8 ? T(DBL_MIN) : T(FLT_MIN), limit = sizeof(T) == 8 ? T(0x1p60) : T(0x1p60f);
@@ -318,9 +321,10 @@ struct PowerOfScalar : OneToOne<ComplexOf<T>>, Power<T, grade> {
   Z ordinary_w = is_ordinary ? w : Z{1, 1};
 
   ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> z) const { return Common::special_base(z) | (is_ordinary ? 0 : -1); }
-  ORIN_INLINE Complex<V> fast(Complex<V> z) const {
-    return Common::of(z, Complex<V>{V(ordinary_w.re), V(ordinary_w.im)});
+  ORIN_INLINE typename Common::Half first_half(ComplexD z) const {
+    return Common::first_half(z, ComplexD{Vec2d(ordinary_w.re), Vec2d(ordinary_w.im)});
   }
+  ORIN_INLINE ComplexD fast(ComplexD z) const { return Common::second_half(first_half(z)); }
   Outcome<Z> special(Z z) const { return Common::special_of(z, w); }
 };
 
@@ -334,6 +338,7 @@ struct PowerOfScalar : OneToOne<ComplexOf<T>>, Power<T, grade> {
     elementwise<PowerOfScalar<T, grade>>({{}, {}, b}, n, {a}, {r});           \
   }
 ORIN_COMPLEX_POWER(c, float, KorComplex8, Grade::ep)
+ORIN_COMPLEX_POWER(z_la, double, KorComplex16, Grade::la)
 ORIN_COMPLEX_POWER(z_ha, double, KorComplex16, Grade::ha)
 ORIN_COMPLEX_POWER(z_ep, double, KorComplex16, Grade::ep)
 #undef ORIN_COMPLEX_POWER

@@ -74,12 +74,6 @@ ORIN_INLINE Complex<Vec2d> accurate_product(const Factors& a, const Factors& b) 
 ORIN_INLINE Complex<Vec2d> accurate_product(Complex<Vec2d> a, Complex<Vec2d> b) {
   return accurate_product(Factors(a), Factors(b));
 }
-ORIN_INLINE Complex<Vec4f> accurate_product(Complex<Vec4f> a, Complex<Vec4f> b) {
-  const TwoVec2d x = widen(a.re), y = widen(a.im), u = widen(b.re), v = widen(b.im);
-  const Complex<Vec2d> low = plain_product<Vec2d>({x.low, y.low}, {u.low, v.low});
-  const Complex<Vec2d> high = plain_product<Vec2d>({x.high, y.high}, {u.high, v.high});
-  return {narrow({low.re, high.re}), narrow({low.im, high.im})};
-}
 
 template <class Z>
 ORIN_INLINE Z first_element(auto z) {

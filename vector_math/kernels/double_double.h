@@ -7,7 +7,7 @@
 #ifndef ORIN_VECTOR_MATH_KERNELS_DOUBLE_DOUBLE_H
 #define ORIN_VECTOR_MATH_KERNELS_DOUBLE_DOUBLE_H
 
-#include "vector_math/simd/vec.h"
+#include "vector_math/simd/registers.h"
 
 namespace orin::vector_math::simd {
 
@@ -26,6 +26,13 @@ ORIN_INLINE DoubleDouble two_sum(Vec2d a, Vec2d b) {
   const Vec2d sum = a + b;
   const Vec2d from_b = sum - a;
   return {sum, (a - (sum - from_b)) + (b - from_b)};
+}
+
+// a - b exactly.
+ORIN_INLINE DoubleDouble two_difference(Vec2d a, Vec2d b) {
+  const Vec2d difference = a - b;
+  const Vec2d from_b = difference - a;
+  return {difference, (a - (difference - from_b)) - (b + from_b)};
 }
 
 // a as a high part of 26 bits, cut, and the rest of at most 27: products of a high part with either are exact.

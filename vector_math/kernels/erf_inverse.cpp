@@ -174,7 +174,16 @@ struct InverseErf : Plain {
   }
 };
 
-struct InverseErfc : Plain {
+// Functions of v: the argument or its complement.
+struct OfSmaller {
+  template <class V>
+  static ORIN_INLINE V distance(V, V v, V centre) {
+    return v - centre;
+  }
+  static ORIN_INLINE Vec4f complement(Vec4f, Vec4f v) { return common<Vec4f>().one - v; }
+};
+
+struct InverseErfc : Plain, OfSmaller {
   static constexpr const char* name_s = "vsErfcInv";
   static constexpr const char* name_d = "vdErfcInv";
   static constexpr float ordinary = 0.5f;
@@ -184,11 +193,6 @@ struct InverseErfc : Plain {
     const auto& c = common<V>();
     return {min(x, c.two - x), (x > c.one) & c.minus_zero};
   }
-  template <class V>
-  static ORIN_INLINE V distance(V, V v, V centre) {
-    return v - centre;
-  }
-  static ORIN_INLINE Vec4f complement(Vec4f, Vec4f v) { return common<Vec4f>().one - v; }
   template <class T>
   static ORIN_INLINE Vec4i beyond_fast(Vec4i words) {  // 2^-10, 2 - 2^-10
     return sizeof(T) == 8 ? outside<0x3f500000, 0x3ffffbff>(words) : outside<0x3a800000, 0x3fffdfff>(words);
@@ -206,7 +210,7 @@ struct InverseErfc : Plain {
   }
 };
 
-struct InverseNormal : Quantile {
+struct InverseNormal : Quantile, OfSmaller {
   static constexpr const char* name_s = "vsCdfNormInv";
   static constexpr const char* name_d = "vdCdfNormInv";
   static constexpr float ordinary = 0.25f;
@@ -217,11 +221,6 @@ struct InverseNormal : Quantile {
     const V smaller = min(x, c.one - x);
     return {smaller + smaller, (x < c.half) & c.minus_zero};
   }
-  template <class V>
-  static ORIN_INLINE V distance(V, V v, V centre) {
-    return v - centre;
-  }
-  static ORIN_INLINE Vec4f complement(Vec4f, Vec4f v) { return common<Vec4f>().one - v; }
   template <class T>
   static ORIN_INLINE Vec4i beyond_fast(Vec4i words) {  // 2^-11, 1 - 2^-11
     return sizeof(T) == 8 ? outside<0x3f400000, 0x3feffbff>(words) : outside<0x3a000000, 0x3f7fdfff>(words);

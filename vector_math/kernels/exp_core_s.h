@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    HA  x = n ln2/256 + r, n = 256 k + j;  e^x = 2^k (T + T (tail + p(r))), T (1 + tail) = 2^(j/256)
-//           LA  the same reduction, shifted by 369 steps;  e^x = 2^k T (w^2 + b), w = r + 369 ln2/256
+//           LA  the same reduction, shifted by 368 steps;  e^x = 2^k T (w^2 + b), w = r + 368 ln2/256
 //           EP  x/ln2 = k + f;  e^x = 2^k q(f), q a cubic
 // Bounds    HA 0.53 ulp; LA relative 2^-21, EP 2^-11
 // Budget    HA  in ulp: reduction 2^-6, polynomial 2^-8; roundings of tail + p and its product 2^-9, of the result 1/2
-//           LA  in 2^-24: w 2, its square 1/2, the sum 1, table 1, product 1
+//           LA  in 2^-24: w 1, its square 1/2, the sum 1, table 1, product 1
 //           EP  polynomial 2^-13.6, reduction x/ln2 2^-18
 // Data      data/exp_s_data.h from tools/tables/exp_s.py
 // Source    P. T. P. Tang, Table-driven implementation of the exponential function, ACM TOMS 15 (1989), 144-157
@@ -36,7 +36,7 @@ inline constexpr struct {
   Constant<std::int32_t> largest_word = 0x42acffff;  // |x| below 86.5: 2^k T stays normal although T is near 1/2
   Constant<float> inverse = 0x1.715476p+8f;          // 256/ln2, nearest
   Constant<float> to_integer = exp_s::to_integer;
-  Constant<float> to_integer_shifted = exp_s::to_integer + 369.0f;
+  Constant<float> to_integer_shifted = exp_s::to_integer + 368.0f;
   Constant<float> step_high = data::step_high, step_low = data::step_low;
   Constant<float> b = data::la_0;
 } la_constants{};

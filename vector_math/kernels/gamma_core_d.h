@@ -204,6 +204,15 @@ ORIN_INLINE Vec4i negative_fractions(Vec4i words) {
   return select(excluded | whole, Vec4i(0), Vec4i(-1));
 }
 
+// The special ones of four arguments: all but first..last and negative fractions.
+template <std::int32_t first, std::int32_t last>
+ORIN_INLINE Vec4i special_lanes(Vec4i words, auto negative_fractions_of) {
+  const Vec4i odd = outside<first, last>(words);
+  if (lane_bits(odd) == 0) [[likely]]
+    return odd;
+  return select(negative_fractions_of(words), Vec4i(0), odd);
+}
+
 }  // namespace orin::vector_math::gamma_d
 
 #endif

@@ -12,7 +12,7 @@
 
 #include "vector_math/data/hyperbolic_data.h"
 #include "vector_math/grade.h"
-#include "vector_math/simd/vec.h"
+#include "vector_math/simd/registers.h"
 
 namespace orin::vector_math::hyperbolic_s {
 

@@ -15,6 +15,7 @@
 #include <limits>
 
 #include "vector_math/kernels/double_double.h"
+#include "vector_math/kernels/log_base.h"
 #include "vector_math/kernels/root_seeds.h"
 #include "vector_math/simd/elementwise.h"
 
@@ -47,15 +48,9 @@ struct Length {
 
   // Where a square overflows; and where both are so small that digits of them are lost.
   static ORIN_INLINE Vec4i special_lanes(Vec4i a, Vec4i b) {
-    static constexpr struct {
-      Constant<std::int32_t> largest = sizeof(T) == 8 ? 0x5fdfffff : accurate ? 0x7effffff : 0x5effffff;
-      Constant<std::int32_t> least = sizeof(T) == 8 ? 0x23d00000 : 0x26800000;  // 2^-450, 2^-50
-    } range{};
-    const auto& k = in_memory(range);
-    const Vec4i x = magnitude(a), y = magnitude(b);
-    const Vec4i large = (x > k.largest) | (y > k.largest);
-    if constexpr (sizeof(T) == 4 && accurate) return large;
-    return large | ((x < k.least) & (y < k.least));
+    constexpr std::int32_t largest = sizeof(T) == 8 ? 0x5fdfffff : accurate ? 0x7effffff : 0x5effffff;
+    constexpr std::int32_t least = sizeof(T) == 8 ? 0x23d00000 : accurate ? 0 : 0x26800000;  // 2^-450, 2^-50
+    return outside<least, largest>(larger_magnitude(a, b));
   }
   static ORIN_INLINE V fast(V a, V b) {
     if constexpr (!accurate) {

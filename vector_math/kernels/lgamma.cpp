@@ -215,10 +215,7 @@ struct LGammaD : ThreePaths<double, grade> {
 
   // Ordinary: normal x < 2^1000, and the fractions of -2^20 < x <= -2^-1022.
   static ORIN_INLINE Vec4i special_lanes(Vec4i words) {
-    const Vec4i odd = outside<0x00100000, 0x7e6fffff>(words);
-    if (lane_bits(odd) == 0) [[likely]]
-      return odd;
-    return select(gamma_d::negative_fractions<0x00100000, 0x412fffff>(words), Vec4i(0), odd);
+    return gamma_d::special_lanes<0x00100000, 0x7e6fffff>(words, gamma_d::negative_fractions<0x00100000, 0x412fffff>);
   }
   static Outcome<double> special(double x) {
     return special_log_gamma(x, overflow, [x]() -> Outcome<double> {
@@ -242,10 +239,7 @@ struct LGammaS : ThreePaths<float, grade> {
 
   // Ordinary: normal x < 2^121, and the fractions of -2^22 < x <= -2^-126.
   static ORIN_INLINE Vec4i special_lanes(Vec4i words) {
-    const Vec4i odd = outside<0x00800000, 0x7bffffff>(words);
-    if (lane_bits(odd) == 0) [[likely]]
-      return odd;
-    return select(gamma_s::negative_fractions<0x00800000, 0x4a7fffff>(words), Vec4i(0), odd);
+    return gamma_d::special_lanes<0x00800000, 0x7bffffff>(words, gamma_s::negative_fractions<0x00800000, 0x4a7fffff>);
   }
   static Outcome<float> special(float x) {
     return special_log_gamma(x, overflow, [x]() -> Outcome<float> {

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "vector_math/simd/vec.h"
+#include "vector_math/simd/registers.h"
 
 namespace orin::vector_math {
 

@@ -226,9 +226,9 @@ ORIN_INLINE Vec2d logarithm(Vec2d x) {
 }
 
 // log(x + rest), |rest| below 2^-40 x, x below 2^1023.
-template <Grade grade>
+template <Grade grade, Base base = Base::e>
 ORIN_INLINE Vec2d logarithm(Vec2d x, Vec2d rest) {
-  return evaluate<grade, Base::e, true, 0>(x, rest);
+  return evaluate<grade, base, true, 0>(x, rest);
 }
 
 // log(1 + v).
@@ -271,6 +271,21 @@ ORIN_INLINE DoubleDouble logarithm_pair(Vec2d x) {
   const Vec2d cubic = (c.p0 + r * c.p1) + r2 * ((c.p2 + r * c.p3) + r2 * (c.p4 + r * c.p5));
   const DoubleDouble sum = fast_two_sum(high, r - square);
   return {sum.high, sum.low + ((low - square_low) + (r * r2) * cubic)};
+}
+
+// log(x + rest), rest within half a spacing of x, as a pair, to 2^-62.
+template <int scaled>
+ORIN_INLINE DoubleDouble logarithm_pair(Vec2d x, Vec2d rest) {
+  const auto& c = in_memory(pair_constants);
+  const Reduced reduced = reduce<scaled>(c, x);
+  const Vec2d r = exact_ratio<false>(c, reduced, x).r;
+  const auto [log_high, log_low] = look_up_pairs(data::logarithms, reduced.j);
+  const Vec2d high = reduced.k * c.two_high + log_high;  // exact
+  const Vec2d low = reduced.k * c.two_low + log_low;
+  const Vec2d r2 = r * r;
+  const Vec2d cubic = (c.p0 + r * c.p1) + r2 * ((c.p2 + r * c.p3) + r2 * (c.p4 + r * c.p5));
+  const DoubleDouble sum = fast_two_sum(high, r);
+  return fast_two_sum(sum.high, sum.low + ((low + rest / x) + r2 * (r * cubic - c.half)));
 }
 
 }  // namespace orin::vector_math::log_d

@@ -3,7 +3,7 @@
 //
 // Method    M, m the larger and the smaller of |x|, |y|
 //           log |z| = log(s + rest)/2, s + rest = M'^2 + (2 M' (M - M') + ((M - M')^2 + m^2)), M' the first bits of M;
-//           HA next to |z| = 1 to 2^-105
+//           HA the logarithm as LA, next to |z| = 1 s + rest to 2^-105
 // Arguments M within 2^-450 .. 2^400; far_modulus_log takes all others
 #ifndef ORIN_VECTOR_MATH_KERNELS_MODULUS_LOG_H
 #define ORIN_VECTOR_MATH_KERNELS_MODULUS_LOG_H
@@ -16,7 +16,7 @@ namespace orin::vector_math {
 
 inline constexpr struct {
   simd::Constant<double> half = 0.5, one = 1.0;
-  simd::Constant<double> near = 0.25;  // of |z|^2 to 1
+  simd::Constant<double> near = 0.25, very_near = 0x1p-8;  // of |z|^2 to 1
 } modulus_constants{};
 
 // |z|^2 and what rounding left of it, to 2^-105.
@@ -39,11 +39,33 @@ ORIN_INLINE simd::DoubleDouble modulus_squared(simd::Vec2d x, simd::Vec2d y) {
   return {leading * leading, (leading + leading) * last + (last * last + smaller * smaller)};
 }
 
-// log |z|, HA accurate next to |z| = 1, too.
-template <Grade grade>
+// |z|^2 and what rounding left of it, to 2^-78; next to 1 to 2^-105.
+ORIN_INLINE simd::DoubleDouble modulus_squared_medium(simd::Vec2d x, simd::Vec2d y) {
+  using namespace simd;
+  const auto& c = in_memory(modulus_constants);
+  const Vec2d a = abs(x), b = abs(y);
+  const Vec2d larger = max(a, b), smaller = min(a, b);
+  const Vec2d a_high = split(larger).high, b_high = split(smaller).high;
+  const DoubleDouble squares = fast_two_sum(a_high * a_high, b_high * b_high);
+  const Vec2d rest = (larger - a_high) * (larger + a_high) + (smaller - b_high) * (smaller + b_high);
+  const DoubleDouble square = fast_two_sum(squares.high, squares.low + rest);
+  const Vec2d near = abs(square.high - c.one) < c.very_near;
+  if (lane_bits(near) == 0) [[likely]]
+    return square;
+  const DoubleDouble pair = modulus_squared_pair(x, y);
+  return {select(near, pair.high, square.high), select(near, pair.low, square.low)};
+}
+
+// log |z|, HA accurate next to |z| = 1, too; of floats T, whose squares are exact in double, all grades.
+template <Grade grade, Base base = Base::e, class T = double>
 ORIN_INLINE simd::Vec2d modulus_log(simd::Vec2d x, simd::Vec2d y) {
   using namespace simd;
   const auto& c = in_memory(modulus_constants);
+  if constexpr (sizeof(T) == 4) {
+    const Vec2d x2 = x * x, y2 = y * y;
+    const DoubleDouble sum = fast_two_sum(max(x2, y2), min(x2, y2));
+    return logarithm<grade, base>(sum.high, sum.low) * c.half;
+  }
   const DoubleDouble parts = modulus_squared(x, y);
   DoubleDouble square = fast_two_sum(parts.high, parts.low);
   if constexpr (grade == Grade::ha) {
@@ -53,7 +75,7 @@ ORIN_INLINE simd::Vec2d modulus_log(simd::Vec2d x, simd::Vec2d y) {
       square = {select(near, pair.high, square.high), select(near, pair.low, square.low)};
     }
   }
-  return logarithm<grade>(square.high, square.low) * c.half;
+  return logarithm < grade == Grade::ha ? Grade::la : grade, base > (square.high, square.low) * c.half;
 }
 
 // log(2^doubled |z|) of any finite z but 0 that is far from 2^-doubled.

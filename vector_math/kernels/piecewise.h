@@ -18,7 +18,7 @@
 namespace orin::vector_math::simd {
 
 template <class V>
-using CellIndices = LaneIndices<16, V::lanes>;
+using CellIndices = LaneIndices<32, V::lanes>;
 
 // The argument's cell: its centre and its number, from 0 on.
 template <class V>
@@ -54,14 +54,14 @@ ORIN_INLINE Cell<V> leading_bits(V x) {
   } constants{};
   const auto& c = in_memory(constants);
   const auto rounded = bits(x) + c.half;
-  return {from_bits(rounded & c.leading), low_bits<16>(shift_right<L::shift>(rounded - c.origin))};
+  return {from_bits(rounded & c.leading), low_bits<32>(shift_right<L::shift>(rounded - c.origin))};
 }
 // The number alone.
 template <int per_octave, int first, class V>
 ORIN_INLINE CellIndices<V> leading_bits_number(V x) {
   using L = LeadingBits<per_octave, first, typename V::Element>;
   static constexpr Constant<typename L::Bits> origin = L::first_centre - L::unit / 2;
-  return low_bits<16>(shift_right<L::shift>(bits(x) - in_memory(origin)));
+  return low_bits<32>(shift_right<L::shift>(bits(x) - in_memory(origin)));
 }
 
 // Rows of `count` coefficients.

@@ -1,7 +1,7 @@
 // point_angle.h: the angle of a point of the plane, any point, both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    atan_core.h for |y|, |x|; pi less that angle where x < 0
+// Method    atan_core.h for |y|, |x|; pi less that angle where x < 0; double LA and medium HA by octant_angle.h
 // Special   NaN -> NaN; zeros and infinities as atan2 in C Annex F; points far out or near 0 are scaled, quotients next
 //           to 0 rounded once
 #ifndef ORIN_VECTOR_MATH_KERNELS_POINT_ANGLE_H
@@ -12,12 +12,15 @@
 
 #include "vector_math/kernels/atan_core.h"
 #include "vector_math/kernels/log_base.h"
+#include "vector_math/kernels/octant_angle.h"
 
 namespace orin::vector_math {
 
 template <class T, Grade grade>
 struct PointAngle {
   using V = typename simd::RegisterOf<T>::type;
+
+  static constexpr bool by_octants = sizeof(T) == 8 && grade != Grade::ep;
 
   // By the high words of the magnitudes.
   static ORIN_INLINE simd::Vec4i special_lanes(simd::Vec4i larger) {
@@ -28,17 +31,38 @@ struct PointAngle {
   }
   static ORIN_INLINE simd::Vec4i special_lanes(simd::Vec4i y, simd::Vec4i x) {
     const simd::Vec4i first = magnitude(y), second = magnitude(x);
-    return special_lanes(select(first > second, first, second));
+    if constexpr (sizeof(T) == 4 && grade == Grade::ha) return special_lanes(select(first > second, first, second));
+    return special_lanes(larger_upper_halves(first, second));  // the limits look at no more
   }
 
   static ORIN_INLINE V fast(V y, V x) {
+    if constexpr (by_octants && grade == Grade::la) return medium(y, x);
     static constexpr simd::Constant<T> zero = 0;
-    return with_sign_of(on_side<grade>(atan_core::angle<grade>(abs(y), abs(x)), x < in_memory(zero)), y);
+    const Angle<V> angle = atan_core::angle<grade>(abs(y), abs(x));
+    const V left = x < in_memory(zero);
+    if constexpr (grade == Grade::ha) return with_sign_of(on_side<grade>(angle, left), y);
+    return with_sign_of(on_side(angle.high + angle.low, left), y);
   }
-  // The magnitude in parts, HA to 1.5 ulp.
-  static ORIN_INLINE Angle<V> medium(V y, V x) {
+  // HA double to 1.3 ulp.
+  static ORIN_INLINE V medium(V y, V x) {
+    if constexpr (!by_octants) return fast(y, x);
+    const Angle<V> angle = medium_in_parts(y, x);
+    return with_sign_of(angle.high + angle.low, y);
+  }
+  // For y and x not negative.
+  static ORIN_INLINE V medium_in_quadrant(V y, V x) {
+    Angle<V> angle;
+    if constexpr (by_octants)
+      angle = octant_angle::angle<grade, true>(y, x);
+    else
+      angle = atan_core::angle<grade>(y, x);
+    return angle.high + angle.low;
+  }
+  // The magnitude.
+  static ORIN_INLINE Angle<V> medium_in_parts(V y, V x) {
     static constexpr simd::Constant<T> zero = 0;
-    return on_side_in_parts<grade>(atan_core::angle_medium<grade>(abs(y), abs(x)), x < in_memory(zero));
+    if constexpr (by_octants) return octant_angle::angle<grade>(abs(y), x);
+    return on_side_in_parts<grade>(atan_core::angle<grade>(abs(y), abs(x)), x < in_memory(zero));
   }
 
   // Of any point.

@@ -9,7 +9,7 @@
 #define ORIN_VECTOR_MATH_KERNELS_ROOT_SEEDS_H
 
 #include "vector_math/data/roots_data.h"
-#include "vector_math/simd/vec.h"
+#include "vector_math/simd/registers.h"
 
 namespace orin::vector_math::root_seeds {
 

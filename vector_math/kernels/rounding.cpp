@@ -4,6 +4,8 @@
 // Method    t = |x| where that is below 2^52 (2^23), else 0; w = (t + 2^52) - 2^52 is t rounded to the nearest integer,
 //           ties to even. Trunc is w - [w > t], round w + [t - w = 1/2], floor and ceil w -+ [..] with the sign of x.
 //           Whatever is not in t, the sign or the whole of x, is put back with a bitwise or.
+//           Single precision cuts by a conversion to integers and back: Trunc is the cut t, floor and ceil start from it
+//           with the sign of x.
 // Bounds    exact
 // Special   none: infinities, NaN and large numbers are their own integer parts and signs are kept, also that of a
 //           zero; the fraction of an infinity is a zero of its sign, that of a NaN is NaN. No statuses.
@@ -58,10 +60,21 @@ struct Magnitude {
     return (t + shift) - shift;
   }
   ORIN_INLINE V trunc() const {
-    const V w = nearest();
-    return w - ((w > t) & V(in_memory(constants<typename V::Element>).one));
+    if constexpr (V::lanes == 4) {
+      return to_float(to_int_cut(t));
+    } else {
+      const V w = nearest();
+      return w - ((w > t) & V(in_memory(constants<typename V::Element>).one));
+    }
   }
 };
+
+// Down or up from an integer w next to t: from the nearest or the cut one.
+template <Rounding rounding, class V>
+ORIN_INLINE V directed(V w, V t) {
+  const V one = in_memory(constants<typename V::Element>).one;
+  return rounding == Rounding::floor ? w - ((w > t) & one) : w + ((w < t) & one);
+}
 
 template <Rounding rounding, class V>
 ORIN_INLINE V rounded(V x) {
@@ -74,12 +87,12 @@ ORIN_INLINE V rounded(V x) {
     return (w + ((m.t - w == V(c.half)) & V(c.one))) | m.rest;
   } else if constexpr (rounding == Rounding::rint || rounding == Rounding::nearby_int) {
     return m.nearest() | m.rest;
+  } else if constexpr (V::lanes == 4) {
+    const V t = has_fraction(x) & x;  // with the sign of x
+    return directed<rounding>(to_float(to_int_cut(t)), t) | m.rest;
   } else {
-    // With the sign of x: w' = +-w, t' = +-t.
     const V sign = x & V(c.minus_zero);
-    const V w = m.nearest() ^ sign, t = m.t ^ sign;
-    const V integer = rounding == Rounding::floor ? w - ((w > t) & V(c.one)) : w + ((w < t) & V(c.one));
-    return integer | m.rest;
+    return directed<rounding>(m.nearest() ^ sign, m.t ^ sign) | m.rest;
   }
 }
 

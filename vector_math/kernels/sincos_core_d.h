@@ -3,11 +3,14 @@
 //
 // Use       sine<grade>(reduce<grade>(x)), cosine, sine_and_cosine; |x| < 2^20. reduce_any takes any finite x and gives
 //           the same bits below 2^20. HA also as pairs, for quotients and products that must stay accurate.
+//           EP below 2^11: reduce_near, shorter and not of the same bits; reduce_wide goes with it. Floats, to EP:
+//           reduce_single, reduce_any_single.
 // Method    x = n a + r, a = 2 pi/128 in HA, 2 pi/512 in LA and EP; S, C = sin n a, cos n a from a table
 //           sin x = S cos r + C sin r,  cos x = C cos r - S sin r
-//           LA, EP  S + r (C (sin r)/r + S (cos r - 1)/r)
+//           LA, EP  S + r (C (sin r)/r + S (cos r - 1)/r);  both together in EP as above
 //           HA      S, C and r as pairs: S + C r with both high products exact, the rest beside it
-// Reduction below 2^20: x - n a in parts of a, each product exact but the last (Cody and Waite). Beyond: x times the
+// Reduction below 2^20: x - n a in parts of a, each product exact but the last (Cody and Waite); two parts where x is
+//           less than 2^11, to 2^-28.8 of r for any double, or a float, to 2^-36.9. Beyond: x times the
 //           digits of 64/pi that its exponent leaves between 128 and 2^-116, by exact products (Payne and Hanek); what
 //           is near an integer there has up to 57 leading zeros.
 // Budget    HA  in ulp: lower parts 2^-8, rounding 1/2;  r to 2^-57 relative wherever it is the result
@@ -51,8 +54,10 @@ struct LowAccuracy {
 };
 struct Enhanced {
   Constant<double> inverse = data::ep_inverse, to_integer = 0x1.8p52;
-  Constant<double> step_0 = data::ep_step_0, step_1 = data::ep_step_1, step_2 = data::ep_step_2;
+  Constant<double> near_0 = data::near_step_0, near_1 = data::near_step_1;
   Constant<double> one = 1.0, s0 = data::ep_s0, c0 = data::ep_c0;
+  Constant<double> step_0 = data::ep_step_0, step_1 = data::ep_step_1, step_2 = data::ep_step_2;
+  Constant<double> single_0 = data::single_step_0, single_1 = data::single_step_1;
 };
 template <Grade grade>
 inline constexpr HighAccuracy constants{};
@@ -80,9 +85,33 @@ ORIN_INLINE Angle reduce(Vec2d x) {
 }
 
 inline constexpr std::int32_t reduce_to_word = 0x412fffff;  // the high word of the largest |x| that reduce takes
+inline constexpr std::int32_t near_to_word = 0x409fffff;    // .. that reduce_near takes: below 2^11
+
+// The multiple n of the step next to x, |x| < 2^20; EP.
+struct Nearest {
+  Vec2d n;
+  Vec2l bits;
+};
+ORIN_INLINE Nearest nearest(Vec2d x) {
+  const auto& c = in_memory(constants<Grade::ep>);
+  const Vec2d t = x * c.inverse + c.to_integer;
+  return {t - c.to_integer, bits(t)};
+}
+// |x| < 2^11.
+ORIN_INLINE Angle reduce_near(Vec2d x) {
+  const auto& c = in_memory(constants<Grade::ep>);
+  const Nearest m = nearest(x);
+  return {(x - m.n * c.near_0) - m.n * c.near_1, 0.0, m.bits};
+}
+// Floats, |x| < 2^20.
+ORIN_INLINE Angle reduce_single(Vec2d x) {
+  const auto& c = in_memory(constants<Grade::ep>);
+  const Nearest m = nearest(x);
+  return {(x - m.n * c.single_0) - m.n * c.single_1, 0.0, m.bits};
+}
 
 struct Huge {
-  Constant<double> limit = 0x1p20, safe = 0x1p30, scale = 0x1p-300;
+  Constant<double> near_limit = 0x1p11, limit = 0x1p20, safe = 0x1p30, scale = 0x1p-300;
   Constant<double> to_256 = 0x1.8p60, to_128 = 0x1.8p59;  // x + to_256: x rounded to a multiple of 256
 };
 inline constexpr Huge huge_constants{};
@@ -195,11 +224,22 @@ ORIN_INLINE Angle reduce_any(Vec2d x) {
   const Vec2d huge = abs(x) >= c.limit;
   return select(huge, reduce_huge<grade>(select(huge, x, c.safe)), reduce<grade>(and_not(huge, x)));
 }
-// The same for x that are floats, to EP.
+// Any finite floats; for |x| < 2^20 the bits of reduce_single.
 ORIN_INLINE Angle reduce_any_single(Vec2d x) {
   const auto& c = in_memory(huge_constants);
   const Vec2d huge = abs(x) >= c.limit;
-  return select(huge, reduce_huge_single<512>(select(huge, x, c.safe)), reduce<Grade::ep>(and_not(huge, x)));
+  return select(huge, reduce_huge_single<512>(select(huge, x, c.safe)), reduce_single(and_not(huge, x)));
+}
+// Any finite x, to EP; for |x| < 2^11 the bits of reduce_near, from there on to 2^20 those of reduce.
+ORIN_INLINE Angle reduce_wide(Vec2d x) {
+  const auto& c = in_memory(huge_constants);
+  const Vec2d size = abs(x);
+  const Vec2d huge = size >= c.limit, near = size < c.near_limit;
+  const Vec2d usual = and_not(huge, x);
+  const Angle near_angle = reduce_near(usual), far_angle = reduce<Grade::ep>(usual);  // n is the same
+  const Angle angle{select(near, near_angle.high, far_angle.high), 0.0, far_angle.n};
+  if (lane_bits(huge) == 0) return angle;
+  return select(huge, reduce_huge<Grade::ep>(select(huge, x, c.safe)), angle);
 }
 
 // What sine and cosine of one angle share.
@@ -304,6 +344,14 @@ template <Grade grade>
 ORIN_INLINE Two<Vec2d> sine_and_cosine(const Angle& angle) {
   const Parts<grade> parts(angle);
   return {parts.sine(), parts.cosine()};
+}
+template <>
+ORIN_INLINE Two<Vec2d> sine_and_cosine<Grade::ep>(const Angle& angle) {
+  const auto& c = in_memory(constants<Grade::ep>);
+  const auto [sine, cosine] = look_up_pairs(data::la_table, low_bits<9>(angle.n));
+  const Vec2d r2 = angle.high * angle.high;
+  const Vec2d sine_r = angle.high * (c.one + r2 * c.s0), cosine_r = c.one + r2 * c.c0;
+  return {sine * cosine_r + cosine * sine_r, cosine * cosine_r - sine * sine_r};
 }
 
 }  // namespace orin::vector_math::sincos_d

@@ -6,8 +6,8 @@
 //           same bits. Single HA computes in doubles with sincos_core_d.h; reduce_any_single is its reduction.
 // Method    x = n pi - r, for the cosine x = (n - 1/2) pi - r;  (-1)^(n+1) sin r = (-1)^(n+1) r (1 + r^2 p(r^2))
 //           x = n pi/2 - r;  sin r, cos r, exchanged where n is odd;  tan r = r (1 + p r^2)/(1 + q r^2 + q' r^4)
-// Reduction in floats up to 1536 in LA, 248 in EP: x - n pi in parts of pi, each product exact but the last (Cody and
-//           Waite); in doubles below 2^20, and by the digits of 64/pi beyond, as in sincos_core_d.h. r is the opposite
+// Reduction in floats up to 1536: x - n pi in three parts of pi, two in EP up to 248, each product exact but the last (Cody
+//           and Waite); in doubles below 2^20, and by the digits of 64/pi beyond, as in sincos_core_d.h. r is the opposite
 //           of the usual one, so that zero keeps its sign: the first part of pi is above pi, the others are negative.
 // Budget    LA  in 2^-24: r 2, polynomial 1/2, its product 1, last two 2;  EP polynomial 2^-12.8
 // Special   sin -0 = -0, tan -0 = -0 and f(x) = x for subnormal x come out by themselves
@@ -39,11 +39,10 @@ struct Turns {
   static constexpr float turned = 0.5f * ahead * per_pi;
 
   static constexpr struct {
-    Constant<std::int32_t> first_medium = last_word<grade> + 1, last_medium = 0x497fffff;  // below 2^20
+    Constant<std::int32_t> near_limit = last_word<grade> + 1, first_medium = 0x44c00000, last_medium = 0x497fffff;
     Constant<float> inverse = data::inverse * per_pi, to_integer = 0x1.8p23f + 3, turned = Turns::turned;
     Constant<float> step_0 = data::pi_0 / per_pi;
-    Constant<float> step_1 = (grade == Grade::la ? data::pi_1 : data::rest_0) / per_pi;
-    Constant<float> step_2 = data::rest_1 / per_pi;
+    Constant<float> rest_0 = data::rest_0 / per_pi, step_1 = data::pi_1 / per_pi, rest_1 = data::rest_1 / per_pi;
     Constant<float> low_per_x = data::low_per_x, safe = 0x1p30f;
   } constants{};
   static constexpr struct {
@@ -51,35 +50,24 @@ struct Turns {
     Constant<double> high = data::wide_high / per_pi, low = data::wide_low / per_pi;
   } wide_constants{};
 
-  static ORIN_INLINE Angle reduce(Vec4f x) {
-    const auto& c = in_memory(constants);
-    Vec4f turns = x * c.inverse;
-    if constexpr (ahead != 0) turns = turns + c.turned;
-    const Vec4f t = turns + c.to_integer;
-    Vec4f n = t - c.to_integer;
-    if constexpr (ahead != 0) n = n - c.turned;
-    Vec4f r = n * c.step_1 - (x - n * c.step_0);
-    if constexpr (grade == Grade::la) r = r + n * c.step_2;
-    return {r, bits(t)};
-  }
+  static ORIN_INLINE Angle reduce(Vec4f x) { return reduce_in_floats<grade == Grade::la>(x); }
 
-  // Those beyond reduce, |x| < 2^20.
+  // 1536 <= |x| < 2^20.
   static ORIN_INLINE Angle reduce_medium(Vec4f x) {
     Angle angle = in_doubles(
         x, [](Vec2d y) __attribute__((always_inline)) { return medium(y); });
     if constexpr (grade == Grade::ep) angle.r = angle.r + x * in_memory(constants).low_per_x;
     return angle;
   }
-  static ORIN_INLINE Vec4i beyond_medium(Vec4i words) {
-    return outside<last_word<grade> + 1, 0x497fffff>(magnitude(words));
-  }
+  static ORIN_INLINE Vec4i beyond_medium(Vec4i words) { return outside<0x44c00000, 0x497fffff>(magnitude(words)); }
 
   // Any finite x; up to last_word the bits of reduce.
   static ORIN_INLINE Angle reduce_any(Vec4f x) {
     const auto& c = in_memory(constants);
     const Vec4i size = magnitude(bits(x));
-    const Vec4i is_huge = size > c.last_medium, is_near = size < c.first_medium;
-    Angle angle = reduce_medium(and_not(from_bits(is_huge | is_near), x));
+    const Vec4i is_huge = size > c.last_medium, is_small = size < c.first_medium;
+    if (lane_bits(is_small) == 15) return reduce_small(x);
+    Angle angle = reduce_medium(and_not(from_bits(is_huge | is_small), x));
     if (lane_bits(is_huge) != 0) {
       const Angle huge = in_doubles(
           select(from_bits(is_huge), x, c.safe), [](Vec2d y) __attribute__((always_inline)) {
@@ -87,11 +75,40 @@ struct Turns {
           });
       angle = select(is_huge, huge, angle);
     }
-    if (lane_bits(is_near) != 0) angle = select(is_near, reduce(x & from_bits(is_near)), angle);
+    if (lane_bits(is_small) != 0) angle = select(is_small, reduce_small(x & from_bits(is_small)), angle);
     return angle;
   }
 
  private:
+  struct Nearest {
+    Vec4f n;
+    Vec4i bits;
+  };
+  static ORIN_INLINE Nearest nearest(Vec4f x) {
+    const auto& c = in_memory(constants);
+    Vec4f turns = x * c.inverse;
+    if constexpr (ahead != 0) turns = turns + c.turned;
+    const Vec4f t = turns + c.to_integer;
+    Vec4f n = t - c.to_integer;
+    if constexpr (ahead != 0) n = n - c.turned;
+    return {n, bits(t)};
+  }
+  // In two parts of the unit below 248, in three below 1536.
+  template <bool three_parts>
+  static ORIN_INLINE Angle reduce_in_floats(Vec4f x) {
+    const auto& c = in_memory(constants);
+    const Nearest m = nearest(x);
+    if constexpr (three_parts) return {(m.n * c.step_1 - (x - m.n * c.step_0)) + m.n * c.rest_1, m.bits};
+    return {m.n * c.rest_0 - (x - m.n * c.step_0), m.bits};
+  }
+  static ORIN_INLINE Angle reduce_small(Vec4f x) {
+    Angle angle = reduce_in_floats<true>(x);
+    if constexpr (grade == Grade::ep) {
+      const Vec4i is_near = magnitude(bits(x)) < in_memory(constants).near_limit;
+      angle.r = select(from_bits(is_near), reduce(x).r, angle.r);
+    }
+    return angle;
+  }
   static ORIN_INLINE Angle select(Vec4i mask, const Angle& a, const Angle& b) {
     return {simd::select(from_bits(mask), a.r, b.r), simd::select(mask, a.m, b.m)};
   }

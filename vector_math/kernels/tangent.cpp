@@ -1,15 +1,15 @@
 // tangent: elementwise tan x, both precisions.
 // SPDX-License-Identifier: MIT
 //
-// Method    x = n a + r as in sincos_core_d.h;  tan x = (S + C t)/(C - S t), t = tan r, S/C = tan n a from a table, the
-//           larger of the two 1: no entry is large, and one product is exact
-//           LA, EP  so in working precision
-//           HA      S, C and t as pairs, both products of high parts exact. The quotient is cut to 26 bits; what is
+// Method    x = n a + r as in sincos_core_d.h, t = tan r
+//           LA, EP  tan x = (T + t)/(1 - T t), T = tan n a from a table, a large number at the pole
+//           HA      tan x = (S + C t)/(C - S t), S/C = T, the larger of the two 1: no entry is large, and one product is
+//                   exact. S, C and t as pairs, both products of high parts exact. The quotient is cut to 26 bits; what is
 //                   left of the dividend then is exact, and divided it completes the quotient.
 //           single  LA, EP as in sincos_core_s.h; HA in doubles of grade EP
 // Bounds    HA 0.51 ulp; LA relative 2^-50, 2^-21; EP relative 2^-26, 2^-11; for every finite argument
 // Budget    HA  in ulp: lower parts 2^-8, rounding 1/2
-//           LA  in 2^-53: t 2, S 1, dividend 1/2, divisor 1, quotient 1/2;   EP polynomial 2^-31
+//           LA  in 2^-53: t 1 1/2, T 1, dividend 1, divisor 1, quotient 1;   EP polynomial 2^-34.8
 // Special   NaN -> NaN, no status; +-inf -> NaN, status 1; tan +-0 = +-0. No number is a pole.
 // Data      data/tangent_d_data.h from tools/tables/tangent_d.py
 #include "vector_math/data/tangent_d_data.h"
@@ -24,8 +24,16 @@ namespace data = tangent_d_data;
 constexpr struct {
   Constant<double> one = 1.0, t0 = data::ha_0, t1 = data::ha_1, t2 = data::ha_2, t3 = data::ha_3;
 } ha_constants{};
-constexpr struct { Constant<double> one = 1.0, t0 = data::la_0, t1 = data::la_1; } la_constants{};
-constexpr struct { Constant<double> one = 1.0, t0 = data::ep_0; } ep_constants{};
+struct LowAccuracy {
+  Constant<double> one = 1.0, t0 = data::la_0, t1 = data::la_1;
+};
+struct Enhanced {
+  Constant<double> one = 1.0, t0 = data::ep_0;
+};
+template <Grade grade>
+inline constexpr LowAccuracy constants{};
+template <>
+inline constexpr Enhanced constants<Grade::ep>{};
 
 struct OneTangent {
   static constexpr int results = 1;
@@ -39,18 +47,16 @@ struct Tangent : OneTangent {
   static ORIN_INLINE Vec4f of(const sincos_s::Angle& angle) { return sincos_s::tangent<grade>(angle); }
 
   static ORIN_INLINE Vec2d of(const sincos_d::Angle& angle) {
-    const auto [s, c] = look_up_pairs(data::la_table, low_bits<8>(angle.n));
+    const Vec2d table = look_up(data::tangents, low_bits<8>(angle.n));
     const Vec2d r = angle.high;
     const Vec2d r2 = r * r;
+    const auto& k = in_memory(constants<grade>);
     Vec2d t;
-    if constexpr (grade == Grade::la) {
-      const auto& k = in_memory(la_constants);
-      t = r * (k.one + r2 * (k.t0 + r2 * k.t1));
-    } else {
-      const auto& k = in_memory(ep_constants);
+    if constexpr (grade == Grade::la)
+      t = r + r * (r2 * (k.t0 + r2 * k.t1));
+    else
       t = r * (k.one + r2 * k.t0);
-    }
-    return (s + c * t) / (c - s * t);
+    return (table + t) / (k.one - table * t);
   }
 };
 

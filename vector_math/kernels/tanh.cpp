@@ -27,7 +27,6 @@ namespace data = tanh_data;
 
 constexpr struct {
   Constant<double> first_bin = data::first_bin, last_bin = data::last_bin;  // from the last bin on the result is 1
-  Constant<std::int64_t> first_bits = __builtin_bit_cast(std::int64_t, data::first_bin);
   Constant<double> one = 1.0;
   Constant<double> p0 = data::ha_0, p1 = data::ha_1, p2 = data::ha_2, p3 = data::ha_3;
   Constant<double> third = 1.0 / 3;
@@ -41,7 +40,8 @@ template <Grade grade>
 ORIN_INLINE Vec2d hyperbolic_tangent(Vec2d x) {
   const auto& c = in_memory(constants_d);
   const Vec2d y = min(abs(x), c.last_bin);
-  const auto bin = low_bits<9>(shift_right<47>(bits(max(y, c.first_bin)) - c.first_bits));
+  constexpr auto first_index = static_cast<std::uint32_t>(__builtin_bit_cast(std::uint64_t, data::first_bin) >> 47);
+  const auto bin = top_bits<47, first_index>(max(y, c.first_bin));
   const auto [middle, value] = look_up_pairs(data::points, bin);
   const Vec2d r = y - middle;
   const Vec2d r2 = r * r;

@@ -212,10 +212,7 @@ struct TGammaD : TwoPaths<double, grade> {
 
   // Ordinary: 2^-1020 <= x < 171, and the fractions of -170 < x <= -2^-1020.
   static ORIN_INLINE Vec4i special_lanes(Vec4i words) {
-    const Vec4i odd = outside<0x00300000, 0x40655fff>(words);
-    if (lane_bits(odd) == 0) [[likely]]
-      return odd;
-    return select(gamma_d::negative_fractions<0x00300000, 0x40653fff>(words), Vec4i(0), odd);
+    return gamma_d::special_lanes<0x00300000, 0x40655fff>(words, gamma_d::negative_fractions<0x00300000, 0x40653fff>);
   }
   static Outcome<double> special(double x) {
     return special_gamma(x, [x]() -> Outcome<double> {
@@ -236,10 +233,7 @@ struct TGammaS : TwoPaths<float, grade> {
 
   // Ordinary: normal x < 35, and the fractions of x > -33.
   static ORIN_INLINE Vec4i special_lanes(Vec4i words) {
-    const Vec4i odd = outside<0x00800000, 0x420bffff>(words);
-    if (lane_bits(odd) == 0) [[likely]]
-      return odd;
-    return select(gamma_s::negative_fractions<0x00800000, 0x4203ffff>(words), Vec4i(0), odd);
+    return gamma_d::special_lanes<0x00800000, 0x420bffff>(words, gamma_s::negative_fractions<0x00800000, 0x4203ffff>);
   }
   static Outcome<float> special(float x) {
     return special_gamma(x, [x]() -> Outcome<float> {

@@ -14,12 +14,26 @@
 namespace orin::vector_math {
 
 // How a function F<grade> of T is evaluated: fast(x) for arguments up to the (high) word last_word, wide(x) for all
-// finite ones; floats, medium(x) for those beyond fast and below 2^20. F<grade> has results, and of(angle), the value(s) at a reduced argument. Doubles:
+// finite ones; where fast is short, medium(x) for those beyond it and below 2^20. F<grade> has results, and of(angle), the
+// value(s) at a reduced argument. Doubles:
 template <template <Grade> class F, class T, Grade grade>
 struct Evaluation {
   static constexpr std::int32_t last_word = sincos_d::reduce_to_word;
   static ORIN_INLINE auto fast(simd::Vec2d x) { return F<grade>::of(sincos_d::reduce<grade>(x)); }
   static ORIN_INLINE auto wide(simd::Vec2d x) { return F<grade>::of(sincos_d::reduce_any<grade>(x)); }
+};
+
+// Doubles in EP, the shortest way up to near_to_word.
+template <template <Grade> class F>
+struct Evaluation<F, double, Grade::ep> {
+  using Way = F<Grade::ep>;
+  static constexpr std::int32_t last_word = sincos_d::near_to_word;
+  static ORIN_INLINE auto fast(simd::Vec2d x) { return Way::of(sincos_d::reduce_near(x)); }
+  static ORIN_INLINE auto wide(simd::Vec2d x) { return Way::of(sincos_d::reduce_wide(x)); }
+  static ORIN_INLINE auto medium(simd::Vec2d x) { return Way::of(sincos_d::reduce<Grade::ep>(x)); }
+  static ORIN_INLINE simd::Vec4i beyond_medium(simd::Vec4i words) {
+    return outside<last_word + 1, sincos_d::reduce_to_word>(magnitude(words));
+  }
 };
 
 // Floats in LA and EP, with a reduction of their own, F<grade>::Reduction.
@@ -30,6 +44,7 @@ struct Evaluation<F, float, grade> {
   static ORIN_INLINE auto fast(simd::Vec4f x) { return F<grade>::of(Reduction::reduce(x)); }
   static ORIN_INLINE auto wide(simd::Vec4f x) { return F<grade>::of(Reduction::reduce_any(x)); }
   static ORIN_INLINE auto medium(simd::Vec4f x) { return F<grade>::of(Reduction::reduce_medium(x)); }
+  static ORIN_INLINE simd::Vec4i beyond_medium(simd::Vec4i words) { return Reduction::beyond_medium(words); }
 };
 
 // Floats in HA: in doubles of grade EP.
@@ -39,8 +54,7 @@ struct Evaluation<F, float, Grade::ha> {
 
   static ORIN_INLINE auto fast(simd::Vec4f x) {
     const auto [low, high] = widen(x);
-    return both(F<Grade::ep>::of(sincos_d::reduce<Grade::ep>(low)),
-                F<Grade::ep>::of(sincos_d::reduce<Grade::ep>(high)));
+    return both(F<Grade::ep>::of(sincos_d::reduce_single(low)), F<Grade::ep>::of(sincos_d::reduce_single(high)));
   }
   static ORIN_INLINE auto wide(simd::Vec4f x) {
     const auto [low, high] = widen(x);
@@ -69,8 +83,8 @@ struct Trigonometric : simd::Shape<T, 1, F<grade>::results> {
   }
   static ORIN_INLINE auto fast(auto x) { return Way::fast(x); }
   static ORIN_INLINE auto wide(auto x) { return Way::wide(x); }
-  static ORIN_INLINE simd::Vec4i beyond_medium(simd::Vec4i words) requires requires { typename Way::Reduction; }
-  { return Way::Reduction::beyond_medium(words); }
+  static ORIN_INLINE simd::Vec4i beyond_medium(simd::Vec4i words) requires requires { &Way::beyond_medium; }
+  { return Way::beyond_medium(words); }
   static ORIN_INLINE auto medium(auto x) { return Way::medium(x); }
 
   static ORIN_INLINE simd::Vec4i special_lanes(simd::Vec4i words) {

@@ -8,6 +8,8 @@
 //   special                takes and gives elements
 // A function that does not look at the parts, as a sum, says so:
 //   together               fast takes and gives Stored<V>: the registers as they lie in memory, re im re im
+// A function that computes single precision in double says so, too:
+//   computes_in_double     fast takes and gives Complex<Vec2d>, the results to be rounded; high words are those of doubles
 #ifndef ORIN_VECTOR_MATH_SIMD_COMPLEX_H
 #define ORIN_VECTOR_MATH_SIMD_COMPLEX_H
 
@@ -54,6 +56,11 @@ ORIN_INLINE Stored<Vec4f> together(Complex<Vec4f> z) {
 
 ORIN_INLINE Complex<Vec4i> high_words(Complex<Vec2d> low, Complex<Vec2d> high) {
   return {high_words(low.re, high.re), high_words(low.im, high.im)};
+}
+
+// The elements with a part that is NaN.
+ORIN_INLINE Vec4i nan_lanes(Complex<Vec2d> low, Complex<Vec2d> high) {
+  return high_words(Vec2d(_mm_cmpunord_pd(low.re.raw, low.im.raw)), Vec2d(_mm_cmpunord_pd(high.re.raw, high.im.raw)));
 }
 
 // The first `count` of four elements at `from`, more than three of them meaning four, then paddings.
@@ -120,6 +127,7 @@ struct Group<KorComplex16> {
     Together<KorComplex16>{together(low), together(high)}.store(to, count);
   }
   ORIN_INLINE Complex<Vec4i> words() const { return high_words(low, high); }
+  ORIN_INLINE Vec4i nan_lanes() const { return simd::nan_lanes(low, high); }
 };
 template <>
 struct Group<KorComplex8> {
@@ -133,6 +141,26 @@ struct Group<KorComplex8> {
     Together<KorComplex8>{together(low)}.store(to, count);
   }
   ORIN_INLINE Complex<Vec4i> words() const { return {bits(low.re), bits(low.im)}; }
+};
+
+template <>
+struct Widened<KorComplex8> {
+  static constexpr int registers = 2;
+  Complex<Vec2d> low, high;
+
+  static ORIN_INLINE Widened load(const KorComplex8* from, std::int32_t count, KorComplex8 padding) {
+    const Complex<Vec4f> z = Group<KorComplex8>::load(from, count, padding).low;
+    const TwoVec2d re = widen_through_memory(z.re), im = widen_through_memory(z.im);
+    return {{re.low, im.low}, {re.high, im.high}};
+  }
+  ORIN_INLINE void store(KorComplex8* to, std::int32_t count) const {
+    const auto narrowed = [](Complex<Vec2d> z) __attribute__((always_inline)) {
+      return _mm_unpacklo_ps(_mm_cvtpd_ps(z.re.raw), _mm_cvtpd_ps(z.im.raw));
+    };
+    Together<KorComplex8>{{narrowed(low), narrowed(high)}}.store(to, count);
+  }
+  ORIN_INLINE Complex<Vec4i> words() const { return high_words(low, high); }
+  ORIN_INLINE Vec4i nan_lanes() const { return simd::nan_lanes(low, high); }
 };
 
 }  // namespace orin::vector_math::simd

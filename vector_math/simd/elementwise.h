@@ -13,6 +13,7 @@
 // alone do not tell, F has also
 //   marks_results          fast gives a negative NaN where special must decide; no other result of it has the sign bit
 //   special_results(w)     or: mask of the results where special must decide, from the high words of four
+//   nan_is_special         or: those that are NaN
 // Where a longer vector path takes over beyond the usual arguments, F has also
 //   beyond_fast(w...)      mask of the arguments that fast must not see: those that only wide can take, and special ones
 //   wide(v...)             the value(s) of a register of any arguments but special ones, for those that fast may see too:
@@ -21,10 +22,11 @@
 //   beyond_medium(w)       mask of the arguments that medium must not see, those for fast and special ones among them
 //   medium(v)              the value(s) of a register of the others: the bits of wide
 //
-// Where fast is a long chain of roots and quotients, F (of one argument and result) has also
+// Where fast is a long chain, F (of one result) has also
 //   Half                   what the second half of fast needs
-//   first_half(v), second_half(half)    fast(v) = second_half(first_half(v)). A block of groups goes through the first
-//                          half, then through the second: each is short enough for several groups to be under way at once.
+//   first_half(v...), second_half(half)    fast(v...) = second_half(first_half(v...)). A block of groups goes through the
+//                          first half, then through the second: each is short enough for several groups to be under way
+//                          at once.
 //
 // The loop guarantees: nothing outside the vectors is touched; they need only the alignment of a float; a result vector
 // may be an argument vector; an element's bits depend on its own arguments alone, since a tail and a group with a
@@ -42,19 +44,27 @@
 #include "vector_math/grade.h"
 #include "vector_math/mode.h"
 #include "vector_math/simd/fp_frame.h"
-#include "vector_math/simd/vec.h"
+#include "vector_math/simd/registers.h"
 
 namespace orin::vector_math::simd {
 
 // One or two of a kind: the vectors of a call, the registers of a group.
 template <class T, int count>
-struct Few {
-  T item[count];
+struct Few;  // no arrays, which compilers would keep in memory
 
-  ORIN_INLINE T& operator[](int k) { return item[k]; }
-  ORIN_INLINE const T& operator[](int k) const { return item[k]; }
-  const T* begin() const { return item; }
-  const T* end() const { return item + count; }
+template <class T>
+struct Few<T, 1> {
+  T first;
+
+  ORIN_INLINE T& operator[](int) { return first; }
+  ORIN_INLINE const T& operator[](int) const { return first; }
+};
+template <class T>
+struct Few<T, 2> {
+  T first, second;
+
+  ORIN_INLINE T& operator[](int k) { return k == 0 ? first : second; }
+  ORIN_INLINE const T& operator[](int k) const { return k == 0 ? first : second; }
 };
 
 template <class V>
@@ -146,6 +156,9 @@ struct Group<float> {
 // The same for functions that need not have the parts of complex elements apart (simd/complex.h).
 template <class T>
 struct Together;
+// The same for functions of single precision that compute in double.
+template <class T>
+struct Widened;
 
 template <class F>
 class Elementwise {
@@ -166,21 +179,34 @@ class Elementwise {
     std::int32_t left = n;
     if constexpr (has_halves)
       while (left >= 4) left -= 4 * block(f, n - left, left / 4, a, r);
-    if constexpr (F::groups_per_step == 2)
+    if constexpr (F::groups_per_step == 2) {
       while (left >= 8) left = two_groups(f, n - left, left, a, r);
-    while (left > 0) left = group(f, n - left, left, a, r);
+      while (left > 0) left = group<false>(f, n - left, left, a, r);
+    } else {
+      while (left >= 4) left = group<true>(f, n - left, left, a, r);
+      if (left > 0) last_group(f, n - left, left, a, r);
+    }
   }
 
  private:
   enum class Way { fast, medium, wide };
-  static constexpr bool keeps_together = requires { F::together; };
   template <class E>
-  using GroupOf = std::conditional_t<keeps_together, Together<E>, Group<E>>;
+  static auto group_of() {
+    if constexpr (requires { F::together; })
+      return Together<E>{};
+    else if constexpr (requires { requires F::computes_in_double; })
+      return Widened<E>{};
+    else
+      return Group<E>{};
+  }
+  template <class E>
+  using GroupOf = decltype(group_of<E>());
   using In = Few<GroupOf<T>, F::inputs>;
   using Out = Few<GroupOf<R>, F::outputs>;
   static constexpr bool has_special = requires { F::ordinary; };
   static constexpr bool tests_results = requires(F f, GroupOf<R> y) { f.special_results(y.words()); };
-  static constexpr bool marks_results = tests_results || requires { F::marks_results; };
+  static constexpr bool nan_is_special = requires { F::nan_is_special; };
+  static constexpr bool marks_results = tests_results || nan_is_special || requires { F::marks_results; };
   static constexpr bool has_wide = requires { &F::beyond_fast; };
   static constexpr bool has_halves = requires { typename F::Half; };
   static constexpr bool has_medium = requires(F f, GroupOf<T> x) { f.beyond_medium(x.words()); };
@@ -191,12 +217,19 @@ class Elementwise {
   // In place, where a result is wider than an argument: from the end, so that no argument is overwritten before its time.
   static void backwards(const F& f, std::int32_t n, Arguments a, Results r) {
     const std::int32_t tail = n % 4;
-    if (tail != 0) group(f, n - tail, tail, a, r);
-    for (std::int32_t i = n - tail - 4; i >= 0; i -= 4) group(f, i, 4, a, r);
+    if (tail != 0) group<false>(f, n - tail, tail, a, r);
+    for (std::int32_t i = n - tail - 4; i >= 0; i -= 4) group<true>(f, i, 4, a, r);
   }
 
   // The next groups from i on, of which `left` elements are left: how many are left then. One test decides for two.
   static ORIN_INLINE std::int32_t two_groups(const F& f, std::int32_t i, std::int32_t left, Arguments a, Results r) {
+    if constexpr (!has_special) {
+      // No test, so that one group after the other takes the registers.
+      store(evaluate<Way::fast>(f, load(a, i, 4)), r, i, 4);
+      stores_ascend();
+      store(evaluate<Way::fast>(f, load(a, i + 4, 4)), r, i + 4, 4);
+      return left - 8;
+    }
     const In x = load(a, i, 4), next = load(a, i + 4, 4);
     if (lane_bits(odd_lanes(f, x) | odd_lanes(f, next)) != 0) [[unlikely]] {
       if constexpr (has_wide) return wide_groups(f, i, left, a, r);
@@ -207,53 +240,76 @@ class Elementwise {
     }
     return left - 8;
   }
+  template <int registers, class F_ = F>
+  struct HalvesOf {
+    typename F_::Half low, high;
+  };
+  template <class F_>
+  struct HalvesOf<1, F_> {
+    typename F_::Half low;
+  };
+  template <class V>
+  static ORIN_INLINE auto first_half(const F& f, V a, [[maybe_unused]] V b) {
+    if constexpr (F::inputs == 1)
+      return f.first_half(a);
+    else
+      return f.first_half(a, b);
+  }
   // Some of the `groups` next groups from i on: the first half of fast for all of them, then the second. Returns how many.
   static std::int32_t block(const F& f, std::int32_t i, std::int32_t groups, Arguments a, Results r) {
     constexpr std::int32_t capacity = 16;
-    Few<typename F::Half, GroupOf<T>::registers> halves[capacity];
+    HalvesOf<GroupOf<T>::registers> halves[capacity];
     const std::int32_t most = groups < capacity ? groups : capacity;
     std::int32_t count = 0;
     for (; count < most; ++count) {
       const In x = load(a, i + 4 * count, 4);
       if (lane_bits(odd_lanes(f, x)) != 0) [[unlikely]]
         break;
-      halves[count][0] = f.first_half(x.item[0].low);
-      if constexpr (GroupOf<T>::registers == 2) halves[count][1] = f.first_half(x.item[0].high);
+      halves[count].low = first_half(f, x[0].low, x[F::inputs - 1].low);
+      if constexpr (GroupOf<T>::registers == 2) halves[count].high = first_half(f, x[0].high, x[F::inputs - 1].high);
     }
     for (std::int32_t k = 0; k < count; ++k) {
       Out y;
-      y[0].low = f.second_half(halves[k][0]);
-      if constexpr (GroupOf<T>::registers == 2) y[0].high = f.second_half(halves[k][1]);
-      store(y, r, i + 4 * k, 4);
+      y[0].low = f.second_half(halves[k].low);
+      if constexpr (GroupOf<T>::registers == 2) y[0].high = f.second_half(halves[k].high);
+      store_or_decide(f, y, i + 4 * k, 4, a, r);
     }
     if (count == most) [[likely]]
       return count;
-    group(f, i + 4 * count, 4, a, r);
+    group<true>(f, i + 4 * count, 4, a, r);
     return count + 1;
   }
 
   // By value, so that the second group is in registers before the first one's lookups go through memory.
   static ORIN_INLINE void evaluate_and_store(const F& f, In x, In next, std::int32_t i, Results r) {
     store(evaluate<Way::fast>(f, x), r, i, 4);
-    if constexpr (!has_special) stores_ascend();
     store(evaluate<Way::fast>(f, next), r, i + 4, 4);
   }
 
-  // One group, padded where less than four elements are left.
+  // One group, full or padded.
+  template <bool full>
   static ORIN_INLINE std::int32_t group(const F& f, std::int32_t i, std::int32_t left, Arguments a, Results r) {
-    const In x = load(a, i, left);
+    const std::int32_t count = full ? 4 : left;
+    const In x = load(a, i, count);
     if (lane_bits(odd_lanes(f, x)) != 0) [[unlikely]] {
       if constexpr (has_wide) return wide_groups(f, i, left, a, r);
-      special_group(f, i, left < 4 ? left : 4, a, r);
+      special_group(f, i, count < 4 ? count : 4, a, r);
     } else {
-      evaluate_or_decide<Way::fast>(f, x, i, left, a, r);
+      evaluate_or_decide<Way::fast>(f, x, i, count, a, r);
     }
     return left - 4;
+  }
+  // Out of the loop, that stores there need not ask how many.
+  [[gnu::noinline]] static void last_group(F f, std::int32_t i, std::int32_t left, Arguments a, Results r) noexcept {
+    group<false>(f, i, left, a, r);
   }
   template <Way way>
   static ORIN_INLINE void evaluate_or_decide(const F& f, const In& x, std::int32_t i, std::int32_t count, Arguments a,
                                              Results r) {
-    const Out y = evaluate<way>(f, x);
+    store_or_decide(f, evaluate<way>(f, x), i, count, a, r);
+  }
+  static ORIN_INLINE void store_or_decide(const F& f, const Out& y, std::int32_t i, std::int32_t count, Arguments a,
+                                          Results r) {
     if constexpr (marks_results)
       if (lane_bits(special_results(f, y)) != 0) [[unlikely]]
         return special_group(f, i, count < 4 ? count : 4, a, r);
@@ -266,7 +322,7 @@ class Elementwise {
     for (bool first = true; left > 0; left -= 4, i += 4, first = false) {
       const In x = load(a, i, left);
       if constexpr (has_medium) {
-        if (lane_bits(f.beyond_medium(x.item[0].words())) == 0) [[likely]] {
+        if (lane_bits(f.beyond_medium(x[0].words())) == 0) [[likely]] {
           store(evaluate<Way::medium>(f, x), r, i, left);
           continue;
         }
@@ -283,10 +339,10 @@ class Elementwise {
   static bool accepts(std::int32_t n, Arguments a, Results r) noexcept {
     std::int32_t status = n <= 0 ? KOR_STATUS_BADSIZE : KOR_STATUS_OK;
     if (status == KOR_STATUS_OK) {
-      for (const T* vector : a)
-        if (vector == nullptr) status = KOR_STATUS_BADMEM;
-      for (const R* vector : r)
-        if (vector == nullptr) status = KOR_STATUS_BADMEM;
+      for (int k = 0; k < F::inputs; ++k)
+        if (a[k] == nullptr) status = KOR_STATUS_BADMEM;
+      for (int k = 0; k < F::outputs; ++k)
+        if (r[k] == nullptr) status = KOR_STATUS_BADMEM;
     }
     if (status == KOR_STATUS_OK) return true;
     report_error(status, status == KOR_STATUS_BADSIZE ? n : 0, a[0], a[F::inputs - 1], r[0], r[F::outputs - 1],
@@ -298,7 +354,7 @@ class Elementwise {
     if constexpr (F::inputs == 1)
       return {{GroupOf<T>::load(a[0] + i, count, padding())}};
     else
-      return {{GroupOf<T>::load(a[0] + i, count, padding()), GroupOf<T>::load(a[1] + i, count, padding())}};
+      return {GroupOf<T>::load(a[0] + i, count, padding()), GroupOf<T>::load(a[1] + i, count, padding())};
   }
   static ORIN_INLINE void store(const Out& y, Results r, std::int32_t i, std::int32_t count) {
     y[0].store(r[0] + i, count);
@@ -309,9 +365,9 @@ class Elementwise {
     if constexpr (!has_special)
       return 0;
     else if constexpr (F::inputs == 1)
-      return f.special_lanes(x.item[0].words());
+      return f.special_lanes(x[0].words());
     else
-      return f.special_lanes(x.item[0].words(), x.item[1].words());
+      return f.special_lanes(x[0].words(), x[1].words());
   }
 
   // The lanes that fast must not see.
@@ -319,34 +375,40 @@ class Elementwise {
     if constexpr (!has_wide)
       return special_lanes(f, x);
     else if constexpr (F::inputs == 1)
-      return f.beyond_fast(x.item[0].words());
+      return f.beyond_fast(x[0].words());
     else
-      return f.beyond_fast(x.item[0].words(), x.item[1].words());
+      return f.beyond_fast(x[0].words(), x[1].words());
   }
 
   static ORIN_INLINE Vec4i special_results([[maybe_unused]] const F& f, const Out& y) {
     if constexpr (tests_results)
       return f.special_results(y[0].words());
+    else if constexpr (nan_is_special)
+      return y[0].nan_lanes();
     else
       return y[0].words();
   }
 
   template <Way way>
-  static ORIN_INLINE Out evaluate(const F& f, In x) {
-    if constexpr (GroupOf<T>::registers == 1) {
-      const auto y = value<way>(f, x.item[0].low, x.item[F::inputs - 1].low);
-      if constexpr (F::outputs == 1)
-        return {{{y}}};
-      else
-        return {{{y.first}, {y.second}}};
+  static ORIN_INLINE Out evaluate(const F& f, const In& x) {
+    Out y;
+    const auto low = value<way>(f, x[0].low, x[F::inputs - 1].low);
+    if constexpr (F::outputs == 1) {
+      y[0].low = low;
     } else {
-      const auto low = value<way>(f, x.item[0].low, x.item[F::inputs - 1].low);
-      const auto high = value<way>(f, x.item[0].high, x.item[F::inputs - 1].high);
-      if constexpr (F::outputs == 1)
-        return {{{low, high}}};
-      else
-        return {{{low.first, high.first}, {low.second, high.second}}};
+      y[0].low = low.first;
+      y[1].low = low.second;
     }
+    if constexpr (GroupOf<T>::registers == 2) {
+      const auto high = value<way>(f, x[0].high, x[F::inputs - 1].high);
+      if constexpr (F::outputs == 1) {
+        y[0].high = high;
+      } else {
+        y[0].high = high.first;
+        y[1].high = high.second;
+      }
+    }
+    return y;
   }
   // f of one register of each argument; one argument comes twice.
   template <Way way, class V>
@@ -406,7 +468,7 @@ class Elementwise {
       Results seen;
       for (int out = 0; out < F::outputs; ++out) {
         bool in_place = false;
-        for (const T* vector : a) in_place |= same(vector, r[out]);
+        for (int in = 0; in < F::inputs; ++in) in_place |= same(a[in], r[out]);
         seen[out] = in_place ? vector_with_element(i, &outcome.value[out]) : r[out];
         if (!in_place) store_element(r[out] + i, outcome.value[out]);
       }

@@ -5,7 +5,7 @@
 #ifndef ORIN_VECTOR_MATH_SIMD_ORDERED_H
 #define ORIN_VECTOR_MATH_SIMD_ORDERED_H
 
-#include "vector_math/simd/vec.h"
+#include "vector_math/simd/registers.h"
 
 namespace orin::vector_math::simd {
 

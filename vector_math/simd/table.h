@@ -6,7 +6,9 @@
 #ifndef ORIN_VECTOR_MATH_SIMD_TABLE_H
 #define ORIN_VECTOR_MATH_SIMD_TABLE_H
 
-#include "vector_math/simd/vec.h"
+#include <cstddef>
+
+#include "vector_math/simd/registers.h"
 
 namespace orin::vector_math::simd {
 
@@ -15,34 +17,36 @@ namespace orin::vector_math::simd {
 template <int count, int lanes>
 struct LaneIndices {
   static_assert(count <= 16 || count == 32);
-  std::uint32_t of[lanes];
+  mutable std::size_t of[lanes];  // as addresses take them
 
   LaneIndices() = default;
-  ORIN_INLINE LaneIndices(std::uint32_t first, std::uint32_t second) : of{first, second} {}
+  ORIN_INLINE LaneIndices(std::size_t first, std::size_t second) : of{first, second} {}
+  // The same indices.
+  template <int fewer>
+  ORIN_INLINE LaneIndices(const LaneIndices<fewer, lanes>& other) {
+    static_assert(fewer < count);
+#pragma GCC unroll 4
+    for (int lane = 0; lane < lanes; ++lane) of[lane] = other.of[lane];
+  }
   explicit ORIN_INLINE LaneIndices(__m128i register_of_integers) {
     constexpr int stride = 16 / lanes;
     alignas(16) unsigned char memory[16];
     _mm_store_si128(reinterpret_cast<__m128i*>(memory), register_of_integers);
     asm("" : "+m"(memory));  // keeps the compiler from turning the loads below into lane extractions
+#pragma GCC unroll 4
     for (int lane = 0; lane < lanes; ++lane) {
       if constexpr (count == 8) {
         of[lane] = memory[lane * stride];
       } else if constexpr (count == 32) {
-        std::memcpy(&of[lane], memory + lane * stride, sizeof of[lane]);
+        std::uint32_t word;
+        std::memcpy(&word, memory + lane * stride, sizeof word);
+        of[lane] = word;
       } else {
         std::uint16_t low;
         std::memcpy(&low, memory + lane * stride, sizeof low);
         of[lane] = low & ((1u << count) - 1);
       }
     }
-  }
-
-  // The low bits of these.
-  template <int fewer>
-  ORIN_INLINE LaneIndices<fewer, lanes> low() const {
-    LaneIndices<fewer, lanes> result;
-    for (int lane = 0; lane < lanes; ++lane) result.of[lane] = of[lane] & ((1u << fewer) - 1);
-    return result;
   }
 };
 
@@ -53,6 +57,24 @@ ORIN_INLINE LaneIndices<count, 2> low_bits(Vec2l v) {
 template <int count>
 ORIN_INLINE LaneIndices<count, 4> low_bits(Vec4i v) {
   return LaneIndices<count, 4>(v.raw);
+}
+
+// The bits of each lane from `shift` on as array indices, `first` being 0; of positive numbers. The integer unit
+// takes the work.
+template <int shift, std::uint32_t first, class V>
+ORIN_INLINE LaneIndices<32, V::lanes> top_bits(V v) {
+  constexpr int size = sizeof(typename V::Element), skipped = size - 4, shift_in_word = shift - 8 * skipped;
+  alignas(16) unsigned char memory[16];
+  std::memcpy(memory, &v.raw, sizeof memory);
+  asm("" : "+m"(memory));  // as above
+  LaneIndices<32, V::lanes> result;
+#pragma GCC unroll 4
+  for (int lane = 0; lane < V::lanes; ++lane) {
+    std::uint32_t word;
+    std::memcpy(&word, memory + lane * size + skipped, sizeof word);
+    result.of[lane] = std::size_t{word >> shift_in_word} - first;
+  }
+  return result;
 }
 
 // Lane k is table[stride * index k].

@@ -4,8 +4,9 @@
 // Every verb works lane by lane and is one or two instructions of SSE2; nothing wider is used on any target.
 // Comparisons give masks (all bits of a lane set or clear) of the type compared, to be used with select and any.
 // A number stands for the register that holds it in every lane: x * 2.0.
-#ifndef ORIN_VECTOR_MATH_SIMD_VEC_H
-#define ORIN_VECTOR_MATH_SIMD_VEC_H
+// `mutable`: GCC 12 keeps constants of a class without such a member in memory, where they come out of a function.
+#ifndef ORIN_SIMD_VEC_H
+#define ORIN_SIMD_VEC_H
 
 #include <emmintrin.h>
 
@@ -14,12 +15,12 @@
 
 #define ORIN_INLINE inline __attribute__((always_inline))
 
-namespace orin::vector_math::simd {
+namespace orin::simd {
 
 // Four 32-bit integers.
 struct Vec4i {
   using Element = std::int32_t;
-  __m128i raw;
+  mutable __m128i raw;
 
   Vec4i() = default;
   ORIN_INLINE Vec4i(__m128i value) : raw(value) {}
@@ -50,6 +51,8 @@ ORIN_INLINE Vec4i shift_right_signed(Vec4i a) {
 ORIN_INLINE Vec4i select(Vec4i mask, Vec4i a, Vec4i b) {
   return _mm_or_si128(_mm_and_si128(mask.raw, a.raw), _mm_andnot_si128(mask.raw, b.raw));
 }
+// The larger of the upper halves of each lane, as signed numbers; the lower halves are of no use.
+ORIN_INLINE Vec4i larger_upper_halves(Vec4i a, Vec4i b) { return _mm_max_epi16(a.raw, b.raw); }
 // Bit k is the top bit of lane k.
 ORIN_INLINE unsigned lane_bits(Vec4i mask) {
   return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(mask.raw)));
@@ -58,7 +61,7 @@ ORIN_INLINE unsigned lane_bits(Vec4i mask) {
 // Two 64-bit integers.
 struct Vec2l {
   using Element = std::int64_t;
-  __m128i raw;
+  mutable __m128i raw;
 
   Vec2l() = default;
   ORIN_INLINE Vec2l(__m128i value) : raw(value) {}
@@ -86,7 +89,7 @@ struct Vec2d {
   using Element = double;
   using Integer = Vec2l;
   static constexpr int lanes = 2;
-  __m128d raw;
+  mutable __m128d raw;
 
   Vec2d() = default;
   ORIN_INLINE Vec2d(__m128d value) : raw(value) {}
@@ -126,7 +129,7 @@ struct Vec4f {
   using Element = float;
   using Integer = Vec4i;
   static constexpr int lanes = 4;
-  __m128 raw;
+  mutable __m128 raw;
 
   Vec4f() = default;
   ORIN_INLINE Vec4f(__m128 value) : raw(value) {}
@@ -159,24 +162,27 @@ ORIN_INLINE Vec4i bits(Vec4f a) { return _mm_castps_si128(a.raw); }
 ORIN_INLINE Vec4f from_bits(Vec4i a) { return _mm_castsi128_ps(a.raw); }
 ORIN_INLINE float first_lane(Vec4f a) { return _mm_cvtss_f32(a.raw); }
 
-// Integers as floats, rounded, and floats as integers, rounded.
+// Integers as floats, rounded, and floats as integers, rounded or cut.
 ORIN_INLINE Vec4f to_float(Vec4i a) { return _mm_cvtepi32_ps(a.raw); }
 ORIN_INLINE Vec4i to_int(Vec4f a) { return _mm_cvtps_epi32(a.raw); }
+ORIN_INLINE Vec4i to_int_cut(Vec4f a) { return _mm_cvttps_epi32(a.raw); }
 
 // Between the two precisions: a Vec4f as two Vec2d, exactly, and back, rounded.
 struct TwoVec2d {
   Vec2d low, high;
 };
 ORIN_INLINE TwoVec2d widen(Vec4f a) { return {_mm_cvtps_pd(a.raw), _mm_cvtps_pd(_mm_movehl_ps(a.raw, a.raw))}; }
-// The same where shuffles are short: a conversion of what memory holds needs none.
+// Two floats of memory: the one form of the conversion that needs no shuffle, which a compiler would not choose.
+ORIN_INLINE Vec2d load_widened(const float* from) {
+  __m128d result;
+  asm("cvtps2pd %1, %0" : "=x"(result) : "m"(*reinterpret_cast<const __m64*>(from)));
+  return result;
+}
+// A Vec4f where shuffles are short.
 ORIN_INLINE TwoVec2d widen_through_memory(Vec4f a) {
   alignas(16) float memory[4];
   _mm_store_ps(memory, a.raw);
-  asm("" : "+m"(memory));
-  const auto two = [&](const float* from) __attribute__((always_inline)) {
-    return _mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from))));
-  };
-  return {two(memory), two(memory + 2)};
+  return {load_widened(memory), load_widened(memory + 2)};
 }
 ORIN_INLINE Vec4f narrow(TwoVec2d a) { return _mm_movelh_ps(_mm_cvtpd_ps(a.low.raw), _mm_cvtpd_ps(a.high.raw)); }
 
@@ -215,6 +221,8 @@ template <>
 struct RegisterOf<std::int32_t> {
   using type = Vec4i;
 };
+template <class T>
+using Register = typename RegisterOf<T>::type;
 
 template <class T>
 struct alignas(16) Constant {
@@ -247,6 +255,8 @@ ORIN_INLINE Vec4i magnitude(Vec4i a) {  // of a float's bits, of the high word o
   static constexpr Constant<std::int32_t> all_but_sign = 0x7fffffff;
   return a & in_memory(all_but_sign);
 }
+// The larger of two magnitudes in its upper 16 bits; the lower ones are of either.
+ORIN_INLINE Vec4i larger_magnitude(Vec4i a, Vec4i b) { return _mm_max_epi16(magnitude(a).raw, magnitude(b).raw); }
 ORIN_INLINE Vec4f abs(Vec4f a) { return from_bits(magnitude(bits(a))); }
 
 // Element access that asks for no alignment.
@@ -261,6 +271,6 @@ ORIN_INLINE void store_element(T* to, T value) {
   std::memcpy(to, &value, sizeof value);
 }
 
-}  // namespace orin::vector_math::simd
+}  // namespace orin::simd
 
 #endif
