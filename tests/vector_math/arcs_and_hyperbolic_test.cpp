@@ -7,6 +7,7 @@
 #include "vector_math/catalog.h"
 #include "vector_math/data/asin_data.h"
 #include "vector_math/data/atan_data.h"
+#include "vector_math/data/octants_data.h"
 #include "vector_math/data/tanh_data.h"
 #include "vector_math/kernels/angle.h"
 
@@ -274,6 +275,20 @@ TYPED_TEST(ArcsAndHyperbolic, NoStepAtTheSeams) {
     expect_smooth("Sinh", -border);
     expect_smooth("Cosh", border);
     expect_smooth("Expm1", border);
+  }
+}
+
+// The angles of the octants fit together: pi/2 less, pi less and pi/2 more than those of the first one.
+TEST(ArcTables, OctantsFitTogether) {
+  constexpr std::size_t steps = std::size(octants_data::angles) / 8;
+  ASSERT_EQ(steps, 65u);
+  for (std::size_t j = 0; j < steps; ++j) {
+    const auto high = [&](std::size_t octant) { return octants_data::angles[2 * (steps * octant + j)]; };
+    const auto rest = [&](std::size_t octant) { return octants_data::angles[2 * (steps * octant + j) + 1]; };
+    EXPECT_NEAR(high(0), std::atan(static_cast<double>(j) / 64), 0x1p-53) << j;
+    EXPECT_NEAR(((high(1) - half_pi<double>)+high(0)) + (rest(1) + rest(0)), pi_rest<double> / 2, 0x1p-104) << j;
+    EXPECT_NEAR(((high(2) - pi<double>)+high(0)) + (rest(2) + rest(0)), pi_rest<double>, 0x1p-103) << j;
+    EXPECT_NEAR(((high(3) - half_pi<double>)-high(0)) + (rest(3) - rest(0)), pi_rest<double> / 2, 0x1p-103) << j;
   }
 }
 
