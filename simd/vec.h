@@ -256,7 +256,7 @@ ORIN_INLINE Vec4i magnitude(Vec4i a) {  // of a float's bits, of the high word o
   return a & in_memory(all_but_sign);
 }
 // The larger of two magnitudes in its upper 16 bits; the lower ones are of either.
-ORIN_INLINE Vec4i larger_magnitude(Vec4i a, Vec4i b) { return _mm_max_epi16(magnitude(a).raw, magnitude(b).raw); }
+ORIN_INLINE Vec4i larger_magnitude(Vec4i a, Vec4i b) { return larger_upper_halves(magnitude(a), magnitude(b)); }
 ORIN_INLINE Vec4f abs(Vec4f a) { return from_bits(magnitude(bits(a))); }
 
 // Element access that asks for no alignment.

@@ -10,6 +10,7 @@
 #include "vector_math/catalog.h"
 #include "vector_math/data/asin_data.h"
 #include "vector_math/data/atan_data.h"
+#include "vector_math/data/octants_data.h"
 #include "vector_math/data/tanh_data.h"
 #include "vector_math/kernels/angle.h"
 
@@ -295,6 +296,20 @@ TEST(ArcTables, BitsPickTheBin) {
     const double reach = bin == 0 || bin == 448 ? 0x1.08p-7 : 0x1.0dp-5;
     ASSERT_LE(std::fabs(std::atan2(y, x) - arc), reach) << y << ' ' << x;
     ASSERT_NEAR(std::atan(c), arc, 0x1p-51) << bin;
+  }
+}
+
+// The angles of the octants fit together: pi/2 less, pi less and pi/2 more than those of the first one.
+TEST(ArcTables, OctantsFitTogether) {
+  constexpr std::size_t steps = std::size(octants_data::angles) / 8;
+  ASSERT_EQ(steps, 65u);
+  for (std::size_t j = 0; j < steps; ++j) {
+    const auto high = [&](std::size_t octant) { return octants_data::angles[2 * (steps * octant + j)]; };
+    const auto rest = [&](std::size_t octant) { return octants_data::angles[2 * (steps * octant + j) + 1]; };
+    EXPECT_NEAR(high(0), std::atan(static_cast<double>(j) / 64), 0x1p-53) << j;
+    EXPECT_NEAR(((high(1) - half_pi<double>)+high(0)) + (rest(1) + rest(0)), pi_rest<double> / 2, 0x1p-104) << j;
+    EXPECT_NEAR(((high(2) - pi<double>)+high(0)) + (rest(2) + rest(0)), pi_rest<double>, 0x1p-103) << j;
+    EXPECT_NEAR(((high(3) - half_pi<double>)-high(0)) + (rest(3) - rest(0)), pi_rest<double> / 2, 0x1p-103) << j;
   }
 }
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    atan_core.h for |x|, point_angle.h for points
-// Bounds    HA 0.56 ulp, arg of double 1.8; LA relative 2^-50, 2^-21, EP relative 2^-26, 2^-11
+// Bounds    HA 0.56 ulp, arg of double 2.6; LA relative 2^-50, 2^-21, EP relative 2^-26, 2^-11
 // Special   no status. NaN -> NaN; atan of very large arguments +-pi/2; points as point_angle.h says
 #include <cmath>
 #include <limits>

@@ -8,7 +8,7 @@
 //           a = sqrt((S + 2 + H)/2). No difference cancels but S, and that only where y outweighs it. HA: the root's error
 //           by root^2 - quotient^2 = |S|
 //           asinh z = -i asin(iz), acosh z = +-i acos z; single precision in double by the EP grade
-// Bounds    in ulp of the modulus: HA 3.5, LA 8; EP 2^-26, 2^-11
+// Bounds    in ulp of the modulus: HA 3.8, LA 8; EP 2^-26, 2^-11
 // Budget    HA  in units of rounding: w or cos u 1, a cos u 1, the angle's quotient, arc and sum 1/2 each; logarithm as in
 //           LA 2 1/2
 // Special   C Annex G; no status; |z| >= 2^250: the angle of z and log 2|z|; next to +-1 on the axis, where the square of

@@ -2,10 +2,10 @@
 // special elements.
 // SPDX-License-Identifier: MIT
 //
-// Method    single in double, where the products are exact; double with exact products of leading halves p: (p1 + e1) -
-//           (p2 + e2) = (p1 - p2) + (e1 - e2), where p1 - p2 is exact if it cancels, and e to 2^-52 of itself. A part below
-//           2^-20 of the other is made of rounded products p with exact e
-// Bounds    each part 1.45 ulp double, while no product leaves the range and no low part underflows; 0.51 ulp single
+// Method    double, with exact products of leading halves p: (p1 + e1) - (p2 + e2) = (p1 - p2) + (e1 - e2), where p1 - p2
+//           is exact if it cancels, and e to 2^-52 of itself. A part below 2^-20 of the other is made of rounded products p
+//           with exact e
+// Bounds    each part 1.45 ulp, while no product leaves the range and no low part underflows
 // Source    C.-P. Jeannerod, N. Louvet, J.-M. Muller, Further analysis of Kahan's algorithm for the accurate computation
 //           of 2 x 2 determinants, Math. Comp. 82 (2013); T. J. Dekker (1971) for the products
 #ifndef ORIN_VECTOR_MATH_KERNELS_COMPLEX_PRODUCTS_H

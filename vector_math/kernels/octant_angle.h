@@ -4,7 +4,7 @@
 // Method    M, m the larger and the smaller of y and |x|, c = m/M in steps of 1/64;  angle = arc +- (r + bend), arc = base
 //           +- atan c, base one of 0, pi/2, pi by the octant, r = (m - c M)/(M + c m), |r| <= 2^-7, bend = atan r - r
 // Arguments as in atan_core.h, y not negative, x of any sign; not the origin
-// Budget    HA  in ulp: r 3/4 of its own, where it is no more than half of the angle or all of it; sums 1/2 each
+// Budget    HA  in units of rounding: r 1 1/2 and sums 1/2 each, where r is as large as the angle; the result 1/2
 //           LA  in units of rounding: r 1, m - c M 1/2 of 1, arc and sum 1/2 each
 // Data      data/octants_data.h from tools/tables/octants.py, data/atan_data.h
 #ifndef ORIN_VECTOR_MATH_KERNELS_OCTANT_ANGLE_H
