@@ -4,10 +4,10 @@
 // Method    HA  |x| = c + t, c the nearest multiple of 1/32: a polynomial in t for each c, c0 + c1 t as a sum with its
 //               rest;  LA the same, plainly
 //           EP  c of 1/64, cubics;  HA single is this one, rounded
-//           LA, EP single  x p(x^2)/q(x^2)
+//           LA single  c of 1/32, cubics;  EP single  x p(x^2)/q(x^2)
 // Bounds    HA 0.52 ulp; LA relative 2^-50, 2^-21; EP relative 2^-26, 2^-11
 // Budget    HA  in ulp: polynomial 2^-6, its rounding 2^-7, last rounding 1/2
-//           LA  double, in 2^-53: c0 and products 2, sums 2;   single, in 2^-24: p, q 2 each, quotient and product 2
+//           LA  in units of rounding: c0 and products 2, sums 2
 //           EP  polynomial 2^-31, p/q 2^-15.8, erf x - 1 from 2.6 on 2^-12
 // Special   NaN -> NaN, +-inf -> +-1; no status
 // Data      data/erf_data.h from tools/tables/erf.py
@@ -25,13 +25,6 @@ namespace {
 using namespace simd;
 namespace data = erf_data;
 
-constexpr struct {
-  Constant<float> last = 3.84f;  // erf 3.84 rounds to 1
-  Constant<float> one = 1.0f;
-  Constant<float> p0 = data::la_p0, p1 = data::la_p1, p2 = data::la_p2, p3 = data::la_p3, p4 = data::la_p4,
-                  p5 = data::la_p5;
-  Constant<float> q1 = data::la_q1, q2 = data::la_q2, q3 = data::la_q3, q4 = data::la_q4, q5 = data::la_q5;
-} la_constants{};
 constexpr struct {
   Constant<float> last = 2.6f;  // erf 2.6 = 1 - 2^-12
   Constant<float> one = 1.0f;
@@ -66,12 +59,10 @@ ORIN_INLINE Vec4f error_function(Vec4f x) {
     const TwoVec2d wide = widen(x);
     return narrow({error_function<Grade::ep>(wide.low), error_function<Grade::ep>(wide.high)});
   } else if constexpr (grade == Grade::la) {
-    const auto& k = in_memory(la_constants);
-    const Vec4f y = min(abs(x), k.last);
-    const Vec4f z = y * y, z2 = z * z;
-    const Vec4f p = (k.p0 + z * k.p1) + z2 * ((k.p2 + z * k.p3) + z2 * (k.p4 + z * k.p5));
-    const Vec4f q = (k.one + z * k.q1) + z2 * ((k.q2 + z * k.q3) + z2 * (k.q4 + z * k.q5));
-    return with_sign_of(min(y * (p / q), k.one), x);
+    static constexpr Constant<float> last = 4.0f;  // erf 4 rounds to 1
+    const Vec4f y = min(abs(x), in_memory(last));
+    const Cell<Vec4f> cell = nearest_multiple<32>(y);
+    return with_sign_of(polynomial(RowTable<4, float>{data::single}, cell.number, y - cell.centre), x);
   } else {
     const auto& k = in_memory(ep_constants);
     const Vec4f y = min(abs(x), k.last);
