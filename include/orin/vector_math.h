@@ -298,9 +298,9 @@ ORIN_KOR_COMPLEX_BINARY(Mul)
 ORIN_KOR_COMPLEX_BINARY(MulByConj)
 ORIN_KOR_COMPLEX_UNARY(Conj)
 
-/* Angle of a, from -pi to pi, real; nothing is reported. HA within 2.6 ulp, single 0.56; signed zeros as in atan2. */
+/* Angle of a, from -pi to pi, real; nothing is reported. HA within 2.1 ulp, single 0.56; signed zeros as in atan2. */
 ORIN_KOR_COMPLEX_TO_REAL(Arg)
-/* Principal logarithms, the cut on the negative real axis. Status 2 at 0. HA within 2.6 ulp of the modulus, Log10 3.4;
+/* Principal logarithms, the cut on the negative real axis. Status 2 at 0. HA within 2.1 ulp of the modulus, Log10 2.8;
  * the real part stays accurate next to the unit circle. */
 ORIN_KOR_COMPLEX_UNARY(Ln)
 ORIN_KOR_COMPLEX_UNARY(Log10)
@@ -312,7 +312,7 @@ ORIN_KOR_COMPLEX_UNARY(Log10)
 ORIN_KOR_COMPLEX_BINARY(Pow)
 ORIN_KOR_COMPLEX_SCALAR(Powx)
 /* Principal inverse functions, cuts and signed zeros as in C Annex G. Atan reports status 2 at +-i, Atanh at +-1; the
- * others nothing. HA within 3.8 ulp of the modulus, Atan and Atanh 3.6. */
+ * others nothing. HA within 3.8 ulp of the modulus, Atan and Atanh 3.2. */
 ORIN_KOR_COMPLEX_UNARY(Atan)
 ORIN_KOR_COMPLEX_UNARY(Atanh)
 ORIN_KOR_COMPLEX_UNARY(Asin)

@@ -4,7 +4,7 @@
 // Method    in the first quadrant, z = x + iy, d = 1 - x: D = d^2 + y^2,
 //           re atanh z = log(1 + 4x/D)/4,  im atanh z = atan2(2y, 2d - d^2 - y^2)/2
 //           elsewhere by symmetry; atan z = -i atanh(iz); single precision in double by the EP grade
-// Bounds    in ulp of the modulus: HA 3.6, LA 8; EP 2^-26, 2^-11
+// Bounds    in ulp of the modulus: HA 3.2, LA 8; EP 2^-26, 2^-11
 // Budget    HA  in units of rounding: d^2, D, 4x/D 1 each, logarithm as in LA 2 1/2; or 2d - d^2 - y^2 1 1/2, its angle 2
 // Special   C Annex G; +-1 (atan: +-i) -> infinite, status 2; |z| >= 2^250: x/|z|^2 + i pi/2
 // Source    W. Kahan, Branch cuts for complex elementary functions, in The State of the Art in Numerical

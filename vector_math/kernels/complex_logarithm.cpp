@@ -3,7 +3,7 @@
 //
 // Method    log |z| + i arg z by modulus_log.h, point_angle.h; of base 10 the angle times 1/ln 10
 //           single precision in double by the EP grade
-// Bounds    in ulp of the modulus: HA log 2.6, log10 3.4, whose base adds roundings; LA 8; EP 2^-26, 2^-11
+// Bounds    in ulp of the modulus: HA log 2.1, log10 2.8, whose base adds roundings; LA 8; EP 2^-26, 2^-11
 // Budget    HA  in units of rounding: logarithm 2 1/2, angle as in octant_angle.h 2; 1/ln 10 and its products 1 1/2
 // Special   C Annex G; 0 -> -inf + i arg, status 2
 #include "vector_math/kernels.h"

@@ -4,7 +4,7 @@
 // Method    M, m the larger and the smaller of y and |x|, c = m/M in steps of 1/64;  angle = arc +- (r + bend), arc = base
 //           +- atan c, base one of 0, pi/2, pi by the octant, r = (m - c M)/(M + c m), |r| <= 2^-7, bend = atan r - r
 // Arguments as in atan_core.h, y not negative, x of any sign; not the origin
-// Budget    HA  in units of rounding: r 1 1/2 and sums 1/2 each, where r is as large as the angle; the result 1/2
+// Budget    HA  in units of rounding: r 1 1/2 and one sum 1/2, where r is as large as the angle; the result 1/2
 //           LA  in units of rounding: r 1, m - c M 1/2 of 1, arc and sum 1/2 each
 // Data      data/octants_data.h from tools/tables/octants.py, data/atan_data.h
 #ifndef ORIN_VECTOR_MATH_KERNELS_OCTANT_ANGLE_H
@@ -66,9 +66,9 @@ ORIN_INLINE Angle<Vec2d> angle(Vec2d y, Vec2d signed_x) {
   const Place p = place_of<quadrant>(y, signed_x);
   const Vec2d numerator = grade == Grade::ha ? exact_numerator(p) : p.smaller - p.c * p.larger;
   const Vec2d r = numerator / (p.larger + p.c * p.smaller);
-  const Vec2d rest = (r + bend(r)) ^ p.sign;
-  if constexpr (grade == Grade::ha) return {p.arc, p.arc_rest + rest};
-  return {p.arc, rest};
+  Vec2d beside = bend(r);
+  if constexpr (grade == Grade::ha) beside = beside + (p.arc_rest ^ p.sign);
+  return {p.arc, (r + beside) ^ p.sign};
 }
 
 }  // namespace orin::vector_math::octant_angle

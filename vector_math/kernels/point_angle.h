@@ -43,7 +43,7 @@ struct PointAngle {
     if constexpr (grade == Grade::ha) return with_sign_of(on_side<grade>(angle, left), y);
     return with_sign_of(on_side(angle.high + angle.low, left), y);
   }
-  // HA double to 2.6 ulp, most of it next to 1/128, where arc and r nearly cancel.
+  // HA double to 2.1 ulp, most of it next to 1/128, where arc and r nearly cancel.
   static ORIN_INLINE V medium(V y, V x) {
     if constexpr (!by_octants) return fast(y, x);
     const Angle<V> angle = medium_in_parts(y, x);
