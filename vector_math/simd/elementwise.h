@@ -320,13 +320,15 @@ class Elementwise {
   [[gnu::noinline, gnu::hot]] static std::int32_t wide_groups(F f, std::int32_t i, std::int32_t left, Arguments a,
                                                               Results r) noexcept {
     for (bool first = true; left > 0; left -= 4, i += 4, first = false) {
-      const In x = load(a, i, left);
       if constexpr (has_medium) {
-        if (lane_bits(f.beyond_medium(x[0].words())) == 0) [[likely]] {
-          store(evaluate<Way::medium>(f, x), r, i, left);
-          continue;
+        for (; left >= 4; left -= 4, i += 4, first = false) {
+          const In x = load(a, i, 4);
+          if (lane_bits(f.beyond_medium(x[0].words())) != 0) break;
+          store(evaluate<Way::medium>(f, x), r, i, 4);
         }
+        if (left <= 0) break;
       }
+      const In x = load(a, i, left);
       if (!first && lane_bits(odd_lanes(f, x)) == 0) break;
       if (lane_bits(special_lanes(f, x)) != 0) [[unlikely]]
         special_group(f, i, left < 4 ? left : 4, a, r);
