@@ -307,8 +307,7 @@ ORIN_KOR_COMPLEX_UNARY(Log10)
 /* a^b = e^(b Ln a); Powx with one b for all. a^0 = 1. Status 1 where a part of the result has no limit, 2 where 0 is
  * raised to a negative real number, 3 where a part overflows, 4 where a result other than 0 has a modulus below normal
  * numbers. HA within 2 ulp of the modulus (single 1) and EP within its bound while |b Ln a| < 1700; beyond, the error
- * grows in proportion to |b Ln a|, as that of an angle does. LA within 8 ulp while |b| < 1000, too; beyond, as for a next
- * to 1 under large powers, its error grows with |b|: HA is the grade for (1 + x/n)^n. */
+ * grows in proportion to |b Ln a|, as that of an angle does. LA is HA. */
 ORIN_KOR_COMPLEX_BINARY(Pow)
 ORIN_KOR_COMPLEX_SCALAR(Powx)
 /* Principal inverse functions, cuts and signed zeros as in C Annex G. Atan reports status 2 at +-i, Atanh at +-1; the

@@ -4,12 +4,10 @@
 // Method    z^w = e^(w log z), log z = L + i t, w log z = E + i F, the result e^E (cos F + i sin F)
 //           HA  L, t, E and F as pairs: L by log_core_d.h from |z|^2 as a pair; t by octant_angle.h, r with its rest;
 //               products as in pow_core_d.h; cos F and sin F from the table of sincos_core_d.h, rounded once
-//           LA  the same without the rest of r; sine as in LA
-//           EP  L, t in LA, the exponential and the sine to 2^-31; single precision in double by EP
+//           EP  L, t in LA, the exponential and the sine to 2^-31; single precision in double by EP; LA is HA
 // Bounds    in ulp of the modulus: HA 2 (single 1), EP 2^-26, 2^-11, while |w log z| < 1700; beyond, the error grows
-//           with |F|. LA 8 while |w| < 1000, too; beyond, and where z is next to 1, the error grows with |w|
+//           with |F|
 // Budget    HA  in 2^-53 of the modulus: exponent 1700 2^-63, e^E 1, each part of cos F + i sin F 1, products 1
-//           LA  r 2^-59 |w|
 // Special   z^0 = 1; 0^w = 0 for Re w > 0, infinite with status 2 for w real and negative; arguments that are not
 //           finite, and other powers of 0, by C Annex G in e^(w log z): a part that has no limit is NaN, status 1;
 //           overflow of a part, status 3; a modulus below normal numbers, status 4
@@ -35,21 +33,17 @@ constexpr struct {
   Constant<double> far_angle = 0x1p20;  // the reduction of angles ends here
 } constants{};
 
-// The angle of (x, y), y >= 0 as it is and x of any sign: HA to 2^-62 of itself, LA to 2^-59.
-template <Grade grade>
+// The angle of (x, y), y >= 0 as it is and x of any sign, to 2^-62 of itself.
 ORIN_INLINE DoubleDouble angle_pair(Vec2d y, Vec2d x) {
   const auto p = octant_angle::place_of(y, x);
   const Vec2d numerator = octant_angle::exact_numerator(p);
   const Vec2d product = p.c * p.smaller;
   const DoubleDouble denominator = fast_two_sum(p.larger, product);
   const Vec2d r = numerator / denominator.high;
-  Vec2d rest = octant_angle::bend(r);
-  if constexpr (grade == Grade::ha) {
-    const DoubleDouble n = split(p.smaller), q = split(r), d = split(denominator.high);
-    const Vec2d d_rest = d.low + (denominator.low + ((p.c * n.high - product) + p.c * n.low));
-    const Vec2d remainder = (numerator - q.high * d.high) - (q.high * d_rest + q.low * denominator.high);
-    rest = rest + remainder / denominator.high;
-  }
+  const DoubleDouble n = split(p.smaller), q = split(r), d = split(denominator.high);
+  const Vec2d d_rest = d.low + (denominator.low + ((p.c * n.high - product) + p.c * n.low));
+  const Vec2d remainder = (numerator - q.high * d.high) - (q.high * d_rest + q.low * denominator.high);
+  const Vec2d rest = octant_angle::bend(r) + remainder / denominator.high;
   const DoubleDouble sum = fast_two_sum(p.arc, r ^ p.sign);
   return fast_two_sum(sum.high, sum.low + (p.arc_rest + (rest ^ p.sign)));
 }
@@ -69,7 +63,7 @@ ORIN_INLINE Logarithm logarithm_of(ComplexD z) {
   const DoubleDouble square = modulus_squared_medium(z.re, z.im);
   const DoubleDouble log = log_d::logarithm_pair<2 * scaled>(square.high, square.low);
   const DoubleDouble modulus = {log.high * k.half, log.low * k.half};
-  const DoubleDouble angle = angle_pair<grade>(abs(z.im), z.re);
+  const DoubleDouble angle = angle_pair(abs(z.im), z.re);
   const Vec2d sign = z.im & k.minus_zero;
   return {modulus, {angle.high ^ sign, angle.low ^ sign}};
 }
@@ -100,7 +94,7 @@ struct Exponent {
 };
 template <Grade grade>
 ORIN_INLINE Exponent exponent(const Logarithm& log, ComplexD w) {
-  if constexpr (grade != Grade::ep) {
+  if constexpr (grade == Grade::ha) {
     const Halves c(w.re), d(w.im), l(log.modulus), t(log.angle);
     return {difference_of_products(c, l, d, t), sum_of_products(c, t, d, l)};
   } else {
@@ -109,12 +103,11 @@ ORIN_INLINE Exponent exponent(const Logarithm& log, ComplexD w) {
   }
 }
 
-// Cosine and sine of an angle as a pair, to 0.6 ulp of 1 in HA, as in sincos_core_d.h in the other grades.
+// Cosine and sine of an angle as a pair, to 0.6 ulp of 1 in HA, as in sincos_core_d.h in EP.
 template <Grade grade>
 ORIN_INLINE ComplexD direction(DoubleDouble turn) {
-  sincos_d::Angle angle = sincos_d::reduce<grade>(turn.high);
+  const sincos_d::Angle angle = sincos_d::reduce<grade>(turn.high);
   if constexpr (grade != Grade::ha) {
-    if constexpr (grade == Grade::la) angle.high = angle.high + turn.low;
     const auto [sine, cosine] = sincos_d::sine_and_cosine<grade>(angle);
     return {cosine, sine};
   } else {
@@ -145,7 +138,7 @@ ORIN_INLINE Marked power(const Logarithm& log, ComplexD w) {
   // An odd exponent must not meet the products. Its low part may: below 2^45 they stay far from overflow.
   const Vec2d real = and_not(beyond, e.real.high);
   Vec2d size;
-  if constexpr (grade != Grade::ep) {
+  if constexpr (grade == Grade::ha) {
     const pow_d::Power p = pow_d::power({real, e.real.low});
     size = from_bits(bits(p.value) + shift_left<52>(p.k));
   } else {
@@ -338,7 +331,6 @@ struct PowerOfScalar : OneToOne<ComplexOf<T>>, Power<T, grade> {
     elementwise<PowerOfScalar<T, grade>>({{}, {}, b}, n, {a}, {r});           \
   }
 ORIN_COMPLEX_POWER(c, float, KorComplex8, Grade::ep)
-ORIN_COMPLEX_POWER(z_la, double, KorComplex16, Grade::la)
 ORIN_COMPLEX_POWER(z_ha, double, KorComplex16, Grade::ha)
 ORIN_COMPLEX_POWER(z_ep, double, KorComplex16, Grade::ep)
 #undef ORIN_COMPLEX_POWER
