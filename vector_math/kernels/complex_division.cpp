@@ -37,11 +37,6 @@ ORIN_INLINE Complex<Vec2d> accurate_quotient(Complex<Vec2d> a, Complex<Vec2d> b)
   return {product.re / square, product.im / square};
 }
 
-ORIN_INLINE Vec4i larger_magnitude(Complex<Vec4i> w) {
-  const Vec4i x = magnitude(w.re), y = magnitude(w.im);
-  return select(x > y, x, y);
-}
-
 // 2^k, k of a normal number.
 inline double power_of_two(int k) { return __builtin_bit_cast(double, static_cast<std::int64_t>(k + 1023) << 52); }
 // The exponent of a finite x that is not 0.

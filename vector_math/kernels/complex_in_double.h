@@ -22,12 +22,6 @@ namespace orin::vector_math {
 
 using ComplexD = simd::Complex<simd::Vec2d>;
 
-// The larger of the two parts' magnitudes, as high words.
-ORIN_INLINE simd::Vec4i larger_magnitude(simd::Complex<simd::Vec4i> z) {
-  const simd::Vec4i re = magnitude(z.re), im = magnitude(z.im);
-  return select(re > im, re, im);
-}
-
 template <class F, class T, Grade grade>
 struct ComplexInDouble : simd::OneToOne<simd::ComplexOf<T>> {
   using V = typename simd::RegisterOf<T>::type;

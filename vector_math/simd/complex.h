@@ -58,6 +58,12 @@ ORIN_INLINE Complex<Vec4i> high_words(Complex<Vec2d> low, Complex<Vec2d> high) {
   return {high_words(low.re, high.re), high_words(low.im, high.im)};
 }
 
+// The larger of the two parts' magnitudes, as high words.
+ORIN_INLINE Vec4i larger_magnitude(Complex<Vec4i> z) {
+  const Vec4i re = magnitude(z.re), im = magnitude(z.im);
+  return select(re > im, re, im);
+}
+
 // The elements with a part that is NaN.
 ORIN_INLINE Vec4i nan_lanes(Complex<Vec2d> low, Complex<Vec2d> high) {
   return high_words(Vec2d(_mm_cmpunord_pd(low.re.raw, low.im.raw)), Vec2d(_mm_cmpunord_pd(high.re.raw, high.im.raw)));
