@@ -30,12 +30,13 @@ def parts(value, counts):
     return pieces + [to_double(value)]
 
 
-def step(name, size, counts, limit=20):
-    """Constants of the reduction by 2 pi/size below 2^limit."""
+def step(name, size, counts, limit=20, inverse=True):
+    """Constants of the reduction by 2 pi/size below 2^limit; the inverse is the same for all of one size."""
     unit = 2 * mp.pi / size
     sizes = ", ".join(str(count) for count in counts)
     out.comment(f"{size}/(2 pi); 2 pi/{size} in parts of {sizes} bits, whose products with n are exact below 2^{limit}, and the rest.")
-    out.constant(f"{name}_inverse", hex_double(to_double(1 / unit)))
+    if inverse:
+        out.constant(f"{name}_inverse", hex_double(to_double(1 / unit)))
     for k, piece in enumerate(parts(unit, counts)):
         out.constant(f"{name}_step_{k}", hex_double(piece))
 
@@ -43,8 +44,8 @@ def step(name, size, counts, limit=20):
 step("ha", 128, [27, 24, 27])
 step("la", 512, [25, 26, 26])
 step("ep", 512, [25, 26])
-step("near", 512, [35], limit=11)
-step("single", 512, [26])
+step("near", 512, [35], limit=11, inverse=False)
+step("single", 512, [26], inverse=False)
 unit = mp.pi / 64
 out.comment("pi/64 as one number, and as its first 27 bits and the rest.")
 out.constant("unit", hex_double(to_double(unit)))

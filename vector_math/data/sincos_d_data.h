@@ -27,12 +27,10 @@ inline constexpr double ep_step_1 = 0x1.110b460000000p-33;
 inline constexpr double ep_step_2 = 0x1.1a62633145c07p-61;
 
 // 512/(2 pi); 2 pi/512 in parts of 35 bits, whose products with n are exact below 2^11, and the rest.
-inline constexpr double near_inverse = 0x1.45f306dc9c883p+6;
 inline constexpr double near_step_0 = 0x1.921fb54440000p-7;
 inline constexpr double near_step_1 = 0x1.68c234c4c6629p-46;
 
 // 512/(2 pi); 2 pi/512 in parts of 26 bits, whose products with n are exact below 2^20, and the rest.
-inline constexpr double single_inverse = 0x1.45f306dc9c883p+6;
 inline constexpr double single_step_0 = 0x1.921fb50000000p-7;
 inline constexpr double single_step_1 = 0x1.110b4611a6263p-33;
 
