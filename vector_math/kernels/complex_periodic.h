@@ -20,6 +20,7 @@
 #include "vector_math/kernels/exponential.h"
 #include "vector_math/kernels/sincos_core_s.h"
 #include "vector_math/kernels/sincos_points_d.h"
+#include "vector_math/kernels/sincos_points_s.h"
 #include "vector_math/simd/complex.h"
 
 namespace orin::vector_math::complex_periodic {
@@ -61,6 +62,13 @@ struct Angles<Vec4f, grade> {
   static constexpr std::int32_t last_word = sincos_s::last_word<grade>;
   static ORIN_INLINE Parts near(Vec4f y) { return Parts(sincos_s::QuarterTurns<grade>::reduce(y)); }
   static ORIN_INLINE Parts any(Vec4f y) { return Parts(sincos_s::QuarterTurns<grade>::reduce_any(y)); }
+};
+template <>
+struct Angles<Vec4f, Grade::ha> {
+  using Parts = sincos_points_s::Parts;
+  static constexpr std::int32_t last_word = 0x497fffff;  // below 2^20
+  static ORIN_INLINE Parts near(Vec4f y) { return Parts(sincos_points_s::reduce(y)); }
+  static ORIN_INLINE Parts any(Vec4f y) { return Parts(sincos_points_s::reduce_any(y)); }
 };
 template <class V, Grade grade>
 using Parts = typename Angles<V, grade>::Parts;
