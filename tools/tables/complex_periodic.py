@@ -111,8 +111,8 @@ size = 128
 step = ln2 / size
 powers = [(mpf(1) / 2, mpf(1) / 2, mpf(0)), (mpf(1) / 2, mpf(1) / 2, -step)]  # as with the sines
 for j in range(2, size // 2):
-    # With two zeros at the end of both: their sums and differences are exact.
-    t = nearby(Double, mpf(2) ** (mpf(j) / size - 1), reciprocal_of, 2, 2)
+    # With three zeros at the end of both: their sums and differences are exact, with one power of two between them, too.
+    t = nearby(Double, mpf(2) ** (mpf(j) / size - 1), reciprocal_of, 8, 3)
     powers.append((t, to_double(1 / (4 * t)), mp.log(2 * t) - j * step))
 root = to_double(mp.sqrt(mpf(1) / 2))
 powers.append((root, root / 2, mpf(0)))  # 0.43 ulp; a point that lay closer would not be its own mirror image
@@ -121,9 +121,16 @@ out.comment("e^b/2 and e^-b/2 for b next to j ln2/128.")
 out.table("powers", [hex_double(value) for t, inverse, _ in powers for value in (t, inverse)])
 out.comment("b - j ln2/128.")
 out.table("power_offsets", [hex_double(to_double(offset)) for _, _, offset in powers])
+half_root = root / 2  # the sinh of j = 64, as it is computed, and twice the smaller power; in doubles
+cosh = float(half_root) + float(root)
+computed = mpf(cosh) + mpf(float(root) - (cosh - float(half_root)))
+out.comment("What a sum of the two in two parts lacks of cosh b, where that is not 2^-12 ulp.")
+lacks = [mp.cosh(ln2 / 2) - computed if j == size // 2 else mpf(0) for j in range(size)]
+out.table("cosh_lacks", [hex_double(to_double(lack)) for lack in lacks])
 h = step * 3 / 2 * slack
 write_fit(out, mp.sinh, "sinh", R, "sinh", [3, 5], 0, h, "double")
 write_fit(out, mp.cosh, "cosh", ONE, "cosh", [2, 4], 0, h, "double")
+write_fit(out, mp.cosh, "cosh", ONE, "whole_cosh", [2, 4, 6], 0, h, "double")
 
 size = 64
 powers = [mpf(2) ** (mpf(j) / size) for j in range(size)]
