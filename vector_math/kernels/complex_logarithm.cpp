@@ -2,12 +2,12 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    log |z| + i arg z by modulus_log.h, point_angle.h; of base 10 the angle times 1/ln 10
-//           single precision in double by the EP grade
+//           single precision: LA and EP in floats, HA and |z| beyond 2^+-62 in double by the EP grade
 // Bounds    in ulp of the modulus: HA log 2.1, log10 2.8, whose base adds roundings; LA 8; EP 2^-26, 2^-11
 // Budget    HA  in units of rounding: logarithm 2 1/2, angle as in octant_angle.h 2; 1/ln 10 and its products 1 1/2
 // Special   C Annex G; 0 -> -inf + i arg, status 2
 #include "vector_math/kernels.h"
-#include "vector_math/kernels/complex_in_double.h"
+#include "vector_math/kernels/complex_in_floats.h"
 #include "vector_math/kernels/modulus_log.h"
 #include "vector_math/kernels/point_angle.h"
 
@@ -36,10 +36,23 @@ struct ComplexLogarithm {
       return outside<0x38100000, 0x47efffff>(larger);  // normal floats
   }
 
-  static ORIN_INLINE Vec2d in_base(Vec2d log) {
+  static ORIN_INLINE Vec4i special_floats(Vec4i larger, Complex<Vec4i>) {
+    return outside<0x00800000, 0x7f7fffff>(larger);  // normal numbers
+  }
+  static ORIN_INLINE Vec4i beyond_floats(Vec4i larger, Complex<Vec4i>) {
+    return outside<0x20800000, 0x5e7fffff>(larger);  // 2^-62, 2^62
+  }
+
+  template <class V>
+  static ORIN_INLINE V in_base(V log) {
     if constexpr (base == Base::e) return log;
-    static constexpr Constant<double> inverse_ln10 = 0x1.bcb7b1526e50ep-2;
+    using T = typename V::Element;
+    static constexpr Constant<T> inverse_ln10 = T(0x1.bcb7b1526e50ep-2);
     return log * in_memory(inverse_ln10);
+  }
+  template <Grade grade>
+  static ORIN_INLINE ComplexS of(ComplexS z) {
+    return {modulus_log<grade, base>(z.re, z.im), in_base(PointAngle<float, grade>::fast(z.im, z.re))};
   }
   template <Grade grade, class T>
   static ORIN_INLINE Half first_half(ComplexD z) {
@@ -63,7 +76,7 @@ struct ComplexLogarithm {
 
 }  // namespace
 
-ORIN_COMPLEX_IN_HALVES(ln, ComplexLogarithm<Base::e>)
-ORIN_COMPLEX_IN_HALVES(log10, ComplexLogarithm<Base::ten>)
+ORIN_COMPLEX_IN_FLOATS(ln, ComplexLogarithm<Base::e>)
+ORIN_COMPLEX_IN_FLOATS(log10, ComplexLogarithm<Base::ten>)
 
 }  // namespace orin::vector_math

@@ -1,0 +1,57 @@
+// complex_in_floats.h: complex functions of one argument that LA and EP of single precision compute in floats.
+// SPDX-License-Identifier: MIT
+//
+// A function is a record F as ComplexInHalves asks, of complex_in_double.h, and has also
+//   of<grade>(z)            the value of a register of floats
+//   special_floats(m, z)    mask of the special arguments, from the larger parts' magnitudes m and all parts z as words
+//   beyond_floats(m, z)     mask of the arguments that `of` must not see, special ones among them; of m it has only the
+//                           upper halves
+// What neither takes is computed in double, as in HA.
+#ifndef ORIN_VECTOR_MATH_KERNELS_COMPLEX_IN_FLOATS_H
+#define ORIN_VECTOR_MATH_KERNELS_COMPLEX_IN_FLOATS_H
+
+#include "vector_math/kernels/complex_in_double.h"
+
+namespace orin::vector_math {
+
+using ComplexS = simd::Complex<simd::Vec4f>;
+
+template <class F, Grade grade>
+struct ComplexInFloats : simd::OneToOne<KorComplex8> {
+  using InDouble = ComplexInHalves<F, float, Grade::ep>;
+  static constexpr const char* name = InDouble::name;
+  static constexpr KorComplex8 ordinary = InDouble::ordinary;
+  static constexpr int groups_per_step = 1;
+
+  static ORIN_INLINE simd::Vec4i special_lanes(simd::Complex<simd::Vec4i> z) {
+    return F::special_floats(larger_magnitude(z), z);
+  }
+  static ORIN_INLINE simd::Vec4i beyond_fast(simd::Complex<simd::Vec4i> z) {
+    return F::beyond_floats(larger_magnitude(z.re, z.im), z);
+  }
+  static ORIN_INLINE ComplexS fast(ComplexS z) { return F::template of<grade>(z); }
+  static ORIN_INLINE ComplexS wide(ComplexS z) {
+    using simd::Vec4f;
+    const Vec4f beyond = from_bits(beyond_fast({bits(z.re), bits(z.im)}));
+    const ComplexS near = fast({select(beyond, Vec4f(ordinary.re), z.re), select(beyond, Vec4f(ordinary.im), z.im)});
+    const simd::TwoVec2d re = widen(z.re), im = widen(z.im);
+    const ComplexD low = InDouble::fast({re.low, im.low}), high = InDouble::fast({re.high, im.high});
+    return {select(beyond, simd::narrow({low.re, high.re}), near.re),
+            select(beyond, simd::narrow({low.im, high.im}), near.im)};
+  }
+  static simd::Outcome<KorComplex8> special(KorComplex8 z) { return InDouble::special(z); }
+};
+
+// The kernels of a function, in all grades and both precisions.
+#define ORIN_COMPLEX_IN_FLOATS(name, F)                                              \
+  ORIN_COMPLEX_IN_HALVES(name, F)                                                    \
+  void ORIN_CALL name##_c_la(std::int32_t n, const KorComplex8* a, KorComplex8* r) { \
+    elementwise<ComplexInFloats<F, Grade::la>>({}, n, {a}, {r});                     \
+  }                                                                                  \
+  void ORIN_CALL name##_c_ep(std::int32_t n, const KorComplex8* a, KorComplex8* r) { \
+    elementwise<ComplexInFloats<F, Grade::ep>>({}, n, {a}, {r});                     \
+  }
+
+}  // namespace orin::vector_math
+
+#endif
