@@ -3,15 +3,17 @@
 //
 // Method    in the first quadrant, z = x + iy, d = 1 - x: D = d^2 + y^2,
 //           re atanh z = log(1 + 4x/D)/4,  im atanh z = atan2(2y, 2d - d^2 - y^2)/2
-//           elsewhere by symmetry; atan z = -i atanh(iz); single precision in double by the EP grade
+//           elsewhere by symmetry; atan z = -i atanh(iz)
+//           single precision: LA and EP in floats, HA, parts from 2^60 and 1 + iy, y < 2^-60, in double by the EP grade
 // Bounds    in ulp of the modulus: HA 3.2, LA 8; EP 2^-26, 2^-11
 // Budget    HA  in units of rounding: d^2, D, 4x/D 1 each, logarithm as in LA 2 1/2; or 2d - d^2 - y^2 1 1/2, its angle 2
 // Special   C Annex G; +-1 (atan: +-i) -> infinite, status 2; |z| >= 2^250: x/|z|^2 + i pi/2
 // Source    W. Kahan, Branch cuts for complex elementary functions, in The State of the Art in Numerical
 //           Analysis (1987)
 #include "vector_math/kernels.h"
-#include "vector_math/kernels/complex_in_double.h"
+#include "vector_math/kernels/complex_in_floats.h"
 #include "vector_math/kernels/log_core_d.h"
+#include "vector_math/kernels/log_core_s.h"
 #include "vector_math/kernels/point_angle.h"
 
 namespace orin::vector_math {
@@ -19,7 +21,7 @@ namespace {
 
 using namespace simd;
 
-constexpr struct { Constant<double> zero = 0.0, one = 1.0, half = 0.5, quarter = 0.25, four = 4.0; } constants{};
+constexpr struct { Constant<double> one = 1.0, half = 0.5, quarter = 0.25, four = 4.0; } constants{};
 
 // Of x + iy, x, y >= 0: four times the real part of atanh, and the point that has twice the imaginary part as its angle.
 struct Half {
@@ -42,6 +44,17 @@ ORIN_INLINE ComplexD second_half_in_quadrant(const Half& half) {
   const auto& c = in_memory(constants);
   const Angle<Vec2d> angle = PointAngle<double, grade>::medium_in_parts(half.im, half.re);
   return {half.log * c.quarter, (angle.high + angle.low) * c.half};
+}
+
+// Both parts of it in floats.
+template <Grade grade>
+ORIN_INLINE ComplexS in_quadrant(Vec4f x, Vec4f y) {
+  static constexpr struct { Constant<float> one = 1.0f, half = 0.5f, four = 4.0f; } floats{};
+  const auto& c = in_memory(floats);
+  const Vec4f d = c.one - x;
+  const Vec4f d2 = d * d, y2 = y * y;
+  const Vec4f re = fraction_of_logarithm_of_one_plus<grade, 4>((x * c.four) / (d2 + y2));
+  return {re, PointAngle<float, grade>::in_half_plane(y + y, ((d + d) - d2) - y2) * c.half};
 }
 
 // Arguments far from 0, next to 1 and not finite.
@@ -70,16 +83,13 @@ ORIN_INLINE Outcome<KorComplex16> special_in_quadrant(double x, double y) {
   return {{{first_lane(value.re), first_lane(value.im)}}, KOR_STATUS_OK};
 }
 
-// By the high words of the larger part, of the part that has the poles, and of the other.
-template <class T>
-ORIN_INLINE Vec4i special_lanes_of(Vec4i larger, Vec4i polar, Vec4i other) {
-  static constexpr struct {
-    Constant<std::int32_t> largest = sizeof(T) == 8 ? 0x4f8fffff : 0x47efffff;  // 2^250
-    Constant<std::int32_t> one = 0x3ff00000;                                    // to 1 + 2^-20
-    Constant<std::int32_t> little = sizeof(T) == 8 ? 0x20b00000 : 1;            // 2^-500; 0 alone
-  } words{};
+// The elements with a part above `largest`, and those next to a pole: from the words of the larger part, of the part that
+// has the poles, and of the other.
+template <std::int32_t largest, std::int32_t one, std::int32_t little>
+ORIN_INLINE Vec4i outside_or_polar(Vec4i larger, Complex<Vec4i> z) {
+  static constexpr struct { Constant<std::int32_t> last = largest, pole = one, least = little; } words{};
   const auto& c = in_memory(words);
-  return (larger > c.largest) | ((magnitude(polar) == c.one) & (magnitude(other) < c.little));
+  return (larger > c.last) | ((magnitude(z.re) == c.pole) & (magnitude(z.im) < c.least));
 }
 
 // atanh z, and turned atan z: with the parts of argument and result exchanged.
@@ -97,8 +107,24 @@ struct ArcTangent {
   }
   template <class T>
   static ORIN_INLINE Vec4i special_lanes(Vec4i larger, Complex<Vec4i> z) {
+    constexpr std::int32_t to_one = 0x3ff00000;  // to 1 + 2^-20
+    if constexpr (sizeof(T) == 8)
+      return outside_or_polar<0x4f8fffff, to_one, 0x20b00000>(larger, turn(z));  // 2^250; 2^-500
+    else
+      return outside_or_polar<0x47efffff, to_one, 1>(larger, turn(z));  // finite; 0
+  }
+  static ORIN_INLINE Vec4i special_floats(Vec4i larger, Complex<Vec4i> z) {
+    return outside_or_polar<0x7f7fffff, 0x3f800000, 0x00800000>(
+        larger, turn(z));  // finite; 0, with the subnormal numbers that may count as 0
+  }
+  static ORIN_INLINE Vec4i beyond_floats(Vec4i larger, Complex<Vec4i> z) {
+    return outside_or_polar<0x5dffffff, 0x3f800000, 0x21800000>(larger, turn(z));  // 2^60; 2^-60
+  }
+  template <Grade grade>
+  static ORIN_INLINE ComplexS of(ComplexS z) {
     z = turn(z);
-    return special_lanes_of<T>(larger, z.re, z.im);
+    const ComplexS value = in_quadrant<grade>(abs(z.re), abs(z.im));
+    return turn(ComplexS{with_sign_of(value.re, z.re), with_sign_of(value.im, z.im)});
   }
   template <Grade grade, class>
   static ORIN_INLINE Half first_half(ComplexD z) {
@@ -120,7 +146,7 @@ struct ArcTangent {
 
 }  // namespace
 
-ORIN_COMPLEX_IN_HALVES(atanh, ArcTangent<false>)
-ORIN_COMPLEX_IN_HALVES(atan, ArcTangent<true>)
+ORIN_COMPLEX_IN_FLOATS(atanh, ArcTangent<false>)
+ORIN_COMPLEX_IN_FLOATS(atan, ArcTangent<true>)
 
 }  // namespace orin::vector_math

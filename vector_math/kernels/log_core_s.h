@@ -202,21 +202,34 @@ ORIN_INLINE Vec4f logarithm_of_one_plus(Vec4f v) {
   }
 }
 
-// log(one + v)/by, one 1 or, where the mask is clear, 0, the sum within 2^-125 .. 2^126.
+// log(one + v)/by, the sum within 2^-125 .. 2^126; `where` clears the lanes of a number that have 0 as one.
 template <Grade grade, Base base, int by>
-ORIN_INLINE Vec4f fraction_of_logarithm(Vec4f mask, Vec4f v) {
+ORIN_INLINE Vec4f fraction_of_logarithm(Vec4f v, auto where) {
   const auto& c = in_memory(fraction<grade, base, by>);
-  const Vec4i distance = bits((mask & c.one) + v) - c.least;
+  const Vec4i distance = bits(where(c.one) + v) - c.least;
   const Vec4f scale = from_bits(c.bits_of_one - (distance & c.exponent));
-  const Vec4f f = v * scale + ((mask & scale) - c.one);
+  const Vec4f f = v * scale + (where(scale) - c.one);
   constexpr bool has_factor = by != 1 || base == Base::ten;
   return short_form<grade, has_factor>(c, to_float(shift_right_signed<23>(distance)), f);
+}
+// log(mask + v)/by, a set lane of the mask being 1.
+template <Grade grade, Base base, int by>
+ORIN_INLINE Vec4f fraction_of_logarithm(Vec4f mask, Vec4f v) {
+  return fraction_of_logarithm<grade, base, by>(
+      v, [&](Vec4f a) __attribute__((always_inline)) { return a & mask; });
+}
+// log(1 + v)/by.
+template <Grade grade, int by>
+ORIN_INLINE Vec4f fraction_of_logarithm_of_one_plus(Vec4f v) {
+  return fraction_of_logarithm<grade, Base::e, by>(
+      v, [](Vec4f a) __attribute__((always_inline)) { return a; });
 }
 
 }  // namespace orin::vector_math::log_s
 
 namespace orin::vector_math {
 using log_s::fraction_of_logarithm;
+using log_s::fraction_of_logarithm_of_one_plus;
 using log_s::logarithm;
 using log_s::logarithm_of_one_plus;
 }  // namespace orin::vector_math
