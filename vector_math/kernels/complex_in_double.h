@@ -3,8 +3,9 @@
 //
 // A function is a record F with
 //   name_c, name_z            the names in reports
-//   Half, first_half<grade, T>(z), second_half<grade>(half)
-//                             the value of a register of ordinary arguments, as simd/elementwise.h has it, in double
+//   Half<V>, first_half<grade, T>(z), second_half<grade>(half)
+//                             the value of a register V of ordinary arguments of precision T, as simd/elementwise.h has
+//                             it, in double
 //   special_lanes<T>(m, z)    mask of the special arguments of precision T, from the high words, of doubles, m of the
 //                             larger parts' magnitudes and z of all parts
 //   special<grade, T>(z)      the Outcome of one special argument
@@ -26,7 +27,7 @@ using ComplexD = simd::Complex<simd::Vec2d>;
 template <class F, class T, Grade grade>
 struct ComplexInHalves : simd::OneToOne<simd::ComplexOf<T>> {
   using Z = simd::ComplexOf<T>;
-  using Half = typename F::Half;
+  using Half = typename F::template Half<simd::Vec2d>;
   static constexpr const char* name = sizeof(T) == 8 ? F::name_z : F::name_c;
   static constexpr Z ordinary{T(F::ordinary), T(F::ordinary)};
   static constexpr bool computes_in_double = sizeof(T) == 4;
@@ -54,6 +55,15 @@ struct ComplexInHalves : simd::OneToOne<simd::ComplexOf<T>> {
   ORIN_COMPLEX_IN_HALVES_KERNEL(name##_z_la, F, double, Grade::la) \
   ORIN_COMPLEX_IN_HALVES_KERNEL(name##_z_ha, F, double, Grade::ha) \
   ORIN_COMPLEX_IN_HALVES_KERNEL(name##_z_ep, F, double, Grade::ep)
+
+// The elements with a part above `largest`, and those next to a pole or branch point: from the words of the larger part and
+// of z, whose real axis has these.
+template <std::int32_t largest, std::int32_t one, std::int32_t little>
+ORIN_INLINE simd::Vec4i outside_or_polar(simd::Vec4i larger, simd::Complex<simd::Vec4i> z) {
+  static constexpr struct { simd::Constant<std::int32_t> last = largest, pole = one, least = little; } words{};
+  const auto& c = simd::in_memory(words);
+  return (larger > c.last) | ((magnitude(z.re) == c.pole) & (magnitude(z.im) < c.least));
+}
 
 // Silent for NaN.
 inline bool is_infinite(double x) { return __builtin_isgreater(std::fabs(x), std::numeric_limits<double>::max()); }

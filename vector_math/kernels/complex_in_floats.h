@@ -1,11 +1,10 @@
 // complex_in_floats.h: complex functions of one argument that LA and EP of single precision compute in floats.
 // SPDX-License-Identifier: MIT
 //
-// A function is a record F as ComplexInHalves asks, of complex_in_double.h, and has also
-//   of<grade>(z)            the value of a register of floats
+// A function is a record F as complex_in_double.h has it, whose halves take registers of floats, too, and has also
 //   special_floats(m, z)    mask of the special arguments, from the larger parts' magnitudes m and all parts z as words
-//   beyond_floats(m, z)     mask of the arguments that `of` must not see, special ones among them; of m it has only the
-//                           upper halves
+//   beyond_floats(m, z)     mask of the arguments that the halves must not see in floats, special ones among them; of m
+//                           it has only the upper halves
 // What neither takes is computed in double, as in HA.
 #ifndef ORIN_VECTOR_MATH_KERNELS_COMPLEX_IN_FLOATS_H
 #define ORIN_VECTOR_MATH_KERNELS_COMPLEX_IN_FLOATS_H
@@ -19,6 +18,7 @@ using ComplexS = simd::Complex<simd::Vec4f>;
 template <class F, Grade grade>
 struct ComplexInFloats : simd::OneToOne<KorComplex8> {
   using InDouble = ComplexInHalves<F, float, Grade::ep>;
+  using Half = typename F::template Half<simd::Vec4f>;
   static constexpr const char* name = InDouble::name;
   static constexpr KorComplex8 ordinary = InDouble::ordinary;
   static constexpr int groups_per_step = 1;
@@ -29,7 +29,9 @@ struct ComplexInFloats : simd::OneToOne<KorComplex8> {
   static ORIN_INLINE simd::Vec4i beyond_fast(simd::Complex<simd::Vec4i> z) {
     return F::beyond_floats(larger_magnitude(z.re, z.im), z);
   }
-  static ORIN_INLINE ComplexS fast(ComplexS z) { return F::template of<grade>(z); }
+  static ORIN_INLINE ComplexS fast(ComplexS z) { return second_half(first_half(z)); }
+  static ORIN_INLINE Half first_half(ComplexS z) { return F::template first_half<grade, float>(z); }
+  static ORIN_INLINE ComplexS second_half(const Half& half) { return F::template second_half<grade>(half); }
   static ORIN_INLINE ComplexS wide(ComplexS z) {
     using simd::Vec4f;
     const Vec4f beyond = from_bits(beyond_fast({bits(z.re), bits(z.im)}));

@@ -21,40 +21,41 @@ namespace {
 
 using namespace simd;
 
-constexpr struct { Constant<double> one = 1.0, half = 0.5, quarter = 0.25, four = 4.0; } constants{};
-
-// Of x + iy, x, y >= 0: four times the real part of atanh, and the point that has twice the imaginary part as its angle.
-struct Half {
-  Vec2d log;
-  Vec2d re, im;
-  ComplexD z;
+template <class T>
+struct Constants {
+  Constant<T> one = 1, half = T(0.5), quarter = T(0.25), four = 4;
 };
-template <Grade grade>
-ORIN_INLINE Half first_half_in_quadrant(Vec2d x, Vec2d y, ComplexD z) {
-  const auto& c = in_memory(constants);
-  const Vec2d d = c.one - x;
-  const Vec2d d2 = d * d, y2 = y * y;
-  Vec2d rest = y2;
-  if constexpr (grade == Grade::ha) rest = rest + (d + d) * ((c.one - d) - x);  // with what d lost
-  const OnePlus<Vec2d> u = one_plus((x * c.four) / (d2 + rest));
-  return {logarithm < grade == Grade::ha ? Grade::la : grade > (u.sum, u.rest), ((d + d) - d2) - y2, y + y, z};
-}
-template <Grade grade>
-ORIN_INLINE ComplexD second_half_in_quadrant(const Half& half) {
-  const auto& c = in_memory(constants);
-  const Angle<Vec2d> angle = PointAngle<double, grade>::medium_in_parts(half.im, half.re);
-  return {half.log * c.quarter, (angle.high + angle.low) * c.half};
-}
+template <class V>
+constexpr Constants<typename V::Element> constants{};
 
-// Both parts of it in floats.
-template <Grade grade>
-ORIN_INLINE ComplexS in_quadrant(Vec4f x, Vec4f y) {
-  static constexpr struct { Constant<float> one = 1.0f, half = 0.5f, four = 4.0f; } floats{};
-  const auto& c = in_memory(floats);
-  const Vec4f d = c.one - x;
-  const Vec4f d2 = d * d, y2 = y * y;
-  const Vec4f re = fraction_of_logarithm_of_one_plus<grade, 4>((x * c.four) / (d2 + y2));
-  return {re, PointAngle<float, grade>::in_half_plane(y + y, ((d + d) - d2) - y2) * c.half};
+// Of x + iy, x, y >= 0: the real part of atanh, and the point that has twice the imaginary part as its angle.
+template <class V>
+struct HalfOfArcTangent {
+  V re;
+  V point_re, point_im;
+  Complex<V> z;
+};
+template <Grade grade, class V>
+ORIN_INLINE HalfOfArcTangent<V> first_half_in_quadrant(V x, V y, Complex<V> z) {
+  const auto& c = in_memory(constants<V>);
+  const V d = c.one - x;
+  const V d2 = d * d, y2 = y * y;
+  V rest = y2;
+  if constexpr (grade == Grade::ha) rest = rest + (d + d) * ((c.one - d) - x);  // with what d lost
+  const V quotient = (x * c.four) / (d2 + rest);
+  const V point_re = ((d + d) - d2) - y2, point_im = y + y;
+  if constexpr (sizeof(typename V::Element) == 4) {
+    return {fraction_of_logarithm_of_one_plus<grade, 4>(quotient), point_re, point_im, z};
+  } else {
+    const OnePlus<V> u = one_plus(quotient);
+    const V log = logarithm < grade == Grade::ha ? Grade::la : grade > (u.sum, u.rest);
+    return {log * c.quarter, point_re, point_im, z};
+  }
+}
+template <Grade grade, class V>
+ORIN_INLINE Complex<V> second_half_in_quadrant(const HalfOfArcTangent<V>& half) {
+  const V angle = PointAngle<typename V::Element, grade>::in_half_plane(half.point_im, half.point_re);
+  return {half.re, angle * in_memory(constants<V>).half};
 }
 
 // Arguments far from 0, next to 1 and not finite.
@@ -79,17 +80,8 @@ ORIN_INLINE Outcome<KorComplex16> special_in_quadrant(double x, double y) {
     const Vec2d log = y < 0x1p-1000 ? logarithm<grade, Base::e, 60>(Vec2d(y * 0x1p60)) : logarithm<grade>(Vec2d(y));
     return {{{(0x1.62e42fefa39efp-1 - first_lane(log)) / 2, quarter_turn / 2}}, KOR_STATUS_OK};
   }
-  const ComplexD value = second_half_in_quadrant<grade>(first_half_in_quadrant<grade>(x, y, {x, y}));
+  const ComplexD value = second_half_in_quadrant<grade>(first_half_in_quadrant<grade, Vec2d>(x, y, {x, y}));
   return {{{first_lane(value.re), first_lane(value.im)}}, KOR_STATUS_OK};
-}
-
-// The elements with a part above `largest`, and those next to a pole: from the words of the larger part, of the part that
-// has the poles, and of the other.
-template <std::int32_t largest, std::int32_t one, std::int32_t little>
-ORIN_INLINE Vec4i outside_or_polar(Vec4i larger, Complex<Vec4i> z) {
-  static constexpr struct { Constant<std::int32_t> last = largest, pole = one, least = little; } words{};
-  const auto& c = in_memory(words);
-  return (larger > c.last) | ((magnitude(z.re) == c.pole) & (magnitude(z.im) < c.least));
 }
 
 // atanh z, and turned atan z: with the parts of argument and result exchanged.
@@ -98,7 +90,8 @@ struct ArcTangent {
   static constexpr const char* name_c = turned ? "vcAtan" : "vcAtanh";
   static constexpr const char* name_z = turned ? "vzAtan" : "vzAtanh";
   static constexpr double ordinary = 0;
-  using Half = ::orin::vector_math::Half;
+  template <class V>
+  using Half = HalfOfArcTangent<V>;
 
   template <class Z>
   static ORIN_INLINE Z turn(Z z) {
@@ -114,27 +107,21 @@ struct ArcTangent {
       return outside_or_polar<0x47efffff, to_one, 1>(larger, turn(z));  // finite; 0
   }
   static ORIN_INLINE Vec4i special_floats(Vec4i larger, Complex<Vec4i> z) {
-    return outside_or_polar<0x7f7fffff, 0x3f800000, 0x00800000>(
-        larger, turn(z));  // finite; 0, with the subnormal numbers that may count as 0
+    // Subnormal numbers may count as 0.
+    return outside_or_polar<0x7f7fffff, 0x3f800000, 0x00800000>(larger, turn(z));
   }
   static ORIN_INLINE Vec4i beyond_floats(Vec4i larger, Complex<Vec4i> z) {
     return outside_or_polar<0x5dffffff, 0x3f800000, 0x21800000>(larger, turn(z));  // 2^60; 2^-60
   }
-  template <Grade grade>
-  static ORIN_INLINE ComplexS of(ComplexS z) {
-    z = turn(z);
-    const ComplexS value = in_quadrant<grade>(abs(z.re), abs(z.im));
-    return turn(ComplexS{with_sign_of(value.re, z.re), with_sign_of(value.im, z.im)});
-  }
-  template <Grade grade, class>
-  static ORIN_INLINE Half first_half(ComplexD z) {
+  template <Grade grade, class, class V>
+  static ORIN_INLINE Half<V> first_half(Complex<V> z) {
     z = turn(z);
     return first_half_in_quadrant<grade>(abs(z.re), abs(z.im), z);
   }
-  template <Grade grade>
-  static ORIN_INLINE ComplexD second_half(const Half& half) {
-    const ComplexD value = second_half_in_quadrant<grade>(half);
-    return turn(ComplexD{with_sign_of(value.re, half.z.re), with_sign_of(value.im, half.z.im)});
+  template <Grade grade, class V>
+  static ORIN_INLINE Complex<V> second_half(const Half<V>& half) {
+    const Complex<V> value = second_half_in_quadrant<grade>(half);
+    return turn(Complex<V>{with_sign_of(value.re, half.z.re), with_sign_of(value.im, half.z.im)});
   }
   template <Grade grade, class>
   static Outcome<KorComplex16> special(KorComplex16 z) {

@@ -16,14 +16,16 @@ namespace {
 
 using namespace simd;
 
-struct Half {
+struct HalfOfLogarithm {
   Vec2d modulus;  // its logarithm
   ComplexD z;
 };
 
 template <Base base>
 struct ComplexLogarithm {
-  using Half = ::orin::vector_math::Half;
+  // In floats the first half is the whole: the two parts hardly wait for each other.
+  template <class V>
+  using Half = std::conditional_t<std::is_same_v<V, Vec2d>, HalfOfLogarithm, Complex<V>>;
   static constexpr const char* name_c = base == Base::e ? "vcLn" : "vcLog10";
   static constexpr const char* name_z = base == Base::e ? "vzLn" : "vzLog10";
   static constexpr double ordinary = 1;
@@ -50,19 +52,23 @@ struct ComplexLogarithm {
     static constexpr Constant<T> inverse_ln10 = T(0x1.bcb7b1526e50ep-2);
     return log * in_memory(inverse_ln10);
   }
-  template <Grade grade>
-  static ORIN_INLINE ComplexS of(ComplexS z) {
-    return {modulus_log<grade, base>(z.re, z.im), in_base(PointAngle<float, grade>::fast(z.im, z.re))};
-  }
   template <Grade grade, class T>
-  static ORIN_INLINE Half first_half(ComplexD z) {
+  static ORIN_INLINE HalfOfLogarithm first_half(ComplexD z) {
     return {modulus_log<grade, base, T>(z.re, z.im), z};
   }
   template <Grade grade>
-  static ORIN_INLINE ComplexD second_half(const Half& half) {
+  static ORIN_INLINE ComplexD second_half(const HalfOfLogarithm& half) {
     const auto& [modulus, z] = half;
     const Angle<Vec2d> angle = PointAngle<double, grade>::medium_in_parts(z.im, z.re);
     return {modulus, with_sign_of(in_base(angle.high) + in_base(angle.low), z.im)};
+  }
+  template <Grade grade, class T>
+  static ORIN_INLINE ComplexS first_half(ComplexS z) {
+    return {modulus_log<grade, base, T>(z.re, z.im), in_base(PointAngle<T, grade>::fast(z.im, z.re))};
+  }
+  template <Grade grade>
+  static ORIN_INLINE ComplexS second_half(ComplexS value) {
+    return value;
   }
   template <Grade grade, class T>
   static Outcome<KorComplex16> special(KorComplex16 z) {

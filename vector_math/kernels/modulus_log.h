@@ -81,7 +81,7 @@ ORIN_INLINE simd::Vec2d modulus_log(simd::Vec2d x, simd::Vec2d y) {
 }
 
 // The same in floats, LA and EP.
-template <Grade grade, Base base = Base::e>
+template <Grade grade, Base base, class>
 ORIN_INLINE simd::Vec4f modulus_log(simd::Vec4f x, simd::Vec4f y) {
   using namespace simd;
   static constexpr struct { Constant<float> half = 0.5f, one = 1.0f; } constants{};
