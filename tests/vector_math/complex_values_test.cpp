@@ -371,7 +371,8 @@ TYPED_TEST(ComplexValues, TanhFarOut) {
 }
 
 // LA and EP of single precision change from floats to double and to special paths where arguments grow large, tiny or
-// come next to poles: all of the float range in both parts, beside HA.
+// come next to poles: all of the float range in both parts, beside HA. Powers of moderate numbers, on both sides of the
+// limits of their path in floats.
 TEST(ComplexGrades, FollowHighAccuracyOverAllFloats) {
   std::mt19937 random(7);
   const auto word = [&] { return static_cast<std::uint32_t>(random()); };
@@ -384,20 +385,29 @@ TEST(ComplexGrades, FollowHighAccuracyOverAllFloats) {
     const std::uint32_t moved = at + word() % 5 - (at < 2 ? at : 2);
     return std::bit_cast<float>(moved | (word() & 0x80000000u));
   };
+  const auto uniform = [&](float most) { return most * (static_cast<float>(word()) * 0x1p-31f - 1); };
   constexpr std::int32_t count = 4096;
-  std::vector<KorComplex8> z(count), r(count), exact(count);
+  std::vector<KorComplex8> z(count), w(count), r(count), exact(count);
   _korSetMode(KOR_HA | KOR_ERRMODE_IGNORE | KOR_FTZDAZ_OFF);
   for (const auto& function : complex_functions<float>()) {
     bool listed = false;
-    for (const char* name : {"Ln", "Log10", "Atan", "Atanh", "Asin", "Acos", "Asinh", "Acosh"})
+    for (const char* name : {"Ln", "Log10", "Pow", "Powx", "Atan", "Atanh", "Asin", "Acos", "Asinh", "Acosh"})
       listed |= std::strcmp(function.function, name) == 0;
     if (!listed) continue;
     for (int round = 0; round < 64; ++round) {
-      for (KorComplex8& each : z) each = {part(), part()};
-      function.call(static_cast<int>(Grade::ha), count, z.data(), nullptr, exact.data());
+      for (std::size_t i = 0; i < z.size(); ++i) {
+        if (!function.has_second()) {
+          z[i] = {part(), part()};
+          continue;
+        }
+        const float size = std::exp2(uniform(14));
+        z[i] = {size * uniform(1), size * uniform(1)};
+        w[i] = {uniform(40), uniform(40)};
+      }
+      function.call(static_cast<int>(Grade::ha), count, z.data(), w.data(), exact.data());
       for (Grade grade : {Grade::la, Grade::ep}) {
         SCOPED_TRACE(function.label() + " " + grade_names[static_cast<int>(grade)]);
-        function.call(static_cast<int>(grade), count, z.data(), nullptr, r.data());
+        function.call(static_cast<int>(grade), count, z.data(), w.data(), r.data());
         for (std::size_t i = 0; i < z.size(); ++i) {
           const double modulus = std::hypot(static_cast<double>(exact[i].re), static_cast<double>(exact[i].im));
           const double spacing = std::fmax(std::ldexp(1.0, std::ilogb(modulus) - 23), 0x1p-149);
@@ -408,8 +418,8 @@ TEST(ComplexGrades, FollowHighAccuracyOverAllFloats) {
             return !std::isfinite(modulus) || std::fabs(static_cast<double>(got) - wanted) <= tolerance;
           };
           ASSERT_TRUE(follows(r[i].re, exact[i].re) && follows(r[i].im, exact[i].im))
-              << std::hexfloat << z[i].re << ' ' << z[i].im << " -> " << r[i].re << ' ' << r[i].im << ", not "
-              << exact[i].re << ' ' << exact[i].im;
+              << std::hexfloat << z[i].re << ' ' << z[i].im << ", " << w[i].re << ' ' << w[i].im << " -> " << r[i].re
+              << ' ' << r[i].im << ", not " << exact[i].re << ' ' << exact[i].im;
         }
       }
     }

@@ -15,6 +15,17 @@ namespace orin::vector_math {
 
 using ComplexS = simd::Complex<simd::Vec4f>;
 
+ORIN_INLINE simd::Two<ComplexD> widened(ComplexS z) {
+  const simd::TwoVec2d re = widen(z.re), im = widen(z.im);
+  return {{re.low, im.low}, {re.high, im.high}};
+}
+ORIN_INLINE ComplexS narrowed(const simd::Two<ComplexD>& z) {
+  return {simd::narrow({z.first.re, z.second.re}), simd::narrow({z.first.im, z.second.im})};
+}
+ORIN_INLINE ComplexS select(simd::Vec4f mask, ComplexS a, ComplexS b) {
+  return {simd::select(mask, a.re, b.re), simd::select(mask, a.im, b.im)};
+}
+
 template <class F, Grade grade>
 struct ComplexInFloats : simd::OneToOne<KorComplex8> {
   using InDouble = ComplexInHalves<F, float, Grade::ep>;
@@ -33,13 +44,11 @@ struct ComplexInFloats : simd::OneToOne<KorComplex8> {
   static ORIN_INLINE Half first_half(ComplexS z) { return F::template first_half<grade, float>(z); }
   static ORIN_INLINE ComplexS second_half(const Half& half) { return F::template second_half<grade>(half); }
   static ORIN_INLINE ComplexS wide(ComplexS z) {
-    using simd::Vec4f;
-    const Vec4f beyond = from_bits(beyond_fast({bits(z.re), bits(z.im)}));
-    const ComplexS near = fast({select(beyond, Vec4f(ordinary.re), z.re), select(beyond, Vec4f(ordinary.im), z.im)});
-    const simd::TwoVec2d re = widen(z.re), im = widen(z.im);
-    const ComplexD low = InDouble::fast({re.low, im.low}), high = InDouble::fast({re.high, im.high});
-    return {select(beyond, simd::narrow({low.re, high.re}), near.re),
-            select(beyond, simd::narrow({low.im, high.im}), near.im)};
+    const simd::Vec4f beyond = from_bits(beyond_fast({bits(z.re), bits(z.im)}));
+    const auto [low, high] = widened(z);
+    const ComplexS far = narrowed({InDouble::fast(low), InDouble::fast(high)});
+    if (lane_bits(beyond) == 15) return far;
+    return select(beyond, far, fast(select(beyond, {ordinary.re, ordinary.im}, z)));
   }
   static simd::Outcome<KorComplex8> special(KorComplex8 z) { return InDouble::special(z); }
 };
