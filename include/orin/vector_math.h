@@ -301,7 +301,7 @@ ORIN_KOR_COMPLEX_UNARY(Conj)
 /* Angle of a, from -pi to pi, real; nothing is reported. HA within 2.1 ulp, single 0.56; signed zeros as in atan2. */
 ORIN_KOR_COMPLEX_TO_REAL(Arg)
 /* Principal logarithms, the cut on the negative real axis. Status 2 at 0. HA within 2.1 ulp of the modulus, Log10 2.8;
- * the real part stays accurate next to the unit circle. */
+ * its real part stays accurate next to the unit circle. */
 ORIN_KOR_COMPLEX_UNARY(Ln)
 ORIN_KOR_COMPLEX_UNARY(Log10)
 /* a^b = e^(b Ln a); Powx with one b for all. a^0 = 1. Status 1 where a part of the result has no limit, 2 where 0 is

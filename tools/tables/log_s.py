@@ -46,6 +46,7 @@ polynomial("ha", 3, 8, -third, third, "|f| <= 1/3")
 root = mp.sqrt(mpf(1) / 2)
 polynomial("la", 2, 7, root - 1, 2 * root - 1, "sqrt 1/2 <= 1 + f <= sqrt 2")
 polynomial("ep", 1, 3, root - 1, 2 * root - 1, "sqrt 1/2 <= 1 + f <= sqrt 2")
+polynomial("part", 1, 4, root - 1, 2 * root - 1, "sqrt 1/2 <= 1 + f <= sqrt 2")
 
 for base, value in (("", mp.log(2)), ("10", mp.log10(2))):
     high = to_bits(value, 14)

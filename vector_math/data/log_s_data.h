@@ -49,6 +49,20 @@ inline constexpr float ep10_1 = -0x1.be89060000000p-3f;
 inline constexpr float ep10_2 = 0x1.3b34c00000000p-3f;
 inline constexpr float ep10_3 = -0x1.94293e0000000p-4f;
 
+// log(1 + f) = f^1 (part_0 + part_1 f + ..), sqrt 1/2 <= 1 + f <= sqrt 2, relative error below 2^-14.2.
+inline constexpr float part_0 = 0x1.fffb920000000p-1f;
+inline constexpr float part_1 = -0x1.ff700a0000000p-2f;
+inline constexpr float part_2 = 0x1.58761a0000000p-2f;
+inline constexpr float part_3 = -0x1.1572d00000000p-2f;
+inline constexpr float part_4 = 0x1.69a5ba0000000p-3f;
+
+// The same over ln 10.
+inline constexpr float part10_0 = 0x1.bcb3d80000000p-2f;
+inline constexpr float part10_1 = -0x1.bc3aa60000000p-3f;
+inline constexpr float part10_2 = 0x1.2b32000000000p-3f;
+inline constexpr float part10_3 = -0x1.e1fa360000000p-4f;
+inline constexpr float part10_4 = 0x1.3a1f780000000p-4f;
+
 // log 2, nearest, and in two parts, the first of 14 bits: its products with k are exact.
 inline constexpr float two = 0x1.62e4300000000p-1f;
 inline constexpr float two_high = 0x1.62e8000000000p-1f;

@@ -7,7 +7,9 @@
 //           v = log(1 + w + w^2/(1 + a)), w = sinh v, a = cosh v;  u = atan2(x, a cos u), pi/2 - u = atan2(a cos u, x)
 //           a = sqrt((S + 2 + H)/2). No difference cancels but S, and that only where y outweighs it. HA: the root's error
 //           by root^2 - quotient^2 = |S|
-//           asinh z = -i asin(iz), acosh z = +-i acos z; single precision in double by the EP grade
+//           asinh z = -i asin(iz), acosh z = +-i acos z
+//           single precision: LA and EP in floats, S = (x - 1)(x + 1) + y^2; HA, parts from 2^31 and 1 + iy, y < 2^-60,
+//           in double by the EP grade
 // Bounds    in ulp of the modulus: HA 3.8, LA 8; EP 2^-26, 2^-11
 // Budget    HA  in units of rounding: w or cos u 1, a cos u 1, the angle's quotient, arc and sum 1/2 each; logarithm as in
 //           LA 2 1/2
@@ -16,7 +18,7 @@
 // Source    T. E. Hull, T. F. Fairgrieve, P. T. P. Tang, Implementing the complex arcsine and arccosine functions using
 //           exception handling, ACM TOMS 23 (1997), 299-335, for where the difficulties are
 #include "vector_math/kernels.h"
-#include "vector_math/kernels/complex_in_double.h"
+#include "vector_math/kernels/complex_in_floats.h"
 #include "vector_math/kernels/modulus_log.h"
 #include "vector_math/kernels/point_angle.h"
 #include "vector_math/kernels/root_seeds.h"
@@ -26,16 +28,29 @@ namespace {
 
 using namespace simd;
 
-constexpr struct { Constant<double> zero = 0.0, one = 1.0, two = 2.0, half = 0.5, minus_zero = -0.0; } constants{};
+template <class T>
+struct Constants {
+  Constant<T> zero = 0, one = 1, two = 2, half = T(0.5), minus_zero = -T(0);
+};
+template <class V>
+constexpr Constants<typename V::Element> constants{};
 
 // e^v - 1, and the side of the triangle with the angle u beside x.
+template <class V>
 struct Quadrant {
-  Vec2d growth, other;
+  V growth, other;
 };
+// From a, w, cos u.
+template <class V>
+ORIN_INLINE Quadrant<V> quadrant_of(V a, V w, V cosine) {
+  const auto& c = in_memory(constants<V>);
+  const V bend = w * w * (c.one / (c.one + a));  // cosh v - 1
+  return {w + bend, cosine + cosine * bend};
+}
 
 template <Grade grade, class T>
-ORIN_INLINE Quadrant in_quadrant(Vec2d x, Vec2d y) {
-  const auto& c = in_memory(constants);
+ORIN_INLINE Quadrant<Vec2d> in_quadrant(Vec2d x, Vec2d y) {
+  const auto& c = in_memory(constants<Vec2d>);
   // Of floats the squares are exact.
   const DoubleDouble square = sizeof(T) == 4 ? DoubleDouble{x * x, y * y} : modulus_squared(x, y);
   const Vec2d excess = square.high - c.one;
@@ -58,35 +73,41 @@ ORIN_INLINE Quadrant in_quadrant(Vec2d x, Vec2d y) {
     w = w - w * error;
     cosine = cosine + cosine * error;
   }
-  const Vec2d bend = w * w * (c.one / (c.one + a));  // cosh v - 1
-  return {w + bend, cosine + cosine * bend};
+  return quadrant_of(a, w, cosine);
 }
+// The same in floats, with S/2 and H/2.
+template <Grade, class>
+ORIN_INLINE Quadrant<Vec4f> in_quadrant(Vec4f x, Vec4f y) {
+  const auto& c = in_memory(constants<Vec4f>);
+  const Vec4f y2 = y * y;
+  const Vec4f s = ((x - c.one) * (x + c.one) + y2) * c.half;
+  const Vec4f h = sqrt(s * s + y2);
+  const Vec4f root = sqrt(abs(s) + h);
+  const Vec4f a = sqrt((s + c.one) + h);
+  const Vec4f quotient = y / root;
+  const Vec4f outside = s >= c.zero;
+  return quadrant_of(a, select(outside, root, quotient), select(outside, quotient, root));
+}
+
 template <Grade grade>
 ORIN_INLINE Vec2d logarithm_of_growth(Vec2d growth) {
   const OnePlus<Vec2d> u = one_plus(growth);
   return logarithm < grade == Grade::ha ? Grade::la : grade > (u.sum, u.rest);
 }
-
-// By the high words of the larger part, of the part that has the branch points, and of the other. Next to a branch point
-// the squares of the other part may underflow.
-template <class T>
-ORIN_INLINE Vec4i special_lanes_of(Vec4i larger, Vec4i branching, Vec4i other) {
-  static constexpr struct {
-    Constant<std::int32_t> largest = sizeof(T) == 8 ? 0x4f8fffff : 0x47efffff;  // 2^250
-    Constant<std::int32_t> one = 0x3ff00000;                                    // to 1 + 2^-20
-    Constant<std::int32_t> little = sizeof(T) == 8 ? 0x26f00000 : 1;            // 2^-400; 0
-  } words{};
-  const auto& c = in_memory(words);
-  return (larger > c.largest) | ((magnitude(branching) == c.one) & (magnitude(other) < c.little));
+template <Grade grade>
+ORIN_INLINE Vec4f logarithm_of_growth(Vec4f growth) {
+  return fraction_of_logarithm_of_one_plus<grade, 1>(growth);
 }
-// sqrt(2 (1 - z)) for such a z: the distance from there of both parts.
+
+// sqrt(2 (1 - z)) for z = 1 + iy so near that y^2 underflows: the distance from there of both parts.
 inline double from_branch_point(double y) { return first_lane(sqrt(Vec2d(y))); }
 inline bool is_branch_point(double x, double y) { return x == 1 && y < 0x1p-400; }
 
 // What the second half needs of the first.
-struct Half {
-  Quadrant at;
-  ComplexD z;
+template <class V>
+struct HalfOfArcSine {
+  Quadrant<V> at;
+  Complex<V> z;
 };
 
 // asin z, and turned asinh z: with the parts of argument and result exchanged.
@@ -100,11 +121,11 @@ struct ArcSine {
     if constexpr (turned) return {z.im, z.re};
     return z;
   }
-  template <Grade grade>
-  static ORIN_INLINE ComplexD second_half(const Half& half) {
-    const ComplexD z = turn(half.z);
-    const Vec2d angle = PointAngle<double, grade>::medium_in_quadrant(abs(z.re), half.at.other);
-    return turn(ComplexD{with_sign_of(angle, z.re), with_sign_of(logarithm_of_growth<grade>(half.at.growth), z.im)});
+  template <Grade grade, class V>
+  static ORIN_INLINE Complex<V> second_half(const HalfOfArcSine<V>& half) {
+    const Complex<V> z = turn(half.z);
+    const V angle = PointAngle<typename V::Element, grade>::medium_in_quadrant(abs(z.re), half.at.other);
+    return turn(Complex<V>{with_sign_of(angle, z.re), with_sign_of(logarithm_of_growth<grade>(half.at.growth), z.im)});
   }
   template <Grade grade>
   static ORIN_INLINE KorComplex16 special(KorComplex16 given) {
@@ -131,12 +152,11 @@ struct ArcCosine {
   static constexpr bool turned = false;
   static constexpr const char* name_c = hyperbolic ? "vcAcosh" : "vcAcos";
   static constexpr const char* name_z = hyperbolic ? "vzAcosh" : "vzAcos";
-  template <Grade grade>
-  static ORIN_INLINE ComplexD second_half(const Half& half) {
-    const auto& c = in_memory(constants);
-    const Angle<Vec2d> parts = PointAngle<double, grade>::medium_in_parts(half.at.other, half.z.re);
-    const Vec2d angle = parts.high + parts.low;
-    const Vec2d v = logarithm_of_growth<grade>(half.at.growth);
+  template <Grade grade, class V>
+  static ORIN_INLINE Complex<V> second_half(const HalfOfArcSine<V>& half) {
+    const auto& c = in_memory(constants<V>);
+    const V angle = PointAngle<typename V::Element, grade>::in_half_plane(half.at.other, half.z.re);
+    const V v = logarithm_of_growth<grade>(half.at.growth);
     if constexpr (hyperbolic) return {v, with_sign_of(angle, half.z.im)};
     return {angle, with_sign_of(v, half.z.im ^ c.minus_zero)};
   }
@@ -166,16 +186,34 @@ struct ArcCosine {
 template <class F>
 struct InverseSine : F {
   static constexpr double ordinary = 0.5;
-  using Half = ::orin::vector_math::Half;
+  template <class V>
+  using Half = HalfOfArcSine<V>;
 
+  template <class Z>
+  static ORIN_INLINE Z branching(Z z) {
+    if constexpr (F::turned) return {z.im, z.re};
+    return z;
+  }
   template <class T>
   static ORIN_INLINE Vec4i special_lanes(Vec4i larger, Complex<Vec4i> z) {
-    return F::turned ? special_lanes_of<T>(larger, z.im, z.re) : special_lanes_of<T>(larger, z.re, z.im);
+    // Next to a branch point the squares of the other part may underflow.
+    constexpr std::int32_t to_one = 0x3ff00000;  // to 1 + 2^-20
+    if constexpr (sizeof(T) == 8)
+      return outside_or_polar<0x4f8fffff, to_one, 0x26f00000>(larger, branching(z));  // 2^250; 2^-400
+    else
+      return outside_or_polar<0x47efffff, to_one, 1>(larger, branching(z));  // finite; 0
   }
-  template <Grade grade, class T>
-  static ORIN_INLINE Half first_half(ComplexD z) {
-    const Vec2d re = abs(z.re), im = abs(z.im);
-    return {F::turned ? in_quadrant<grade, T>(im, re) : in_quadrant<grade, T>(re, im), z};
+  static ORIN_INLINE Vec4i special_floats(Vec4i larger, Complex<Vec4i> z) {
+    // Subnormal numbers may count as 0.
+    return outside_or_polar<0x7f7fffff, 0x3f800000, 0x00800000>(larger, branching(z));
+  }
+  static ORIN_INLINE Vec4i beyond_floats(Vec4i larger, Complex<Vec4i> z) {
+    return outside_or_polar<0x4effffff, 0x3f800000, 0x21800000>(larger, branching(z));  // 2^31; 2^-60
+  }
+  template <Grade grade, class T, class V>
+  static ORIN_INLINE Half<V> first_half(Complex<V> z) {
+    const Complex<V> at = branching(Complex<V>{abs(z.re), abs(z.im)});
+    return {in_quadrant<grade, T>(at.re, at.im), z};
   }
   template <Grade grade, class T>
   static Outcome<KorComplex16> special(KorComplex16 z) {
@@ -188,9 +226,9 @@ struct InverseSine : F {
 
 }  // namespace
 
-ORIN_COMPLEX_IN_HALVES(asin, InverseSine<ArcSine<false>>)
-ORIN_COMPLEX_IN_HALVES(asinh, InverseSine<ArcSine<true>>)
-ORIN_COMPLEX_IN_HALVES(acos, InverseSine<ArcCosine<false>>)
-ORIN_COMPLEX_IN_HALVES(acosh, InverseSine<ArcCosine<true>>)
+ORIN_COMPLEX_IN_FLOATS(asin, InverseSine<ArcSine<false>>)
+ORIN_COMPLEX_IN_FLOATS(asinh, InverseSine<ArcSine<true>>)
+ORIN_COMPLEX_IN_FLOATS(acos, InverseSine<ArcCosine<false>>)
+ORIN_COMPLEX_IN_FLOATS(acosh, InverseSine<ArcCosine<true>>)
 
 }  // namespace orin::vector_math

@@ -3,15 +3,17 @@
 //
 // Method    in the first quadrant, z = x + iy, d = 1 - x: D = d^2 + y^2,
 //           re atanh z = log(1 + 4x/D)/4,  im atanh z = atan2(2y, 2d - d^2 - y^2)/2
-//           elsewhere by symmetry; atan z = -i atanh(iz); single precision in double by the EP grade
+//           elsewhere by symmetry; atan z = -i atanh(iz)
+//           single precision: LA and EP in floats, HA, parts from 2^60 and 1 + iy, y < 2^-60, in double by the EP grade
 // Bounds    in ulp of the modulus: HA 3.2, LA 8; EP 2^-26, 2^-11
 // Budget    HA  in units of rounding: d^2, D, 4x/D 1 each, logarithm as in LA 2 1/2; or 2d - d^2 - y^2 1 1/2, its angle 2
 // Special   C Annex G; +-1 (atan: +-i) -> infinite, status 2; |z| >= 2^250: x/|z|^2 + i pi/2
 // Source    W. Kahan, Branch cuts for complex elementary functions, in The State of the Art in Numerical
 //           Analysis (1987)
 #include "vector_math/kernels.h"
-#include "vector_math/kernels/complex_in_double.h"
+#include "vector_math/kernels/complex_in_floats.h"
 #include "vector_math/kernels/log_core_d.h"
+#include "vector_math/kernels/log_core_s.h"
 #include "vector_math/kernels/point_angle.h"
 
 namespace orin::vector_math {
@@ -19,29 +21,41 @@ namespace {
 
 using namespace simd;
 
-constexpr struct { Constant<double> zero = 0.0, one = 1.0, half = 0.5, quarter = 0.25, four = 4.0; } constants{};
-
-// Of x + iy, x, y >= 0: four times the real part of atanh, and the point that has twice the imaginary part as its angle.
-struct Half {
-  Vec2d log;
-  Vec2d re, im;
-  ComplexD z;
+template <class T>
+struct Constants {
+  Constant<T> one = 1, half = T(0.5), quarter = T(0.25), four = 4;
 };
-template <Grade grade>
-ORIN_INLINE Half first_half_in_quadrant(Vec2d x, Vec2d y, ComplexD z) {
-  const auto& c = in_memory(constants);
-  const Vec2d d = c.one - x;
-  const Vec2d d2 = d * d, y2 = y * y;
-  Vec2d rest = y2;
+template <class V>
+constexpr Constants<typename V::Element> constants{};
+
+// Of x + iy, x, y >= 0: the real part of atanh, and the point that has twice the imaginary part as its angle.
+template <class V>
+struct HalfOfArcTangent {
+  V re;
+  V point_re, point_im;
+  Complex<V> z;
+};
+template <Grade grade, class V>
+ORIN_INLINE HalfOfArcTangent<V> first_half_in_quadrant(V x, V y, Complex<V> z) {
+  const auto& c = in_memory(constants<V>);
+  const V d = c.one - x;
+  const V d2 = d * d, y2 = y * y;
+  V rest = y2;
   if constexpr (grade == Grade::ha) rest = rest + (d + d) * ((c.one - d) - x);  // with what d lost
-  const OnePlus<Vec2d> u = one_plus((x * c.four) / (d2 + rest));
-  return {logarithm < grade == Grade::ha ? Grade::la : grade > (u.sum, u.rest), ((d + d) - d2) - y2, y + y, z};
+  const V quotient = (x * c.four) / (d2 + rest);
+  const V point_re = ((d + d) - d2) - y2, point_im = y + y;
+  if constexpr (sizeof(typename V::Element) == 4) {
+    return {fraction_of_logarithm_of_one_plus<grade, 4>(quotient), point_re, point_im, z};
+  } else {
+    const OnePlus<V> u = one_plus(quotient);
+    const V log = logarithm < grade == Grade::ha ? Grade::la : grade > (u.sum, u.rest);
+    return {log * c.quarter, point_re, point_im, z};
+  }
 }
-template <Grade grade>
-ORIN_INLINE ComplexD second_half_in_quadrant(const Half& half) {
-  const auto& c = in_memory(constants);
-  const Angle<Vec2d> angle = PointAngle<double, grade>::medium_in_parts(half.im, half.re);
-  return {half.log * c.quarter, (angle.high + angle.low) * c.half};
+template <Grade grade, class V>
+ORIN_INLINE Complex<V> second_half_in_quadrant(const HalfOfArcTangent<V>& half) {
+  const V angle = PointAngle<typename V::Element, grade>::in_half_plane(half.point_im, half.point_re);
+  return {half.re, angle * in_memory(constants<V>).half};
 }
 
 // Arguments far from 0, next to 1 and not finite.
@@ -66,20 +80,8 @@ ORIN_INLINE Outcome<KorComplex16> special_in_quadrant(double x, double y) {
     const Vec2d log = y < 0x1p-1000 ? logarithm<grade, Base::e, 60>(Vec2d(y * 0x1p60)) : logarithm<grade>(Vec2d(y));
     return {{{(0x1.62e42fefa39efp-1 - first_lane(log)) / 2, quarter_turn / 2}}, KOR_STATUS_OK};
   }
-  const ComplexD value = second_half_in_quadrant<grade>(first_half_in_quadrant<grade>(x, y, {x, y}));
+  const ComplexD value = second_half_in_quadrant<grade>(first_half_in_quadrant<grade, Vec2d>(x, y, {x, y}));
   return {{{first_lane(value.re), first_lane(value.im)}}, KOR_STATUS_OK};
-}
-
-// By the high words of the larger part, of the part that has the poles, and of the other.
-template <class T>
-ORIN_INLINE Vec4i special_lanes_of(Vec4i larger, Vec4i polar, Vec4i other) {
-  static constexpr struct {
-    Constant<std::int32_t> largest = sizeof(T) == 8 ? 0x4f8fffff : 0x47efffff;  // 2^250
-    Constant<std::int32_t> one = 0x3ff00000;                                    // to 1 + 2^-20
-    Constant<std::int32_t> little = sizeof(T) == 8 ? 0x20b00000 : 1;            // 2^-500; 0 alone
-  } words{};
-  const auto& c = in_memory(words);
-  return (larger > c.largest) | ((magnitude(polar) == c.one) & (magnitude(other) < c.little));
 }
 
 // atanh z, and turned atan z: with the parts of argument and result exchanged.
@@ -88,7 +90,8 @@ struct ArcTangent {
   static constexpr const char* name_c = turned ? "vcAtan" : "vcAtanh";
   static constexpr const char* name_z = turned ? "vzAtan" : "vzAtanh";
   static constexpr double ordinary = 0;
-  using Half = ::orin::vector_math::Half;
+  template <class V>
+  using Half = HalfOfArcTangent<V>;
 
   template <class Z>
   static ORIN_INLINE Z turn(Z z) {
@@ -97,18 +100,28 @@ struct ArcTangent {
   }
   template <class T>
   static ORIN_INLINE Vec4i special_lanes(Vec4i larger, Complex<Vec4i> z) {
-    z = turn(z);
-    return special_lanes_of<T>(larger, z.re, z.im);
+    constexpr std::int32_t to_one = 0x3ff00000;  // to 1 + 2^-20
+    if constexpr (sizeof(T) == 8)
+      return outside_or_polar<0x4f8fffff, to_one, 0x20b00000>(larger, turn(z));  // 2^250; 2^-500
+    else
+      return outside_or_polar<0x47efffff, to_one, 1>(larger, turn(z));  // finite; 0
   }
-  template <Grade grade, class>
-  static ORIN_INLINE Half first_half(ComplexD z) {
+  static ORIN_INLINE Vec4i special_floats(Vec4i larger, Complex<Vec4i> z) {
+    // Subnormal numbers may count as 0.
+    return outside_or_polar<0x7f7fffff, 0x3f800000, 0x00800000>(larger, turn(z));
+  }
+  static ORIN_INLINE Vec4i beyond_floats(Vec4i larger, Complex<Vec4i> z) {
+    return outside_or_polar<0x5dffffff, 0x3f800000, 0x21800000>(larger, turn(z));  // 2^60; 2^-60
+  }
+  template <Grade grade, class, class V>
+  static ORIN_INLINE Half<V> first_half(Complex<V> z) {
     z = turn(z);
     return first_half_in_quadrant<grade>(abs(z.re), abs(z.im), z);
   }
-  template <Grade grade>
-  static ORIN_INLINE ComplexD second_half(const Half& half) {
-    const ComplexD value = second_half_in_quadrant<grade>(half);
-    return turn(ComplexD{with_sign_of(value.re, half.z.re), with_sign_of(value.im, half.z.im)});
+  template <Grade grade, class V>
+  static ORIN_INLINE Complex<V> second_half(const Half<V>& half) {
+    const Complex<V> value = second_half_in_quadrant<grade>(half);
+    return turn(Complex<V>{with_sign_of(value.re, half.z.re), with_sign_of(value.im, half.z.im)});
   }
   template <Grade grade, class>
   static Outcome<KorComplex16> special(KorComplex16 z) {
@@ -120,7 +133,7 @@ struct ArcTangent {
 
 }  // namespace
 
-ORIN_COMPLEX_IN_HALVES(atanh, ArcTangent<false>)
-ORIN_COMPLEX_IN_HALVES(atan, ArcTangent<true>)
+ORIN_COMPLEX_IN_FLOATS(atanh, ArcTangent<false>)
+ORIN_COMPLEX_IN_FLOATS(atan, ArcTangent<true>)
 
 }  // namespace orin::vector_math

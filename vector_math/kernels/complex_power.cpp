@@ -4,10 +4,12 @@
 // Method    z^w = e^(w log z), log z = L + i t, w log z = E + i F, the result e^E (cos F + i sin F)
 //           HA  L, t, E and F as pairs: L by log_core_d.h from |z|^2 as a pair; t by octant_angle.h, r with its rest;
 //               products as in pow_core_d.h; cos F and sin F from the table of sincos_core_d.h, rounded once
-//           EP  L, t in LA, the exponential and the sine to 2^-31; single precision in double by EP; LA is HA
+//           EP  L, t in LA, the exponential and the sine to 2^-31;  LA is HA
+//           single precision: HA in double by EP; EP in floats where |w| < 32 and |z| is within 2^+-12, |F| < 248
 // Bounds    in ulp of the modulus: HA 2 (single 1), EP 2^-26, 2^-11, while |w log z| < 1700; beyond, the error grows
 //           with |F|
 // Budget    HA  in 2^-53 of the modulus: exponent 1700 2^-63, e^E 1, each part of cos F + i sin F 1, products 1
+//           EP in floats: L, t 2^-21 of |log z|, times |w log z| < 263 2^-13; exponential 2^-13.6
 // Special   z^0 = 1; 0^w = 0 for Re w > 0, infinite with status 2 for w real and negative; arguments that are not
 //           finite, and other powers of 0, by C Annex G in e^(w log z): a part that has no limit is NaN, status 1;
 //           overflow of a part, status 3; a modulus below normal numbers, status 4
@@ -15,12 +17,14 @@
 #include <cfloat>
 
 #include "vector_math/kernels.h"
-#include "vector_math/kernels/complex_in_double.h"
+#include "vector_math/kernels/complex_in_floats.h"
+#include "vector_math/kernels/exp_core_s.h"
 #include "vector_math/kernels/modulus_log.h"
 #include "vector_math/kernels/octant_angle.h"
 #include "vector_math/kernels/point_angle.h"
 #include "vector_math/kernels/pow_core_d.h"
 #include "vector_math/kernels/sincos_core_d.h"
+#include "vector_math/kernels/sincos_core_s.h"
 
 namespace orin::vector_math {
 namespace {
@@ -285,9 +289,61 @@ struct Power {
   }
 };
 
-template <class T, Grade grade>
-struct PowerOfVectors : TwoToOne<ComplexOf<T>>, Power<T, grade> {
-  using Common = Power<T, grade>;
+// EP of single precision: the fast path in floats, elsewhere in double.
+struct PowerInFloats {
+  using Z = KorComplex8;
+  using InDouble = Power<float, Grade::ep>;
+  struct Half {
+    Vec4f modulus, angle;
+    ComplexS w;
+  };
+  static constexpr Z ordinary{1, 1};
+  static constexpr bool nan_is_special = true;
+  static constexpr int groups_per_step = 1;
+
+  static ORIN_INLINE Vec4i special_base(Complex<Vec4i> z) {
+    return outside<0x00800000, 0x7f7fffff>(larger_magnitude(z));  // normal numbers
+  }
+  static ORIN_INLINE Vec4i special_exponent(Complex<Vec4i> w) {
+    return outside<0x00800000, 0x5d7fffff>(larger_magnitude(w));  // below 2^60
+  }
+  static ORIN_INLINE Vec4i far_base(Complex<Vec4i> z) {
+    return outside<0x39800000, 0x457fffff>(larger_magnitude(z.re, z.im));  // 2^-12, 2^12
+  }
+  static ORIN_INLINE Vec4i far_exponent(Complex<Vec4i> w) {
+    return outside<0x00800000, 0x41ffffff>(larger_magnitude(w.re, w.im));  // below 32
+  }
+  static ORIN_INLINE Half first_half(ComplexS z, ComplexS w) {
+    return {modulus_log<Grade::la, Base::e, float>(z.re, z.im), PointAngle<float, Grade::la>::fast(z.im, z.re), w};
+  }
+  // A result that may be out of the range of normal numbers, or its angle out of that of the reduction: a NaN.
+  static ORIN_INLINE ComplexS second_half(const Half& half) {
+    static constexpr struct { Constant<float> size = 87.0f, angle = 248.0f; } limits{};
+    const auto& c = in_memory(limits);
+    const auto& [l, t, w] = half;
+    const Vec4f real = w.re * l - w.im * t, imaginary = w.re * t + w.im * l;
+    const Vec4f odd = (abs(real) >= c.size) | (abs(imaginary) >= c.angle);
+    const Vec4f size = exp_s::Power<Grade::ep>::of<0>(and_not(odd, real));
+    const auto [sine, cosine] =
+        sincos_s::sine_and_cosine<Grade::ep>(sincos_s::QuarterTurns<Grade::ep>::reduce(imaginary));
+    return {size * cosine | odd, size * sine};
+  }
+  static ORIN_INLINE ComplexS near_or_far(Vec4f far, ComplexS z, ComplexS w) {
+    const auto [z_low, z_high] = widened(z);
+    const auto [w_low, w_high] = widened(w);
+    const auto power = [](ComplexD a, ComplexD b) __attribute__((always_inline)) {
+      return InDouble::second_half(InDouble::first_half(a, b));
+    };
+    const ComplexS value = narrowed({power(z_low, w_low), power(z_high, w_high)});
+    if (lane_bits(far) == 15) return value;
+    const ComplexS one{ordinary.re, ordinary.im};
+    return select(far, value, second_half(first_half(select(far, one, z), select(far, one, w))));
+  }
+  static Outcome<Z> special_of(Z z, Z w) { return InDouble::special_of(z, w); }
+};
+
+template <class T, class Common>
+struct PowerOfVectors : TwoToOne<ComplexOf<T>>, Common {
   using Common::groups_per_step;
   using typename Common::Z;
   static constexpr const char* name = sizeof(T) == 8 ? "vzPow" : "vcPow";
@@ -295,17 +351,27 @@ struct PowerOfVectors : TwoToOne<ComplexOf<T>>, Power<T, grade> {
   static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> z, Complex<Vec4i> w) {
     return Common::special_base(z) | Common::special_exponent(w);
   }
-  static ORIN_INLINE ComplexD fast(ComplexD z, ComplexD w) { return Common::second_half(Common::first_half(z, w)); }
+  template <class V>
+  static ORIN_INLINE Complex<V> fast(Complex<V> z, Complex<V> w) {
+    return Common::second_half(Common::first_half(z, w));
+  }
   static Outcome<Z> special(Z z, Z w) { return Common::special_of(z, w); }
 };
+struct PowerOfVectorsInFloats : PowerOfVectors<float, PowerInFloats> {
+  static ORIN_INLINE Vec4i beyond_fast(Complex<Vec4i> z, Complex<Vec4i> w) { return far_base(z) | far_exponent(w); }
+  static ORIN_INLINE ComplexS wide(ComplexS z, ComplexS w) {
+    return near_or_far(from_bits(beyond_fast({bits(z.re), bits(z.im)}, {bits(w.re), bits(w.im)})), z, w);
+  }
+};
 
-template <class T, Grade grade>
-struct PowerOfScalar : OneToOne<ComplexOf<T>>, Power<T, grade> {
-  using Common = Power<T, grade>;
+template <class T, class Common>
+struct PowerOfScalar : OneToOne<ComplexOf<T>>, Common {
   using Common::groups_per_step;
   using typename Common::Z;
   static constexpr const char* name = sizeof(T) == 8 ? "vzPowx" : "vcPowx";
   static constexpr T least = sizeof(T) == 8 ? T(DBL_MIN) : T(FLT_MIN), limit = sizeof(T) == 8 ? T(0x1p60) : T(0x1p60f);
+
+  explicit PowerOfScalar(Z exponent) : w(exponent) {}
 
   Z w;
   // Where w is odd every lane is special; 1 + i then stands in.
@@ -314,25 +380,51 @@ struct PowerOfScalar : OneToOne<ComplexOf<T>>, Power<T, grade> {
   Z ordinary_w = is_ordinary ? w : Z{1, 1};
 
   ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> z) const { return Common::special_base(z) | (is_ordinary ? 0 : -1); }
-  ORIN_INLINE typename Common::Half first_half(ComplexD z) const {
-    return Common::first_half(z, ComplexD{Vec2d(ordinary_w.re), Vec2d(ordinary_w.im)});
+  template <class V>
+  ORIN_INLINE typename Common::Half first_half(Complex<V> z) const {
+    return Common::first_half(z, Complex<V>{V(ordinary_w.re), V(ordinary_w.im)});
   }
-  ORIN_INLINE ComplexD fast(ComplexD z) const { return Common::second_half(first_half(z)); }
+  template <class V>
+  ORIN_INLINE Complex<V> fast(Complex<V> z) const {
+    return Common::second_half(first_half(z));
+  }
   Outcome<Z> special(Z z) const { return Common::special_of(z, w); }
+};
+struct PowerOfScalarInFloats : PowerOfScalar<float, PowerInFloats> {
+  using PowerOfScalar::PowerOfScalar;
+  ORIN_INLINE Vec4i beyond_fast(Complex<Vec4i> z) const {
+    const Vec4i word_re = bits(Vec4f(w.re)), word_im = bits(Vec4f(w.im));
+    return far_base(z) | far_exponent({word_re, word_im});
+  }
+  ORIN_INLINE ComplexS wide(ComplexS z) const {
+    const ComplexS exponent{ordinary_w.re, ordinary_w.im};
+    return near_or_far(from_bits(beyond_fast({bits(z.re), bits(z.im)})), z, exponent);
+  }
+};
+
+template <class T, Grade grade>
+struct InDouble {
+  using Vectors = PowerOfVectors<T, Power<T, grade>>;
+  using Scalar = PowerOfScalar<T, Power<T, grade>>;
+};
+struct InFloats {
+  using Vectors = PowerOfVectorsInFloats;
+  using Scalar = PowerOfScalarInFloats;
 };
 
 }  // namespace
 
-#define ORIN_COMPLEX_POWER(suffix, T, Z, grade)                               \
+#define ORIN_COMPLEX_POWER(suffix, Z, ...)                                    \
   void ORIN_CALL pow_##suffix(std::int32_t n, const Z* a, const Z* b, Z* r) { \
-    elementwise<PowerOfVectors<T, grade>>({}, n, {a, b}, {r});                \
+    elementwise<__VA_ARGS__::Vectors>({}, n, {a, b}, {r});                    \
   }                                                                           \
   void ORIN_CALL powx_##suffix(std::int32_t n, const Z* a, Z b, Z* r) {       \
-    elementwise<PowerOfScalar<T, grade>>({{}, {}, b}, n, {a}, {r});           \
+    elementwise(__VA_ARGS__::Scalar(b), n, {a}, {r});                         \
   }
-ORIN_COMPLEX_POWER(c, float, KorComplex8, Grade::ep)
-ORIN_COMPLEX_POWER(z_ha, double, KorComplex16, Grade::ha)
-ORIN_COMPLEX_POWER(z_ep, double, KorComplex16, Grade::ep)
+ORIN_COMPLEX_POWER(c_ha, KorComplex8, InDouble<float, Grade::ep>)
+ORIN_COMPLEX_POWER(c_ep, KorComplex8, InFloats)
+ORIN_COMPLEX_POWER(z_ha, KorComplex16, InDouble<double, Grade::ha>)
+ORIN_COMPLEX_POWER(z_ep, KorComplex16, InDouble<double, Grade::ep>)
 #undef ORIN_COMPLEX_POWER
 
 }  // namespace orin::vector_math

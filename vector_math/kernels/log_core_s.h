@@ -5,11 +5,12 @@
 //               the first sum as a pair
 //           LA  x = 2^k (1 + f), sqrt 1/2 <= 1 + f <= sqrt 2;  log x = k log 2 + (f + f^2 p(f))
 //           EP  the same range;  log x = k log 2 + f p(f)
-//               of 1 + v  f = v 2^-k + (2^-k - 1)
+//               of 1 + v  f = v 2^-k + (2^-k - 1);  of a fraction of the logarithm  the constants divided
 //           The square f^2/2 is exact for the leading bits of f and joins the pair; base 10 has that pair times 1/ln 10
 // Arguments positive and normal; a pair x + rest where named so. `scaled`: x stands for x 2^-scaled.
 // Budget    HA  in ulp: low parts 1/16, polynomial 1/16, last rounding 1/2
 //           LA  in 2^-24: polynomial 1.1, its product 1/2, products and sums 2.5;   EP polynomial 2^-11.4
+//           Fractions, whose EP is bounded in ulp: polynomial 2^-14.2
 // Data      data/log_s_data.h from tools/tables/log_s.py
 #ifndef ORIN_VECTOR_MATH_KERNELS_LOG_CORE_S_H
 #define ORIN_VECTOR_MATH_KERNELS_LOG_CORE_S_H
@@ -48,6 +49,9 @@ struct LowAccuracy : Reduction {
 struct Enhanced : Reduction {
   Constant<float> two, p0, p1, p2, p3;
 };
+struct EnhancedPart : Reduction {  // EP of a fraction, as complex logarithms have it for a part
+  Constant<float> two, p0, p1, p2, p3, p4;
+};
 
 template <Base base>
 struct Constants;
@@ -59,6 +63,8 @@ struct Constants<Base::e> {
   static constexpr LowAccuracy la{{bits_of_root_half}, data::two,  1.0f,       data::la_0, data::la_1, data::la_2,
                                   data::la_3,          data::la_4, data::la_5, data::la_6, data::la_7};
   static constexpr Enhanced ep{{bits_of_root_half}, data::two, data::ep_0, data::ep_1, data::ep_2, data::ep_3};
+  static constexpr EnhancedPart part{{bits_of_root_half}, data::two,    data::part_0, data::part_1,
+                                     data::part_2,        data::part_3, data::part_4};
 };
 template <>
 struct Constants<Base::ten> {
@@ -82,7 +88,22 @@ struct Constants<Base::ten> {
                                   data::la10_5,        data::la10_6, data::la10_7};
   static constexpr Enhanced ep{{bits_of_root_half}, data::two10,  data::ep10_0,
                                data::ep10_1,        data::ep10_2, data::ep10_3};
+  static constexpr EnhancedPart part{{bits_of_root_half}, data::two10,    data::part10_0, data::part10_1,
+                                     data::part10_2,      data::part10_3, data::part10_4};
 };
+
+// The constants of a fraction of the logarithm.
+template <class Record>
+constexpr Record divided(Record c, float by) {
+  const auto divide = [by](auto&... each) { ((each = each.lane[0] / by), ...); };
+  divide(c.two, c.p0, c.p1, c.p2, c.p3, c.p4);
+  if constexpr (requires { c.inverse; }) divide(c.inverse, c.p5, c.p6, c.p7);
+  return c;
+}
+template <Grade grade, Base base, int by>
+inline constexpr auto fraction = divided(Constants<base>::part, by);
+template <Base base, int by>
+inline constexpr auto fraction<Grade::la, base, by> = divided(Constants<base>::la, by);
 
 // x + rest = 2^k (1 + f + low), low within half a spacing of f.
 struct Reduced {
@@ -102,17 +123,19 @@ ORIN_INLINE Reduced reduce(const Reduction& c, Vec4f x, Vec4f rest) {
   return reduced;
 }
 
-// log(2^k (1 + f)) in LA and EP.
-template <Grade grade, Base base>
+// log(2^k (1 + f)) in LA and EP; with a factor other than 1 among the constants where it has one.
+template <Grade grade, bool has_factor>
 ORIN_INLINE Vec4f short_form(const auto& c, Vec4f k, Vec4f f) {
   const Vec4f f2 = f * f;
   if constexpr (grade == Grade::la) {
     const Vec4f p =
         ((c.p0 + f * c.p1) + f2 * (c.p2 + f * c.p3)) + (f2 * f2) * ((c.p4 + f * c.p5) + f2 * (c.p6 + f * c.p7));
-    const Vec4f first = base == Base::ten ? f * c.inverse : f;
+    const Vec4f first = has_factor ? f * c.inverse : f;
     return k * c.two + (first + f2 * p);
   } else {
-    return k * c.two + f * ((c.p0 + f * c.p1) + f2 * (c.p2 + f * c.p3));
+    Vec4f last = c.p2 + f * c.p3;
+    if constexpr (requires { c.p4; }) last = last + f2 * c.p4;
+    return k * c.two + f * ((c.p0 + f * c.p1) + f2 * last);
   }
 }
 template <Grade grade, Base base>
@@ -149,7 +172,7 @@ ORIN_INLINE Vec4f evaluate(Vec4f x, Vec4f rest) {
   } else {
     const auto& c = constants_of<grade, base>();
     const auto [k, f, rest_low] = reduce<has_rest, scaled>(c, x, rest);
-    return short_form<grade, base>(c, k, f);
+    return short_form<grade, base == Base::ten>(c, k, f);
   }
 }
 
@@ -175,13 +198,38 @@ ORIN_INLINE Vec4f logarithm_of_one_plus(Vec4f v) {
     const auto& c = constants_of<grade, Base::e>();
     const Vec4i distance = bits(c.one + v) - c.least;
     const Vec4f scale = from_bits(c.bits_of_one - (distance & c.exponent));
-    return short_form<grade, Base::e>(c, to_float(shift_right_signed<23>(distance)), v * scale + (scale - c.one));
+    return short_form<grade, false>(c, to_float(shift_right_signed<23>(distance)), v * scale + (scale - c.one));
   }
+}
+
+// log(one + v)/by, the sum within 2^-125 .. 2^126; `where` clears the lanes of a number that have 0 as one.
+template <Grade grade, Base base, int by>
+ORIN_INLINE Vec4f fraction_of_logarithm(Vec4f v, auto where) {
+  const auto& c = in_memory(fraction<grade, base, by>);
+  const Vec4i distance = bits(where(c.one) + v) - c.least;
+  const Vec4f scale = from_bits(c.bits_of_one - (distance & c.exponent));
+  const Vec4f f = v * scale + (where(scale) - c.one);
+  constexpr bool has_factor = by != 1 || base == Base::ten;
+  return short_form<grade, has_factor>(c, to_float(shift_right_signed<23>(distance)), f);
+}
+// log(mask + v)/by, a set lane of the mask being 1.
+template <Grade grade, Base base, int by>
+ORIN_INLINE Vec4f fraction_of_logarithm(Vec4f mask, Vec4f v) {
+  return fraction_of_logarithm<grade, base, by>(
+      v, [&](Vec4f a) __attribute__((always_inline)) { return a & mask; });
+}
+// log(1 + v)/by.
+template <Grade grade, int by>
+ORIN_INLINE Vec4f fraction_of_logarithm_of_one_plus(Vec4f v) {
+  return fraction_of_logarithm<grade, Base::e, by>(
+      v, [](Vec4f a) __attribute__((always_inline)) { return a; });
 }
 
 }  // namespace orin::vector_math::log_s
 
 namespace orin::vector_math {
+using log_s::fraction_of_logarithm;
+using log_s::fraction_of_logarithm_of_one_plus;
 using log_s::logarithm;
 using log_s::logarithm_of_one_plus;
 }  // namespace orin::vector_math

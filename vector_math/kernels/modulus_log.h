@@ -1,16 +1,18 @@
-// modulus_log.h: log |x + iy| in double, shared by the complex functions that take one.
+// modulus_log.h: log |x + iy|, shared by the complex functions that take one.
 // SPDX-License-Identifier: MIT
 //
 // Method    M, m the larger and the smaller of |x|, |y|
 //           log |z| = log(s + rest)/2, s + rest = M'^2 + (2 M' (M - M') + ((M - M')^2 + m^2)), M' the first bits of M;
 //           HA the logarithm as LA, next to |z| = 1 s + rest to 2^-105
-// Arguments M within 2^-450 .. 2^400; far_modulus_log takes all others
+//           floats  s = c + ((M - c)(M + c) + m^2), c 1 for M >= 1/2, else 0: next to z = 1 as accurate as z - 1
+// Arguments M within 2^-450 .. 2^400, of floats 2^-62 .. 2^62; far_modulus_log takes all others
 #ifndef ORIN_VECTOR_MATH_KERNELS_MODULUS_LOG_H
 #define ORIN_VECTOR_MATH_KERNELS_MODULUS_LOG_H
 
 #include <cmath>
 
 #include "vector_math/kernels/log_core_d.h"
+#include "vector_math/kernels/log_core_s.h"
 
 namespace orin::vector_math {
 
@@ -76,6 +78,19 @@ ORIN_INLINE simd::Vec2d modulus_log(simd::Vec2d x, simd::Vec2d y) {
     }
   }
   return logarithm < grade == Grade::ha ? Grade::la : grade, base > (square.high, square.low) * c.half;
+}
+
+// The same in floats, LA and EP.
+template <Grade grade, Base base, class>
+ORIN_INLINE simd::Vec4f modulus_log(simd::Vec4f x, simd::Vec4f y) {
+  using namespace simd;
+  static constexpr struct { Constant<float> half = 0.5f, one = 1.0f; } constants{};
+  const auto& c = in_memory(constants);
+  const Vec4f a = abs(x), b = abs(y);
+  const Vec4f larger = max(a, b), smaller = min(a, b);
+  const Vec4f large = larger >= c.half;
+  const Vec4f near = large & c.one;
+  return fraction_of_logarithm<grade, base, 2>(large, (larger - near) * (larger + near) + smaller * smaller);
 }
 
 // log(2^doubled |z|) of any finite z but 0 that is far from 2^-doubled.

@@ -49,6 +49,16 @@ struct PointAngle {
     const Angle<V> angle = medium_in_parts(y, x);
     return with_sign_of(angle.high + angle.low, y);
   }
+  // Medium, for y not negative.
+  static ORIN_INLINE V in_half_plane(V y, V x) {
+    static constexpr simd::Constant<T> zero = 0;
+    if constexpr (sizeof(T) == 8) {
+      const Angle<V> parts = medium_in_parts(y, x);
+      return parts.high + parts.low;
+    }
+    const Angle<V> angle = atan_core::angle<grade>(y, abs(x));
+    return on_side(angle.high + angle.low, x < in_memory(zero));
+  }
   // For y and x not negative.
   static ORIN_INLINE V medium_in_quadrant(V y, V x) {
     Angle<V> angle;

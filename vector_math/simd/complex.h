@@ -147,6 +147,7 @@ struct Group<KorComplex8> {
     Together<KorComplex8>{together(low)}.store(to, count);
   }
   ORIN_INLINE Complex<Vec4i> words() const { return {bits(low.re), bits(low.im)}; }
+  ORIN_INLINE Vec4i nan_lanes() const { return bits(Vec4f(_mm_cmpunord_ps(low.re.raw, low.im.raw))); }
 };
 
 template <>

@@ -1,0 +1,68 @@
+// complex_in_floats.h: complex functions of one argument that LA and EP of single precision compute in floats.
+// SPDX-License-Identifier: MIT
+//
+// A function is a record F as complex_in_double.h has it, whose halves take registers of floats, too, and has also
+//   special_floats(m, z)    mask of the special arguments, from the larger parts' magnitudes m and all parts z as words
+//   beyond_floats(m, z)     mask of the arguments that the halves must not see in floats, special ones among them; of m
+//                           it has only the upper halves
+// What neither takes is computed in double, as in HA.
+#ifndef ORIN_VECTOR_MATH_KERNELS_COMPLEX_IN_FLOATS_H
+#define ORIN_VECTOR_MATH_KERNELS_COMPLEX_IN_FLOATS_H
+
+#include "vector_math/kernels/complex_in_double.h"
+
+namespace orin::vector_math {
+
+using ComplexS = simd::Complex<simd::Vec4f>;
+
+ORIN_INLINE simd::Two<ComplexD> widened(ComplexS z) {
+  const simd::TwoVec2d re = widen(z.re), im = widen(z.im);
+  return {{re.low, im.low}, {re.high, im.high}};
+}
+ORIN_INLINE ComplexS narrowed(const simd::Two<ComplexD>& z) {
+  return {simd::narrow({z.first.re, z.second.re}), simd::narrow({z.first.im, z.second.im})};
+}
+ORIN_INLINE ComplexS select(simd::Vec4f mask, ComplexS a, ComplexS b) {
+  return {simd::select(mask, a.re, b.re), simd::select(mask, a.im, b.im)};
+}
+
+template <class F, Grade grade>
+struct ComplexInFloats : simd::OneToOne<KorComplex8> {
+  using InDouble = ComplexInHalves<F, float, Grade::ep>;
+  using Half = typename F::template Half<simd::Vec4f>;
+  static constexpr const char* name = InDouble::name;
+  static constexpr KorComplex8 ordinary = InDouble::ordinary;
+  static constexpr int groups_per_step = 1;
+
+  static ORIN_INLINE simd::Vec4i special_lanes(simd::Complex<simd::Vec4i> z) {
+    return F::special_floats(larger_magnitude(z), z);
+  }
+  static ORIN_INLINE simd::Vec4i beyond_fast(simd::Complex<simd::Vec4i> z) {
+    return F::beyond_floats(larger_magnitude(z.re, z.im), z);
+  }
+  static ORIN_INLINE ComplexS fast(ComplexS z) { return second_half(first_half(z)); }
+  static ORIN_INLINE Half first_half(ComplexS z) { return F::template first_half<grade, float>(z); }
+  static ORIN_INLINE ComplexS second_half(const Half& half) { return F::template second_half<grade>(half); }
+  static ORIN_INLINE ComplexS wide(ComplexS z) {
+    const simd::Vec4f beyond = from_bits(beyond_fast({bits(z.re), bits(z.im)}));
+    const auto [low, high] = widened(z);
+    const ComplexS far = narrowed({InDouble::fast(low), InDouble::fast(high)});
+    if (lane_bits(beyond) == 15) return far;
+    return select(beyond, far, fast(select(beyond, {ordinary.re, ordinary.im}, z)));
+  }
+  static simd::Outcome<KorComplex8> special(KorComplex8 z) { return InDouble::special(z); }
+};
+
+// The kernels of a function, in all grades and both precisions.
+#define ORIN_COMPLEX_IN_FLOATS(name, F)                                              \
+  ORIN_COMPLEX_IN_HALVES(name, F)                                                    \
+  void ORIN_CALL name##_c_la(std::int32_t n, const KorComplex8* a, KorComplex8* r) { \
+    elementwise<ComplexInFloats<F, Grade::la>>({}, n, {a}, {r});                     \
+  }                                                                                  \
+  void ORIN_CALL name##_c_ep(std::int32_t n, const KorComplex8* a, KorComplex8* r) { \
+    elementwise<ComplexInFloats<F, Grade::ep>>({}, n, {a}, {r});                     \
+  }
+
+}  // namespace orin::vector_math
+
+#endif
