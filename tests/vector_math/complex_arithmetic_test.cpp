@@ -236,4 +236,50 @@ TEST(ComplexProducts, KeepTheirPartsHoweverSmall) {
   _korSetMode(KOR_MODE_DEFAULT);
 }
 
+// Quotients of single precision over all exponents, subnormal numbers among them: each part rounded once, overflow reported.
+TEST(ComplexQuotients, OfSinglePrecisionKeepTheirPartsOverTheWholeRange) {
+  std::mt19937_64 random(8);
+  std::vector<KorComplex8> a, b, together(40000);
+  const auto number = [&] {
+    const int exponent = static_cast<int>(random() % 277) - 149;
+    const auto part = [&](int below) {
+      const float mantissa = 1 + static_cast<float>(random() >> 41) * 0x1p-23f;
+      return std::ldexp(random() % 2 == 0 ? mantissa : -mantissa, exponent - below);
+    };
+    const bool swapped = random() % 2 == 0;
+    const float larger = part(0), smaller = part(static_cast<int>(random() % 30));
+    return swapped ? KorComplex8{smaller, larger} : KorComplex8{larger, smaller};
+  };
+  for (std::size_t i = 0; i < together.size(); ++i) {
+    a.push_back(number());
+    b.push_back(number());
+  }
+  _korSetMode(KOR_HA | KOR_ERRMODE_IGNORE | KOR_FTZDAZ_OFF);
+  _korcDiv(static_cast<int32_t>(a.size()), a.data(), b.data(), together.data());
+  int overflows = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    const long double x = a[i].re, y = a[i].im, u = b[i].re, v = b[i].im, square = u * u + v * v;
+    const long double exact[] = {(x * u + y * v) / square, (y * u - x * v) / square};
+    KorComplex8 alone;
+    _korClearErrStatus();
+    _korcDiv(1, &a[i], &b[i], &alone);
+    EXPECT_TRUE(bits_of(together[i].re) == bits_of(alone.re) && bits_of(together[i].im) == bits_of(alone.im)) << i;
+    bool overflow = false;
+    for (int k = 0; k < 2; ++k) {
+      const float got = k == 0 ? alone.re : alone.im, rounded = static_cast<float>(exact[k]);
+      overflow |= std::isinf(rounded);
+      if (std::isinf(rounded)) {
+        EXPECT_EQ(got, rounded) << i;
+      } else {
+        const int exponent = std::max(std::ilogb(std::max(std::fabs(rounded), 0x1p-126f)), -126);
+        EXPECT_LE(std::fabs(got - exact[k]), 0.51L * std::ldexp(1.0L, exponent - 23)) << i;
+      }
+    }
+    EXPECT_EQ(_korGetErrStatus(), overflow ? KOR_STATUS_OVERFLOW : KOR_STATUS_OK) << i;
+    overflows += overflow;
+  }
+  EXPECT_GT(overflows, 1000);
+  _korSetMode(KOR_MODE_DEFAULT);
+}
+
 }  // namespace

@@ -395,14 +395,18 @@ class Elementwise {
   }
 
   static ORIN_INLINE Vec4i special_lanes(const F& f, const In& x) {
+    const auto words = [](const auto& group) __attribute__((always_inline)) {
+      if constexpr (requires { requires F::tests_singles; })
+        return group.singles;
+      else
+        return group.words();
+    };
     if constexpr (!has_special)
       return 0;
     else if constexpr (F::inputs == 1)
-      return f.special_lanes(x[0].words());
-    else if constexpr (requires { requires F::tests_singles; })
-      return f.special_lanes(x[0].singles, x[1].singles);
+      return f.special_lanes(words(x[0]));
     else
-      return f.special_lanes(x[0].words(), x[1].words());
+      return f.special_lanes(words(x[0]), words(x[1]));
   }
 
   // The lanes that fast must not see.
