@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "tests/vector_math/reference_cases.h"
 #include "vector_math/complex_catalog.h"
 
@@ -180,6 +182,104 @@ TEST(ComplexProducts, KeepPartsThatCancel) {
     EXPECT_EQ(product.re, line.re);
     EXPECT_EQ(by_conjugate.re, line.re);
   }
+}
+
+// Real parts that cancel by every power of two down to nothing, beside factors with zeros: each within its bound, and
+// with the same bits in every company.
+TEST(ComplexProducts, KeepTheirPartsHoweverSmall) {
+  struct Function {
+    void(ORIN_CALL* call)(int32_t, const KorComplex16*, const KorComplex16*, KorComplex16*);
+    bool turned, divided;
+    double bound;
+  };
+  constexpr Function functions[] = {
+      {&_korzMul, false, false, 1.45}, {&_korzMulByConj, true, false, 1.45}, {&_korzDiv, true, true, 3.6}};
+  std::mt19937_64 random(7);
+  const auto part = [&] { return (1 + static_cast<double>(random() >> 11) * 0x1p-53) * (random() % 2 == 0 ? 1 : -1); };
+  std::vector<KorComplex16> a, b;
+  for (int k = 0; k < 2000; ++k) {
+    const KorComplex16 z{part(), part()};
+    const double near_one = 1 + std::ldexp(part(), -(k % 70));
+    // An exact product of short parts now and then, whose real part is 0.
+    const double y = k % 11 == 0 ? 3.5 : z.im * near_one;
+    const KorComplex16 w = k % 11 == 0 ? KorComplex16{y, 2} : KorComplex16{y, z.re};
+    a.push_back(k % 11 == 0 ? KorComplex16{4, 7} : k % 13 == 0 ? KorComplex16{z.re, 0} : z);
+    b.push_back(k % 17 == 0 ? KorComplex16{0, w.im} : w);
+  }
+  const auto exact = [](double p, double q, double r, double s) -> long double {  // p q + r s
+    const double first = p * q, second = r * s;
+    return (static_cast<long double>(first) + second) +
+           (static_cast<long double>(std::fma(p, q, -first)) + std::fma(r, s, -second));
+  };
+  const auto error = [](double got, long double truth) {
+    const double rounded = static_cast<double>(truth);
+    const double spacing = std::nextafter(std::fabs(rounded), HUGE_VAL) - std::fabs(rounded);
+    return static_cast<double>(std::fabs(got - truth)) / spacing;
+  };
+  _korSetMode(KOR_HA | KOR_ERRMODE_IGNORE | KOR_FTZDAZ_OFF);
+  for (const Function& function : functions) {
+    std::vector<KorComplex16> second = b, together(a.size());
+    if (function.turned)
+      for (KorComplex16& w : second) w.im = -w.im;
+    function.call(static_cast<int32_t>(a.size()), a.data(), second.data(), together.data());
+    for (std::size_t i = 0; i < a.size(); ++i) {
+      KorComplex16 alone;
+      function.call(1, &a[i], &second[i], &alone);
+      EXPECT_TRUE(bits_of(together[i].re) == bits_of(alone.re) && bits_of(together[i].im) == bits_of(alone.im)) << i;
+      const auto [x, y] = a[i];
+      const auto [u, v] = b[i];
+      const long double divisor = function.divided ? exact(u, u, v, v) : 1;
+      EXPECT_LE(error(alone.re, exact(x, u, -y, v) / divisor), function.bound) << i;
+      EXPECT_LE(error(alone.im, exact(y, u, x, v) / divisor), function.bound) << i;
+    }
+  }
+  _korSetMode(KOR_MODE_DEFAULT);
+}
+
+// Quotients of single precision over all exponents, subnormal numbers among them: each part rounded once, overflow reported.
+TEST(ComplexQuotients, OfSinglePrecisionKeepTheirPartsOverTheWholeRange) {
+  std::mt19937_64 random(8);
+  std::vector<KorComplex8> a, b, together(40000);
+  const auto number = [&] {
+    const int exponent = static_cast<int>(random() % 277) - 149;
+    const auto part = [&](int below) {
+      const float mantissa = 1 + static_cast<float>(random() >> 41) * 0x1p-23f;
+      return std::ldexp(random() % 2 == 0 ? mantissa : -mantissa, exponent - below);
+    };
+    const bool swapped = random() % 2 == 0;
+    const float larger = part(0), smaller = part(static_cast<int>(random() % 30));
+    return swapped ? KorComplex8{smaller, larger} : KorComplex8{larger, smaller};
+  };
+  for (std::size_t i = 0; i < together.size(); ++i) {
+    a.push_back(number());
+    b.push_back(number());
+  }
+  _korSetMode(KOR_HA | KOR_ERRMODE_IGNORE | KOR_FTZDAZ_OFF);
+  _korcDiv(static_cast<int32_t>(a.size()), a.data(), b.data(), together.data());
+  int overflows = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    const long double x = a[i].re, y = a[i].im, u = b[i].re, v = b[i].im, square = u * u + v * v;
+    const long double exact[] = {(x * u + y * v) / square, (y * u - x * v) / square};
+    KorComplex8 alone;
+    _korClearErrStatus();
+    _korcDiv(1, &a[i], &b[i], &alone);
+    EXPECT_TRUE(bits_of(together[i].re) == bits_of(alone.re) && bits_of(together[i].im) == bits_of(alone.im)) << i;
+    bool overflow = false;
+    for (int k = 0; k < 2; ++k) {
+      const float got = k == 0 ? alone.re : alone.im, rounded = static_cast<float>(exact[k]);
+      overflow |= std::isinf(rounded);
+      if (std::isinf(rounded)) {
+        EXPECT_EQ(got, rounded) << i;
+      } else {
+        const int exponent = std::max(std::ilogb(std::max(std::fabs(rounded), 0x1p-126f)), -126);
+        EXPECT_LE(std::fabs(got - exact[k]), 0.51L * std::ldexp(1.0L, exponent - 23)) << i;
+      }
+    }
+    EXPECT_EQ(_korGetErrStatus(), overflow ? KOR_STATUS_OVERFLOW : KOR_STATUS_OK) << i;
+    overflows += overflow;
+  }
+  EXPECT_GT(overflows, 1000);
+  _korSetMode(KOR_MODE_DEFAULT);
 }
 
 }  // namespace

@@ -93,16 +93,13 @@ struct ComplexMulInDouble : ComplexProduct<float, conjugate> {
   static constexpr int groups_per_step = 1;
 
   static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i>, Complex<Vec4i>) { return 0; }
-  static ORIN_INLINE Complex<Vec2d> fast(Complex<Vec2d> a, Complex<Vec2d> b) {
-    if constexpr (conjugate) return {a.re * b.re + a.im * b.im, a.im * b.re - a.re * b.im};
-    return plain_product(a, b);
-  }
+  static ORIN_INLINE Complex<Vec2d> fast(Complex<Vec2d> a, Complex<Vec2d> b) { return plain_product<conjugate>(a, b); }
   static Outcome<KorComplex8> special(KorComplex8 a, KorComplex8 b) {
     return {{product_of_specials<float>(a, conjugate ? KorComplex8{b.re, -b.im} : b)}, KOR_STATUS_OK};
   }
 };
 
-template <class T, bool conjugate, bool accurate>
+template <class T, bool conjugate>
 struct ComplexMul : ComplexProduct<T, conjugate> {
   using Z = ComplexOf<T>;
   using V = typename RegisterOf<T>::type;
@@ -114,26 +111,19 @@ struct ComplexMul : ComplexProduct<T, conjugate> {
     const auto& limit = in_memory(largest);
     return (magnitude(w.re) > limit) | (magnitude(w.im) > limit);
   }
-  static ORIN_INLINE Complex<V> fast(Complex<V> a, Complex<V> b) {
-    static constexpr Constant<T> minus_zero = -T(0);
-    if constexpr (conjugate) b.im = b.im ^ V(in_memory(minus_zero));
-    if constexpr (accurate)
-      return accurate_product(a, b);
-    else
-      return plain_product(a, b);
-  }
+  static ORIN_INLINE Complex<V> fast(Complex<V> a, Complex<V> b) { return plain_product<conjugate>(a, b); }
   // A result that is not finite.
   static Outcome<Z> special(Z a, Z b) {
-    if constexpr (conjugate) b.im = -b.im;
     for (const T part : {a.re, a.im, b.re, b.im})
-      if (!is_finite(part)) return {{product_of_specials<T>(a, b)}, KOR_STATUS_OK};
+      if (!is_finite(part)) return {{product_of_specials<T>(a, conjugate ? Z{b.re, -b.im} : b)}, KOR_STATUS_OK};
     // Products may overflow where their difference does not.
     if constexpr (!is_double<T>) {
-      const Complex<Vec2d> wide = plain_product<Vec2d>({double{a.re}, double{a.im}}, {double{b.re}, double{b.im}});
+      const Complex<Vec2d> wide =
+          plain_product<conjugate, Vec2d>({double{a.re}, double{a.im}}, {double{b.re}, double{b.im}});
       return {{{static_cast<T>(first_lane(wide.re)), static_cast<T>(first_lane(wide.im))}}, KOR_STATUS_OK};
     } else {
       const auto product = [](Z x, Z y) {
-        return first_element<Z>(accurate_product(Complex<V>{x.re, x.im}, Complex<V>{y.re, y.im}));
+        return first_element<Z>(accurate_product<conjugate>(Factors({x.re, x.im}), Factors({y.re, y.im})));
       };
       Z result = product(a, b);
       // The parts concerned are large: the scale loses nothing.
@@ -143,6 +133,17 @@ struct ComplexMul : ComplexProduct<T, conjugate> {
       if (!is_finite(result.im)) result.im = scaled.im * up * up;
       return {{result}, KOR_STATUS_OK};
     }
+  }
+};
+
+template <bool conjugate>
+struct ComplexMulByHalves : ComplexMul<double, conjugate> {
+  static ORIN_INLINE Vec4i doubtful_results(Complex<Vec4i> w) { return may_have_lost_parts(w); }
+  static ORIN_INLINE Complex<Vec2d> fast(Complex<Vec2d> a, Complex<Vec2d> b) {
+    return product_by_halves<conjugate>(Factors(a), Factors(b));
+  }
+  static ORIN_INLINE Complex<Vec2d> careful(Complex<Vec2d> a, Complex<Vec2d> b) {
+    return accurate_product<conjugate>(Factors(a), Factors(b));
   }
 };
 
@@ -179,14 +180,14 @@ ORIN_COMPLEX_BINARY(sub_c, KorComplex8, ComplexSub<float>)
 ORIN_COMPLEX_BINARY(sub_z, KorComplex16, ComplexSub<double>)
 ORIN_COMPLEX_UNARY(conj_c, KorComplex8, Conj<float>)
 ORIN_COMPLEX_UNARY(conj_z, KorComplex16, Conj<double>)
-ORIN_COMPLEX_BINARY(mul_c_la, KorComplex8, ComplexMul<float, false, false>)
+ORIN_COMPLEX_BINARY(mul_c_la, KorComplex8, ComplexMul<float, false>)
 ORIN_COMPLEX_BINARY(mul_c_ha, KorComplex8, ComplexMulInDouble<false>)
-ORIN_COMPLEX_BINARY(mul_z_la, KorComplex16, ComplexMul<double, false, false>)
-ORIN_COMPLEX_BINARY(mul_z_ha, KorComplex16, ComplexMul<double, false, true>)
-ORIN_COMPLEX_BINARY(mul_by_conj_c_la, KorComplex8, ComplexMul<float, true, false>)
+ORIN_COMPLEX_BINARY(mul_z_la, KorComplex16, ComplexMul<double, false>)
+ORIN_COMPLEX_BINARY(mul_z_ha, KorComplex16, ComplexMulByHalves<false>)
+ORIN_COMPLEX_BINARY(mul_by_conj_c_la, KorComplex8, ComplexMul<float, true>)
 ORIN_COMPLEX_BINARY(mul_by_conj_c_ha, KorComplex8, ComplexMulInDouble<true>)
-ORIN_COMPLEX_BINARY(mul_by_conj_z_la, KorComplex16, ComplexMul<double, true, false>)
-ORIN_COMPLEX_BINARY(mul_by_conj_z_ha, KorComplex16, ComplexMul<double, true, true>)
+ORIN_COMPLEX_BINARY(mul_by_conj_z_la, KorComplex16, ComplexMul<double, true>)
+ORIN_COMPLEX_BINARY(mul_by_conj_z_ha, KorComplex16, ComplexMulByHalves<true>)
 #undef ORIN_COMPLEX_UNARY
 #define ORIN_COMPLEX_ABS(name, T, F) \
   void ORIN_CALL name(std::int32_t n, const ComplexOf<T>* a, T* r) { elementwise<F>({}, n, {a}, {r}); }

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    a conj(b)/|b|^2. LA, EP the formula in their own precision; HA single in double; HA double the numerator by
-//           complex_products.h, |b|^2 with exact squares of leading halves. Where the larger part of a or b is beyond 2^+-400 (single
-//           LA, EP: 2^+-30) both are scaled by powers of two, one by one
+//           complex_products.h, |b|^2 with exact squares of leading halves. Where the larger part of a or b is beyond
+//           2^+-400 (single 2^+-62, LA and EP 2^+-30) both are scaled by powers of two, one by one
 // Bounds    each part HA 3.6 ulp double, 0.51 single; LA 6 ulp of the modulus; EP the same
 // Budget    HA double in units of rounding: numerator 2, |b|^2 and quotient 1 each
 // Special   C Annex G. b = 0: a finite and not 0 -> infinite, status 2; a = 0 -> NaN, status 1; a infinite -> infinite.
@@ -22,18 +22,26 @@ namespace {
 
 template <class V>
 ORIN_INLINE Complex<V> plain_quotient(Complex<V> a, Complex<V> b) {
+  const Complex<V> product = plain_product<true>(a, b);
   const V square = b.re * b.re + b.im * b.im;
-  return {(a.re * b.re + a.im * b.im) / square, (a.im * b.re - a.re * b.im) / square};
+  return {product.re / square, product.im / square};
 }
-ORIN_INLINE Complex<Vec2d> accurate_quotient(Complex<Vec2d> a, Complex<Vec2d> b) {
-  static constexpr Constant<double> minus_zero = -0.0;
-  const Factors conjugate({b.re, b.im ^ Vec2d(in_memory(minus_zero))});
-  const auto& [u, v] = conjugate;
+// One division, whose error vanishes when the parts are rounded to single precision.
+ORIN_INLINE Complex<Vec2d> quotient_for_single(Complex<Vec2d> a, Complex<Vec2d> b) {
+  static constexpr Constant<double> one = 1;
+  const Complex<Vec2d> product = plain_product<true>(a, b);
+  const Vec2d inverse = Vec2d(in_memory(one)) / (b.re * b.re + b.im * b.im);
+  return {product.re * inverse, product.im * inverse};
+}
+template <auto product_of>
+ORIN_INLINE Complex<Vec2d> quotient_by(Complex<Vec2d> a, Complex<Vec2d> b) {
+  const Factors factors(b);
+  const auto& [u, v] = factors;
   const Vec2d u2 = u.high * u.high, v2 = v.high * v.high;
   const DoubleDouble squares = fast_two_sum(max(u2, v2), min(u2, v2));
   const Vec2d rest = u.low * (u.whole + u.high) + v.low * (v.whole + v.high);
   const Vec2d square = squares.high + (squares.low + rest);
-  const Complex<Vec2d> product = accurate_product(Factors(a), conjugate);
+  const Complex<Vec2d> product = product_of(Factors(a), factors);
   return {product.re / square, product.im / square};
 }
 
@@ -56,27 +64,28 @@ struct ComplexDiv : TwoToOne<ComplexOf<T>> {
   using Limits = std::numeric_limits<T>;
   static constexpr bool is_double = sizeof(T) == 8;
   static constexpr bool computes_in_double = !is_double && accurate;  // then no intermediate leaves the range
+  static constexpr bool tests_singles = computes_in_double;
   static constexpr const char* name = is_double ? "vzDiv" : "vcDiv";
   static constexpr Z ordinary{1, 0};
   static constexpr int groups_per_step = 1;
 
   static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> a, Complex<Vec4i> b) {
-    const Vec4i x = larger_magnitude(a), y = larger_magnitude(b);
+    const Vec4i x = larger_magnitude(a.re, a.im), y = larger_magnitude(b.re, b.im);
     if constexpr (is_double) {
-      return outside<0x26f00000, 0x58efffff>(x) | outside<0x26f00000, 0x58efffff>(y);  // 2^-400, 2^400
+      return outside<0x26f00000, 0x58efffff>(x, y);  // 2^-400, 2^400
     } else if constexpr (computes_in_double) {
-      // Normal numbers, and quotients that stay below 2^126.
-      static constexpr Constant<std::int32_t> largest_difference = 0x07c00000;
-      const auto not_normal = [](Vec4i w) __attribute__((always_inline)) { return outside<0x38100000, 0x47efffff>(w); };
-      return not_normal(x) | not_normal(y) | (x - y > in_memory(largest_difference));
+      // No quotient leaves the range of single precision where b is at least 2^-62 and both are below 2^62.
+      static constexpr struct { Constant<std::int32_t> least = 0x20800000, largest = 0x5e7fffff; } limits{};
+      const auto& c = in_memory(limits);
+      return (larger_upper_halves(x, y) > c.largest) | (y < c.least);
     } else {
-      return outside<0x30800000, 0x4e7fffff>(x) | outside<0x30800000, 0x4e7fffff>(y);  // 2^-30, 2^30
+      return outside<0x30800000, 0x4e7fffff>(x, y);  // 2^-30, 2^30
     }
   }
   template <class W>
   static ORIN_INLINE Complex<W> fast(Complex<W> a, Complex<W> b) {
-    if constexpr (is_double && accurate)
-      return accurate_quotient(a, b);
+    if constexpr (computes_in_double)
+      return quotient_for_single(a, b);
     else
       return plain_quotient(a, b);
   }
@@ -131,9 +140,9 @@ struct ComplexDiv : TwoToOne<ComplexOf<T>> {
     };
     Complex<Vec2d> quotient;
     if constexpr (is_double)
-      quotient = accurate_quotient(reduced(a, k_a), reduced(b, k_b));
+      quotient = quotient_by<accurate_product<true>>(reduced(a, k_a), reduced(b, k_b));
     else
-      quotient = plain_quotient(reduced(a, k_a), reduced(b, k_b));
+      quotient = quotient_for_single(reduced(a, k_a), reduced(b, k_b));
     bool overflows = false;
     const auto part = [&](Vec2d q) {
       const double x = first_lane(q);
@@ -151,16 +160,24 @@ struct ComplexDiv : TwoToOne<ComplexOf<T>> {
   }
 };
 
+struct ComplexDivByHalves : ComplexDiv<double, true> {
+  static ORIN_INLINE Vec4i doubtful_results(Complex<Vec4i> w) { return may_have_lost_parts(w); }
+  static ORIN_INLINE Complex<Vec2d> fast(Complex<Vec2d> a, Complex<Vec2d> b) {
+    return quotient_by<product_by_halves<true>>(a, b);
+  }
+  static ORIN_INLINE Complex<Vec2d> careful(Complex<Vec2d> a, Complex<Vec2d> b) {
+    return quotient_by<accurate_product<true>>(a, b);
+  }
+};
+
 }  // namespace
 
-#define ORIN_COMPLEX_DIV(name, T, accurate)                                                            \
-  void ORIN_CALL name(std::int32_t n, const ComplexOf<T>* a, const ComplexOf<T>* b, ComplexOf<T>* r) { \
-    elementwise<ComplexDiv<T, accurate>>({}, n, {a, b}, {r});                                          \
-  }
-ORIN_COMPLEX_DIV(div_c_la, float, false)
-ORIN_COMPLEX_DIV(div_c_ha, float, true)
-ORIN_COMPLEX_DIV(div_z_la, double, false)
-ORIN_COMPLEX_DIV(div_z_ha, double, true)
+#define ORIN_COMPLEX_DIV(name, Z, ...) \
+  void ORIN_CALL name(std::int32_t n, const Z* a, const Z* b, Z* r) { elementwise<__VA_ARGS__>({}, n, {a, b}, {r}); }
+ORIN_COMPLEX_DIV(div_c_la, KorComplex8, ComplexDiv<float, false>)
+ORIN_COMPLEX_DIV(div_c_ha, KorComplex8, ComplexDiv<float, true>)
+ORIN_COMPLEX_DIV(div_z_la, KorComplex16, ComplexDiv<double, false>)
+ORIN_COMPLEX_DIV(div_z_ha, KorComplex16, ComplexDivByHalves)
 #undef ORIN_COMPLEX_DIV
 
 }  // namespace orin::vector_math

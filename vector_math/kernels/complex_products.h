@@ -4,7 +4,7 @@
 //
 // Method    double, with exact products of leading halves p: (p1 + e1) - (p2 + e2) = (p1 - p2) + (e1 - e2), where p1 - p2
 //           is exact if it cancels, and e to 2^-52 of itself. A part below 2^-20 of the other is made of rounded products p
-//           with exact e
+//           with exact e, unless a factor has a part that is 0
 // Bounds    each part 1.45 ulp, while no product leaves the range and no low part underflows
 // Source    C.-P. Jeannerod, N. Louvet, J.-M. Muller, Further analysis of Kahan's algorithm for the accurate computation
 //           of 2 x 2 determinants, Math. Comp. 82 (2013); T. J. Dekker (1971) for the products
@@ -15,6 +15,7 @@
 #include <limits>
 
 #include "vector_math/kernels/double_double.h"
+#include "vector_math/kernels/log_base.h"
 #include "vector_math/simd/complex.h"
 
 namespace orin::vector_math {
@@ -27,22 +28,47 @@ struct Factor : DoubleDouble {
   explicit ORIN_INLINE Factor(Vec2d x) : DoubleDouble(split(x)), whole(x) {}
   ORIN_INLINE Factor(Vec2d x, DoubleDouble halves) : DoubleDouble(halves), whole(x) {}
 };
-// The product of two factors of even halves and what its rounding took, exactly.
+// a b in two: the product of the leading halves, which is exact, and the rest.
+ORIN_INLINE DoubleDouble product_in_two(const Factor& a, const Factor& b) {
+  return {a.high * b.high, a.high * b.low + a.low * b.whole};
+}
+// a b of factors with even halves, rounded, and what the rounding took, exactly.
 ORIN_INLINE DoubleDouble product_pair(const Factor& a, const Factor& b) {
   const Vec2d rounded = a.whole * b.whole;
   return {rounded, ((a.high * b.high - rounded) + a.high * b.low + a.low * b.high) + a.low * b.low};
-}
-
-// a conj(b) is written with the signs of b.im turned.
-template <class V>
-ORIN_INLINE Complex<V> plain_product(Complex<V> a, Complex<V> b) {
-  return {a.re * b.re - a.im * b.im, a.im * b.re + a.re * b.im};
 }
 // The parts of a complex number.
 struct Factors {
   Factor re, im;
   explicit ORIN_INLINE Factors(Complex<Vec2d> a) : re(a.re), im(a.im) {}
 };
+
+template <bool plus, class V>
+ORIN_INLINE V sum_or_difference(V p, V q) {
+  if constexpr (plus)
+    return p + q;
+  else
+    return p - q;
+}
+template <bool plus>
+ORIN_INLINE Vec2d sum_or_difference(DoubleDouble p, DoubleDouble q) {
+  return sum_or_difference<plus>(p.high, q.high) + sum_or_difference<plus>(p.low, q.low);
+}
+
+// a b, or a conj(b).
+template <bool conjugate, class V>
+ORIN_INLINE Complex<V> plain_product(Complex<V> a, Complex<V> b) {
+  return {sum_or_difference<conjugate>(a.re * b.re, a.im * b.im),
+          sum_or_difference<!conjugate>(a.im * b.re, a.re * b.im)};
+}
+// The same, where no part cancels: the errors of the rests are 2^-77 of the modulus.
+template <bool conjugate>
+ORIN_INLINE Complex<Vec2d> product_by_halves(const Factors& a, const Factors& b) {
+  return {sum_or_difference<conjugate>(product_in_two(a.re, b.re), product_in_two(a.im, b.im)),
+          sum_or_difference<!conjugate>(product_in_two(a.im, b.re), product_in_two(a.re, b.im))};
+}
+// The same, where one does.
+template <bool conjugate>
 ORIN_INLINE Complex<Vec2d> product_by_pairs(const Factors& a, const Factors& b) {
   // The largest numbers would round to infinity.
   static constexpr struct { Constant<double> least = -0x1.ffffff8p1023, largest = 0x1.ffffff8p1023; } halves{};
@@ -52,27 +78,31 @@ ORIN_INLINE Complex<Vec2d> product_by_pairs(const Factors& a, const Factors& b) 
     return Factor(x.whole, DoubleDouble{high, x.whole - high});
   };
   const Factor x = evenly(a.re), y = evenly(a.im), u = evenly(b.re), v = evenly(b.im);
-  const DoubleDouble xu = product_pair(x, u), yv = product_pair(y, v);
-  const DoubleDouble yu = product_pair(y, u), xv = product_pair(x, v);
-  return {(xu.high - yv.high) + (xu.low - yv.low), (yu.high + xv.high) + (yu.low + xv.low)};
+  return {sum_or_difference<conjugate>(product_pair(x, u), product_pair(y, v)),
+          sum_or_difference<!conjugate>(product_pair(y, u), product_pair(x, v))};
 }
-// a b less the product of the leading halves, which is exact.
-ORIN_INLINE Vec2d rest_of_product(const Factor& a, const Factor& b) { return a.high * b.low + a.low * b.whole; }
+// The products by halves, or their quotients by a real number, that may have lost a part: a part is below 2^-19 of the
+// other, or one is too large for that to show, infinite or NaN.
+ORIN_INLINE Vec4i may_have_lost_parts(Complex<Vec4i> w) {
+  static constexpr Constant<std::int32_t> largest = 0x7cffffff;
+  constexpr std::int32_t apart = 19 << 20;
+  const Vec4i re = magnitude(w.re), im = magnitude(w.im);
+  return outside<-apart, apart>(re - im) | (re > in_memory(largest));
+}
+template <bool conjugate>
 ORIN_INLINE Complex<Vec2d> accurate_product(const Factors& a, const Factors& b) {
-  static constexpr Constant<double> visible = 0x1p-20;
-  const auto& [x, y] = a;
-  const auto& [u, v] = b;
-  const Vec2d re = (x.high * u.high - y.high * v.high) + (rest_of_product(x, u) - rest_of_product(y, v));
-  const Vec2d im = (y.high * u.high + x.high * v.high) + (rest_of_product(y, u) + rest_of_product(x, v));
-  // The errors of the rests are 2^-77 of the modulus.
-  const Vec2d lost = min(abs(re), abs(im)) < max(abs(re), abs(im)) * in_memory(visible);
-  if (lane_bits(lost) == 0) [[likely]]
-    return {re, im};
-  const Complex<Vec2d> again = product_by_pairs(a, b);
-  return {select(lost, again.re, re), select(lost, again.im, im)};
-}
-ORIN_INLINE Complex<Vec2d> accurate_product(Complex<Vec2d> a, Complex<Vec2d> b) {
-  return accurate_product(Factors(a), Factors(b));
+  // Below the least part low parts underflow.
+  static constexpr struct { Constant<double> visible = 0x1p-20, least = 0x1p-1000, zero = 0; } constants{};
+  const auto& c = in_memory(constants);
+  const Complex<Vec2d> quick = product_by_halves<conjugate>(a, b);
+  const Vec2d larger = max(abs(quick.re), abs(quick.im)), smaller = min(abs(quick.re), abs(quick.im));
+  // Beside a zero nothing cancels.
+  const Vec2d single =
+      ((a.re.whole == c.zero) | (a.im.whole == c.zero)) | ((b.re.whole == c.zero) | (b.im.whole == c.zero));
+  const Vec2d lost = and_not(single, (smaller < larger * c.visible) & (larger >= c.least));
+  if (lane_bits(lost) == 0) return quick;
+  const Complex<Vec2d> again = product_by_pairs<conjugate>(a, b);
+  return {select(lost, again.re, quick.re), select(lost, again.im, quick.im)};
 }
 
 template <class Z>

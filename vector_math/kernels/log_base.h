@@ -11,16 +11,27 @@ namespace orin::vector_math {
 
 enum class Base { e, ten };
 
-// The lanes outside first..last, which have one sign. Adding INT32_MIN - first puts these at the lower end of the
-// signed integers, in order.
+// first..last, which have one sign, moved by INT32_MIN - first: then these are at the lower end of the signed integers, in
+// order.
+template <std::int32_t first, std::int32_t last>
+struct RangeAtBottom {
+  simd::Constant<std::int32_t> to_bottom = static_cast<std::int32_t>(0x80000000u - static_cast<std::uint32_t>(first));
+  simd::Constant<std::int32_t> largest = INT32_MIN + (last - first);
+};
+// The lanes outside first..last.
 template <std::int32_t first, std::int32_t last>
 ORIN_INLINE simd::Vec4i outside(simd::Vec4i words) {
-  static constexpr struct {
-    simd::Constant<std::int32_t> to_bottom = static_cast<std::int32_t>(0x80000000u - static_cast<std::uint32_t>(first));
-    simd::Constant<std::int32_t> largest = INT32_MIN + (last - first);
-  } range{};
+  static constexpr RangeAtBottom<first, last> range{};
   const auto& k = simd::in_memory(range);
   return words + k.to_bottom > k.largest;
+}
+// The lanes where either is outside, by their upper halves.
+template <std::int32_t first, std::int32_t last>
+ORIN_INLINE simd::Vec4i outside(simd::Vec4i a, simd::Vec4i b) {
+  static_assert((first & 0xffff) == 0 && (last & 0xffff) == 0xffff);
+  static constexpr RangeAtBottom<first, last> range{};
+  const auto& k = simd::in_memory(range);
+  return larger_upper_halves(a + k.to_bottom, b + k.to_bottom) > k.largest;
 }
 
 // The lanes whose high words (of float: words) are not those of a positive normal number.

@@ -10,6 +10,7 @@
 //   together               fast takes and gives Stored<V>: the registers as they lie in memory, re im re im
 // A function that computes single precision in double says so, too:
 //   computes_in_double     fast takes and gives Complex<Vec2d>, the results to be rounded; high words are those of doubles
+//   tests_singles          special_lanes takes the words of the arguments as they are, in single precision
 #ifndef ORIN_VECTOR_MATH_SIMD_COMPLEX_H
 #define ORIN_VECTOR_MATH_SIMD_COMPLEX_H
 
@@ -40,12 +41,15 @@ template <class T>
 using ComplexOf = typename ElementOf<T>::type;
 
 // Two registers as they lie in memory, and their parts; shuffles both ways.
+// Integer shuffles, for which many processors have one port more.
+ORIN_INLINE Vec2d low_lanes(Vec2d a, Vec2d b) { return from_bits(Vec2l(_mm_unpacklo_epi64(bits(a).raw, bits(b).raw))); }
+ORIN_INLINE Vec2d high_lanes(Vec2d a, Vec2d b) {
+  return from_bits(Vec2l(_mm_unpackhi_epi64(bits(a).raw, bits(b).raw)));
+}
 ORIN_INLINE Complex<Vec2d> apart(Stored<Vec2d> z) {
-  return {_mm_unpacklo_pd(z.first.raw, z.second.raw), _mm_unpackhi_pd(z.first.raw, z.second.raw)};
+  return {low_lanes(z.first, z.second), high_lanes(z.first, z.second)};
 }
-ORIN_INLINE Stored<Vec2d> together(Complex<Vec2d> z) {
-  return {_mm_unpacklo_pd(z.re.raw, z.im.raw), _mm_unpackhi_pd(z.re.raw, z.im.raw)};
-}
+ORIN_INLINE Stored<Vec2d> together(Complex<Vec2d> z) { return {low_lanes(z.re, z.im), high_lanes(z.re, z.im)}; }
 ORIN_INLINE Complex<Vec4f> apart(Stored<Vec4f> z) {
   return {_mm_shuffle_ps(z.first.raw, z.second.raw, _MM_SHUFFLE(2, 0, 2, 0)),
           _mm_shuffle_ps(z.first.raw, z.second.raw, _MM_SHUFFLE(3, 1, 3, 1))};
@@ -154,20 +158,28 @@ template <>
 struct Widened<KorComplex8> {
   static constexpr int registers = 2;
   Complex<Vec2d> low, high;
+  Complex<Vec4i> singles;  // of arguments
 
   static ORIN_INLINE Widened load(const KorComplex8* from, std::int32_t count, KorComplex8 padding) {
     const Complex<Vec4f> z = Group<KorComplex8>::load(from, count, padding).low;
     const TwoVec2d re = widen_through_memory(z.re), im = widen_through_memory(z.im);
-    return {{re.low, im.low}, {re.high, im.high}};
+    return {{re.low, im.low}, {re.high, im.high}, {bits(z.re), bits(z.im)}};
   }
   ORIN_INLINE void store(KorComplex8* to, std::int32_t count) const {
-    const auto narrowed = [](Complex<Vec2d> z) __attribute__((always_inline)) {
-      return _mm_unpacklo_ps(_mm_cvtpd_ps(z.re.raw), _mm_cvtpd_ps(z.im.raw));
-    };
-    Together<KorComplex8>{{narrowed(low), narrowed(high)}}.store(to, count);
+    Together<KorComplex8>{narrowed()}.store(to, count);
   }
   ORIN_INLINE Complex<Vec4i> words() const { return high_words(low, high); }
   ORIN_INLINE Vec4i nan_lanes() const { return simd::nan_lanes(low, high); }
+  ORIN_INLINE bool has_nan() const {
+    const Stored<Vec4f> z = narrowed();
+    return _mm_movemask_ps(_mm_cmpunord_ps(z.first.raw, z.second.raw)) != 0;
+  }
+
+ private:
+  ORIN_INLINE Stored<Vec4f> narrowed() const {
+    return {_mm_unpacklo_ps(_mm_cvtpd_ps(low.re.raw), _mm_cvtpd_ps(low.im.raw)),
+            _mm_unpacklo_ps(_mm_cvtpd_ps(high.re.raw), _mm_cvtpd_ps(high.im.raw))};
+  }
 };
 
 }  // namespace orin::vector_math::simd

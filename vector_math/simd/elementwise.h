@@ -14,6 +14,11 @@
 //   marks_results          fast gives a negative NaN where special must decide; no other result of it has the sign bit
 //   special_results(w)     or: mask of the results where special must decide, from the high words of four
 //   nan_is_special         or: those that are NaN
+// Where results alone tell that fast was not good enough, F has also
+//   doubtful_results(w)    mask of the results that fast may have got wrong, from the high words of four; those for special
+//                          among them
+//   careful(v...)          the value(s) of a register of any arguments but special ones; where fast is beyond doubt, its
+//                          bits. Groups with a doubtful result go through careful as a whole, while such groups come.
 // Where a longer vector path takes over beyond the usual arguments, F has also
 //   beyond_fast(w...)      mask of the arguments that fast must not see: those that only wide can take, and special ones
 //   wide(v...)             the value(s) of a register of any arguments but special ones, for those that fast may see too:
@@ -189,7 +194,7 @@ class Elementwise {
   }
 
  private:
-  enum class Way { fast, medium, wide };
+  enum class Way { fast, medium, wide, careful };
   template <class E>
   static auto group_of() {
     if constexpr (requires { F::together; })
@@ -207,10 +212,14 @@ class Elementwise {
   static constexpr bool tests_results = requires(F f, GroupOf<R> y) { f.special_results(y.words()); };
   static constexpr bool nan_is_special = requires { F::nan_is_special; };
   static constexpr bool marks_results = tests_results || nan_is_special || requires { F::marks_results; };
+  static constexpr bool has_careful = requires(F f, GroupOf<R> y) { f.doubtful_results(y.words()); };
   static constexpr bool has_wide = requires { &F::beyond_fast; };
   static constexpr bool has_halves = requires { typename F::Half; };
   static constexpr bool has_medium = requires(F f, GroupOf<T> x) { f.beyond_medium(x.words()); };
-  static_assert(!marks_results || F::groups_per_step == 1);
+  static_assert(!(marks_results || has_careful) || F::groups_per_step == 1);
+  static_assert(!has_careful || !(has_halves || has_wide));
+  // Of any arguments but special ones.
+  static constexpr Way any_way = has_wide ? Way::wide : has_careful ? Way::careful : Way::fast;
 
   static bool same(const void* vector, const void* result) { return vector == result; }
 
@@ -294,6 +303,12 @@ class Elementwise {
     if (lane_bits(odd_lanes(f, x)) != 0) [[unlikely]] {
       if constexpr (has_wide) return wide_groups(f, i, left, a, r);
       special_group(f, i, count < 4 ? count : 4, a, r);
+    } else if constexpr (has_careful) {
+      const Out y = evaluate<Way::fast>(f, x);
+      const unsigned present = full ? 15u : (1u << count) - 1;  // a padding may well be doubtful
+      if ((doubtful_lanes(f, y) & present) != 0) [[unlikely]]
+        return careful_groups(f, i, left, a, r);
+      store(y, r, i, count);
     } else {
       evaluate_or_decide<Way::fast>(f, x, i, count, a, r);
     }
@@ -311,7 +326,7 @@ class Elementwise {
   static ORIN_INLINE void store_or_decide(const F& f, const Out& y, std::int32_t i, std::int32_t count, Arguments a,
                                           Results r) {
     if constexpr (marks_results)
-      if (lane_bits(special_results(f, y)) != 0) [[unlikely]]
+      if (has_special_result(f, y)) [[unlikely]]
         return special_group(f, i, count < 4 ? count : 4, a, r);
     store(y, r, i, count);
   }
@@ -334,6 +349,22 @@ class Elementwise {
         special_group(f, i, left < 4 ? left : 4, a, r);
       else
         evaluate_or_decide<Way::wide>(f, x, i, left, a, r);
+    }
+    return left;
+  }
+
+  static ORIN_INLINE unsigned doubtful_lanes(const F& f, const Out& y) {
+    return lane_bits(f.doubtful_results(y[0].words()));
+  }
+  // Groups from i on while they have a doubtful result, the first one in any case; how many elements are left.
+  [[gnu::noinline, gnu::hot]] static std::int32_t careful_groups(F f, std::int32_t i, std::int32_t left, Arguments a,
+                                                                 Results r) noexcept {
+    for (unsigned doubtful = 1; doubtful != 0 && left > 0; left -= 4, i += 4) {
+      const In x = load(a, i, left);
+      if (lane_bits(special_lanes(f, x)) != 0) break;
+      const Out y = evaluate<Way::careful>(f, x);
+      store_or_decide(f, y, i, left, a, r);
+      doubtful = doubtful_lanes(f, y);
     }
     return left;
   }
@@ -364,12 +395,18 @@ class Elementwise {
   }
 
   static ORIN_INLINE Vec4i special_lanes(const F& f, const In& x) {
+    const auto words = [](const auto& group) __attribute__((always_inline)) {
+      if constexpr (requires { requires F::tests_singles; })
+        return group.singles;
+      else
+        return group.words();
+    };
     if constexpr (!has_special)
       return 0;
     else if constexpr (F::inputs == 1)
-      return f.special_lanes(x[0].words());
+      return f.special_lanes(words(x[0]));
     else
-      return f.special_lanes(x[0].words(), x[1].words());
+      return f.special_lanes(words(x[0]), words(x[1]));
   }
 
   // The lanes that fast must not see.
@@ -389,6 +426,13 @@ class Elementwise {
       return y[0].nan_lanes();
     else
       return y[0].words();
+  }
+
+  static ORIN_INLINE bool has_special_result(const F& f, const Out& y) {
+    if constexpr (nan_is_special && requires { y[0].has_nan(); })
+      return y[0].has_nan();
+    else
+      return lane_bits(special_results(f, y)) != 0;
   }
 
   template <Way way>
@@ -420,6 +464,8 @@ class Elementwise {
         return f.fast(x...);
       else if constexpr (way == Way::wide)
         return f.wide(x...);
+      else if constexpr (way == Way::careful)
+        return f.careful(x...);
       else
         return f.medium(x...);
     };
@@ -439,7 +485,7 @@ class Elementwise {
     T safe[F::inputs][4];
     for (int k = 0; k < F::inputs; ++k)
       for (int lane = 0; lane < 4; ++lane) safe[k][lane] = (special >> lane & 1) != 0 ? padding() : x[k][lane];
-    const Out values = evaluate < has_wide ? Way::wide : Way::fast > (f, load(rows(safe), 0, 4));
+    const Out values = evaluate<any_way>(f, load(rows(safe), 0, 4));
     if constexpr (marks_results) special |= lane_bits(special_results(f, values));
     R y[F::outputs][4];
     for (int k = 0; k < F::outputs; ++k) values[k].store(y[k], 4);
