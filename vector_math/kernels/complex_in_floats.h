@@ -28,7 +28,7 @@ ORIN_INLINE ComplexS select(simd::Vec4f mask, ComplexS a, ComplexS b) {
 
 template <class F, Grade grade>
 struct ComplexInFloats : simd::OneToOne<KorComplex8> {
-  using InDouble = ComplexInHalves<F, float, Grade::ep>;
+  using InDouble = ComplexInDouble<F, float, Grade::ep>;
   using Half = typename F::template Half<simd::Vec4f>;
   static constexpr const char* name = InDouble::name;
   static constexpr KorComplex8 ordinary = InDouble::ordinary;
@@ -55,7 +55,7 @@ struct ComplexInFloats : simd::OneToOne<KorComplex8> {
 
 // The kernels of a function, in all grades and both precisions.
 #define ORIN_COMPLEX_IN_FLOATS(name, F)                                              \
-  ORIN_COMPLEX_IN_HALVES(name, F)                                                    \
+  ORIN_COMPLEX_IN_DOUBLE(name, F)                                                    \
   void ORIN_CALL name##_c_la(std::int32_t n, const KorComplex8* a, KorComplex8* r) { \
     elementwise<ComplexInFloats<F, Grade::la>>({}, n, {a}, {r});                     \
   }                                                                                  \
