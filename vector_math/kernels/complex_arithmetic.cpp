@@ -3,13 +3,14 @@
 //
 // Method    a + b, a - b, conj(a) part by part, one kernel for all grades
 //           a b   LA, EP the formula;  HA double complex_products.h, single the formula in double
-//           |a|   hypot_core.h, double by the formula in all grades
+//           |a|   hypot_core.h, by the formula in all grades
 // Bounds    a + b, a - b each part correctly rounded; conj exact; a b HA each part 1.45 ulp, single 0.51, LA 4 ulp of the
-//           modulus; |a| double 1.5 ulp, single HA 0.53
+//           modulus; |a| 1.5 ulp
 // Special   no statuses. a b: C Annex G, an infinite factor makes the product infinite; HA: finite factors whose
 //           products overflow are scaled
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/complex_products.h"
@@ -147,11 +148,11 @@ struct ComplexMul : ComplexProduct<T, conjugate> {
 
 // --- Modulus ---------------------------------------------------------------------------------------------------------
 
-template <class T, bool accurate>
+template <class T>
 struct ComplexAbs : OneToOther<ComplexOf<T>, T> {
   using Z = ComplexOf<T>;
   using V = typename RegisterOf<T>::type;
-  using Core = Length<T, accurate>;
+  using Core = std::conditional_t<is_double<T>, Length<T, false>, WidePlainLength>;
   static constexpr const char* name = is_double<T> ? "vzAbs" : "vcAbs";
   static constexpr Z ordinary{1, 0};
   static constexpr int groups_per_step = 1;
@@ -159,6 +160,11 @@ struct ComplexAbs : OneToOther<ComplexOf<T>, T> {
   static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> w) { return Core::special_lanes(w.re, w.im); }
   static ORIN_INLINE V fast(Complex<V> z) { return Core::fast(z.re, z.im); }
   static Outcome<T> special(Z z) { return {{Core::special(z.re, z.im).value[0]}, KOR_STATUS_OK}; }
+};
+
+struct ComplexAbsSingle : ComplexAbs<float> {
+  static ORIN_INLINE Vec4i beyond_fast(Complex<Vec4i> w) { return Core::beyond_fast(w.re, w.im); }
+  static ORIN_INLINE Vec4f wide(Complex<Vec4f> z) { return Core::wide(z.re, z.im); }
 };
 
 }  // namespace
@@ -182,13 +188,10 @@ ORIN_COMPLEX_BINARY(mul_by_conj_c_ha, KorComplex8, ComplexMulInDouble<true>)
 ORIN_COMPLEX_BINARY(mul_by_conj_z_la, KorComplex16, ComplexMul<double, true, false>)
 ORIN_COMPLEX_BINARY(mul_by_conj_z_ha, KorComplex16, ComplexMul<double, true, true>)
 #undef ORIN_COMPLEX_UNARY
-#define ORIN_COMPLEX_ABS(name, T, accurate)                          \
-  void ORIN_CALL name(std::int32_t n, const ComplexOf<T>* a, T* r) { \
-    elementwise<ComplexAbs<T, accurate>>({}, n, {a}, {r});           \
-  }
-ORIN_COMPLEX_ABS(abs_c_la, float, false)
-ORIN_COMPLEX_ABS(abs_c_ha, float, true)
-ORIN_COMPLEX_ABS(abs_z, double, false)
+#define ORIN_COMPLEX_ABS(name, T, F) \
+  void ORIN_CALL name(std::int32_t n, const ComplexOf<T>* a, T* r) { elementwise<F>({}, n, {a}, {r}); }
+ORIN_COMPLEX_ABS(abs_c, float, ComplexAbsSingle)
+ORIN_COMPLEX_ABS(abs_z, double, ComplexAbs<double>)
 #undef ORIN_COMPLEX_ABS
 #undef ORIN_COMPLEX_BINARY
 

@@ -5,7 +5,7 @@
 //           twins, HA in double
 //           HA double  e^x = 2^k T (1 + p), cos y = c + c' by sincos_points_d.h:
 //           e^x cos y = 2^k T (c + (c' + p (c + c')))
-// Bounds    e^z HA each part 2 ulp; LA 8 ulp of the modulus, EP 2^-26, 2^-11 of it; CIS HA each part 1.1 ulp
+// Bounds    e^z HA each part 2 ulp; LA 8 ulp of the modulus, EP 2^-26, 2^-11 of it; CIS HA each part 1.1 ulp, single 1.3
 // Budget    HA  in ulp: last sum 1/2, up to twice as heavy, last product 1/2; c' and p 2^-5; but where the point is
 //           next to one of a part's zeros, c' and its sum up to twice 1/4
 // Special   C Annex G; a part that overflows -> status 3; e^x below the least normal number -> status 4; finite x with
@@ -88,8 +88,8 @@ struct Exp {
 
 template <class T, Grade grade>
 struct Cis : OneToOther<T, ComplexOf<T>> {
-  using W = Work<T, grade>;
-  using V = typename W::V;
+  using V = typename RegisterOf<T>::type;
+  using Angle = Angles<V, grade>;
   using Z = ComplexOf<T>;
   static constexpr const char* name = sizeof(T) == 8 ? "vzCIS" : "vcCIS";
   static constexpr T ordinary = 0;
@@ -100,17 +100,11 @@ struct Cis : OneToOther<T, ComplexOf<T>> {
     return magnitude(words) > in_memory(last);
   }
   static ORIN_INLINE Vec4i beyond_fast(Vec4i words) {
-    static constexpr Constant<std::int32_t> last = W::last_word;
+    static constexpr Constant<std::int32_t> last = Angle::last_word;
     return magnitude(words) > in_memory(last);
   }
-  static ORIN_INLINE Complex<V> fast(V a) {
-    return value(
-        a, [](auto y) __attribute__((always_inline)) { return W::Angle::near(y); });
-  }
-  static ORIN_INLINE Complex<V> wide(V a) {
-    return value(
-        a, [](auto y) __attribute__((always_inline)) { return W::Angle::any(y); });
-  }
+  static ORIN_INLINE Complex<V> fast(V a) { return value(Angle::near(a)); }
+  static ORIN_INLINE Complex<V> wide(V a) { return value(Angle::any(a)); }
   static Outcome<Z> special(T a) {
     constexpr T nan = std::numeric_limits<T>::quiet_NaN();
     if (a != a) return {{{a + a, a + a}}, KOR_STATUS_OK};
@@ -118,16 +112,7 @@ struct Cis : OneToOther<T, ComplexOf<T>> {
   }
 
  private:
-  static ORIN_INLINE Complex<V> value(V a, auto angle) {
-    if constexpr (!W::widened) {
-      const auto parts = angle(a);
-      return {parts.cosine(), parts.sine()};
-    } else {
-      const TwoVec2d y = widen(a);
-      const auto low = angle(y.low), high = angle(y.high);
-      return {narrow({low.cosine(), high.cosine()}), narrow({low.sine(), high.sine()})};
-    }
-  }
+  static ORIN_INLINE Complex<V> value(const auto& parts) { return {parts.cosine(), parts.sine()}; }
 };
 
 }  // namespace

@@ -6,14 +6,14 @@
 //           sinh z = S c + i C s,  cosh z = C c + i S s,  tanh z = (S C + i s c)/(S^2 + c^2)
 //           with the parts of a number exchanged:  sin z' = (sinh z)',  cos z' = conj(cosh z),  tan z' = (tanh z)'
 //           HA products of sums (A + A')(a + a') = A a + (A a' + A' (a + a')): nothing is rounded but these two terms
-//           tanh HA takes the larger square and S C as pairs
+//           tanh HA  (sinh 2x + i sin 2y)/(cosh 2x + cos 2y), but next to the poles, where that sum is below 2^-6
 //           single precision in floats by hyperbolic_core_s.h, sincos_core_s.h, tanh of |x| beyond 43 as of 43:
 //           off by 2^-122; HA in double
-// Bounds    in ulp of the modulus: HA sinh, cosh 2.1, tanh 4; LA 8; EP 2^-26, 2^-11 of it
-// Budget    HA  in ulp: A 1/2, for |x| beyond 1/3; product and sum 1/2 each; what they lack 2^-4. Next to a zero of
+// Bounds    in ulp of the modulus: HA sinh, cosh 2.1, tanh 2.8; LA 8; EP 2^-26, 2^-11 of it
+// Budget    HA  in ulp: A 1/2, for |x| beyond 1.4; product and sum 1/2 each; what they lack 2^-4. Next to a zero of
 //           s the first product is none and the second counts: rounding of a', of C, of their product 1/2 each
-//           tanh: S, s, c 0.53 each, up to twice as heavy, squares, quotient 1/2 each; S and c count twice below the
-//           line;  LA single  in 2^-24: S, C, s, c 3 each, product 1
+//           tanh: sinh 2x, cosh 2x + cos 2y 0.53 each, up to twice as heavy, quotient 1/2; next to the poles S, s, c
+//           0.53 each;  LA single  in 2^-24: S, C, s, c 3 each, product 1
 // Special   C Annex G; a part that overflows -> status 3; infinite y, but tanh +-inf -> NaN, status 1
 #include "vector_math/kernels.h"
 #include "vector_math/kernels/complex_periodic.h"
@@ -137,6 +137,7 @@ struct Cosh {
 };
 
 struct Tanh {
+  static constexpr bool ha_of_twice = true;
   static constexpr const char* name_c = "vcTanh";
   static constexpr const char* name_z = "vzTanh";
   static constexpr const char* turned_name_c = "vcTan";
@@ -147,26 +148,31 @@ struct Tanh {
   template <Grade grade, class V>
   static ORIN_INLINE Complex<V> of(V x, const auto& parts) {
     const V sine = parts.sine(), cosine = parts.cosine();
-    if constexpr (grade != Grade::ha) {
-      if constexpr (V::lanes == 4) {
-        static constexpr Constant<float> largest = 43.0f;  // its square is finite; from 9 on the modulus is 1
-        x = with_sign_of(min(abs(x), in_memory(largest)), x);
-      }
-      const SinhCoshOf<V, grade> h(x);
-      const V sinh = h.sinh();
-      const V below = sinh * sinh + cosine * cosine;
-      return {sinh * h.cosh() / below, sine * cosine / below};
-    } else {
-      // Where S is the larger one, the real part is near +-1: what rounding takes below the line comes off above it, too.
-      const SinhCosh<grade, true> h(abs(x));
-      const Vec2d y = h.sinh(), c = abs(cosine);
-      const DoubleDouble larger = two_square(max(y, c));
-      const Vec2d smaller = min(y, c);
-      const DoubleDouble below = fast_two_sum(larger.high, larger.low + smaller * smaller);
-      const DoubleDouble product = two_product(y, h.b);
-      const Vec2d above = product.high + ((product.low - (below.low & (y > c))) + y * h.b_rest);
-      return {with_sign_of(above / below.high, x), sine * cosine / below.high};
+    if constexpr (V::lanes == 4) {
+      static constexpr Constant<float> largest = 43.0f;  // its square is finite; from 9 on the modulus is 1
+      x = with_sign_of(min(abs(x), in_memory(largest)), x);
     }
+    const SinhCoshOf<V, grade> h(x);
+    const V sinh = h.sinh();
+    const V below = sinh * sinh + cosine * cosine;
+    return {sinh * h.cosh() / below, sine * cosine / below};
+  }
+  static ORIN_INLINE ComplexD of_twice(Vec2d x, Vec2d y, auto angle) {
+    static constexpr Constant<double> visible = 0x1p-6;
+    const Vec2d size = abs(x);
+    const SinhCosh<Grade::ha, true> h(size + size);
+    const sincos_points_d::Parts parts = angle(y + y);
+    const auto& cosine = parts.cosine_part;
+    // Where S is large, what rounding took from a it took from b, too, and the quotient does not notice.
+    const DoubleDouble sum = fast_two_sum(h.b, cosine.leading);
+    const Vec2d below = sum.high + (sum.low + (h.b_rest + cosine.rest()));
+    const ComplexD value{with_sign_of(h.sinh() / below, x), parts.sine() / below};
+    // The error of the sum is 2^-64 of 1.
+    const Vec2d lost = below < in_memory(visible);
+    if (lane_bits(lost) == 0) [[likely]]
+      return value;
+    const ComplexD again = next_to_pole(x, y);
+    return {select(lost, again.re, value.re), select(lost, again.im, value.im)};
   }
   template <class Z>
   static ORIN_INLINE Z turned_back(Z z) {
@@ -181,10 +187,32 @@ struct Tanh {
       return {{{z.re == 0 ? z.re : not_a_number, not_a_number}}, status_of_no_angle(z)};
     }
     if (is_nan(z.re)) return {{{z.re + z.re, z.im == 0 ? z.im : not_a_number}}, KOR_STATUS_OK};
+    if (grade == Grade::ha && std::fabs(z.re) < 350) {
+      const ComplexD value = next_to_pole(Vec2d(z.re), Vec2d(z.im));
+      return {{{first_lane(value.re), first_lane(value.im)}}, KOR_STATUS_OK};
+    }
     // |x| is large: tanh z = +-1 + 4 i s c e^(-2 |x|).
     const auto [sine, cosine] = sine_and_cosine<grade>(z.im);
     const double e = first_lane(exp_d::Power<grade>::template of<0>(-std::min(std::fabs(z.re), 700.0)));
     return {{{one, sine * cosine * 4 * e * e}}, KOR_STATUS_OK};
+  }
+
+ private:
+  // HA for any y, by S and c themselves, which keep their digits next to the poles.
+  [[gnu::noinline]] static ComplexD next_to_pole(Vec2d x, Vec2d y) {
+    const SinhCosh<Grade::ha> h(x);
+    const sincos_points_d::Parts parts = Angles<Vec2d, Grade::ha>::any(y);
+    const Vec2d sinh = h.sinh(), cosine = parts.cosine();
+    const DoubleDouble larger = two_square(max(abs(sinh), abs(cosine)));
+    const Vec2d smaller = min(abs(sinh), abs(cosine));
+    const DoubleDouble below = fast_two_sum(larger.high, larger.low + smaller * smaller);
+    return {quotient(two_product(sinh, h.cosh()), below), quotient(two_product(parts.sine(), cosine), below)};
+  }
+  // a/b, b > 0; a zero keeps its sign.
+  static ORIN_INLINE Vec2d quotient(DoubleDouble a, DoubleDouble b) {
+    const Vec2d q = a.high / b.high;
+    const DoubleDouble product = two_product(q, b.high);
+    return with_sign_of(q + (((a.high - product.high) - product.low) + (a.low - q * b.low)) / b.high, a.high);
   }
 };
 

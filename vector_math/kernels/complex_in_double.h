@@ -45,16 +45,11 @@ struct ComplexInDouble : simd::OneToOne<simd::ComplexOf<T>> {
   }
 };
 
-// The kernels of a function: double in three grades, single in HA.
+// One kernel of a function; single precision in HA is Grade::ep.
 #define ORIN_COMPLEX_IN_DOUBLE_KERNEL(name, F, T, grade)                        \
   void ORIN_CALL name(std::int32_t n, const ComplexOf<T>* a, ComplexOf<T>* r) { \
     elementwise<ComplexInDouble<F, T, grade>>({}, n, {a}, {r});                 \
   }
-#define ORIN_COMPLEX_IN_DOUBLE(name, F)                            \
-  ORIN_COMPLEX_IN_DOUBLE_KERNEL(name##_c_ha, F, float, Grade::ep)  \
-  ORIN_COMPLEX_IN_DOUBLE_KERNEL(name##_z_la, F, double, Grade::la) \
-  ORIN_COMPLEX_IN_DOUBLE_KERNEL(name##_z_ha, F, double, Grade::ha) \
-  ORIN_COMPLEX_IN_DOUBLE_KERNEL(name##_z_ep, F, double, Grade::ep)
 
 // The elements with a part above `largest`, and those next to a pole or branch point: from the words of the larger part
 // and of z, which has these on the real axis.

@@ -59,15 +59,20 @@ struct ComplexInFloats : simd::OneToOne<KorComplex8> {
   static simd::Outcome<KorComplex8> special(KorComplex8 z) { return InDouble::special(z); }
 };
 
-// The kernels of a function, in all grades and both precisions.
-#define ORIN_COMPLEX_IN_FLOATS(name, F)                                              \
-  ORIN_COMPLEX_IN_DOUBLE(name, F)                                                    \
-  void ORIN_CALL name##_c_la(std::int32_t n, const KorComplex8* a, KorComplex8* r) { \
-    elementwise<ComplexInFloats<F, Grade::la>>({}, n, {a}, {r});                     \
-  }                                                                                  \
-  void ORIN_CALL name##_c_ep(std::int32_t n, const KorComplex8* a, KorComplex8* r) { \
-    elementwise<ComplexInFloats<F, Grade::ep>>({}, n, {a}, {r});                     \
+// The kernels of a function, in all grades and both precisions; and of one that in double has no HA but LA.
+#define ORIN_COMPLEX_IN_FLOATS_KERNEL(name, F, grade)                         \
+  void ORIN_CALL name(std::int32_t n, const KorComplex8* a, KorComplex8* r) { \
+    elementwise<ComplexInFloats<F, grade>>({}, n, {a}, {r});                  \
   }
+#define ORIN_COMPLEX_IN_FLOATS(name, F)      \
+  ORIN_COMPLEX_IN_FLOATS_WITHOUT_HA(name, F) \
+  ORIN_COMPLEX_IN_DOUBLE_KERNEL(name##_z_ha, F, double, Grade::ha)
+#define ORIN_COMPLEX_IN_FLOATS_WITHOUT_HA(name, F)                 \
+  ORIN_COMPLEX_IN_FLOATS_KERNEL(name##_c_la, F, Grade::la)         \
+  ORIN_COMPLEX_IN_FLOATS_KERNEL(name##_c_ep, F, Grade::ep)         \
+  ORIN_COMPLEX_IN_DOUBLE_KERNEL(name##_c_ha, F, float, Grade::ep)  \
+  ORIN_COMPLEX_IN_DOUBLE_KERNEL(name##_z_la, F, double, Grade::la) \
+  ORIN_COMPLEX_IN_DOUBLE_KERNEL(name##_z_ep, F, double, Grade::ep)
 
 }  // namespace orin::vector_math
 

@@ -5,14 +5,12 @@
 //           S = x^2 + y^2 - 1, so with H = sqrt(S^2 + 4 y^2) the root of (|S| + H)/2 is sinh v outside the unit circle
 //           and cos u inside it, and the other of these is y over it; then
 //           v = log(1 + w + w^2/(1 + a)), w = sinh v, a = cosh v;  u = atan2(x, a cos u), pi/2 - u = atan2(a cos u, x)
-//           a = sqrt((S + 2 + H)/2). No difference cancels but S, and that only where y outweighs it. HA: the root's error
-//           by root^2 - quotient^2 = |S|
+//           a = sqrt((S + 2 + H)/2). No difference cancels but S, and that only where y outweighs it
 //           asinh z = -i asin(iz), acosh z = +-i acos z
 //           single precision: LA and EP in floats, S = (x - 1)(x + 1) + y^2; HA, parts from 2^31 and 1 + iy, y < 2^-60,
 //           in double by the EP grade
-// Bounds    in ulp of the modulus: HA 3.8, LA 8; EP 2^-26, 2^-11
-// Budget    HA  in units of rounding: w or cos u 1, a cos u 1, the angle's quotient, arc and sum 1/2 each; logarithm as in
-//           LA 2 1/2
+// Bounds    in ulp of the modulus: HA 3.8, which in double is LA; LA 8; EP 2^-26, 2^-11
+// Budget    LA double in units of rounding: S, H 1 1/2 each, w or cos u 2 1/2, a cos u 1 1/2 more, angle 2; logarithm 2 1/2
 // Special   C Annex G; no status; |z| >= 2^250: the angle of z and log 2|z|; next to +-1 on the axis, where the square of
 //           the other part y would underflow: both distances sqrt y
 // Source    T. E. Hull, T. F. Fairgrieve, P. T. P. Tang, Implementing the complex arcsine and arccosine functions using
@@ -21,7 +19,6 @@
 #include "vector_math/kernels/complex_in_floats.h"
 #include "vector_math/kernels/modulus_log.h"
 #include "vector_math/kernels/point_angle.h"
-#include "vector_math/kernels/root_seeds.h"
 
 namespace orin::vector_math {
 namespace {
@@ -61,19 +58,7 @@ ORIN_INLINE Quadrant<Vec2d> in_quadrant(Vec2d x, Vec2d y) {
   const Vec2d a = sqrt(((s + c.two) + h) * c.half);
   const Vec2d quotient = y / root;
   const Vec2d outside = s >= c.zero;
-  Vec2d w = select(outside, root, quotient);
-  Vec2d cosine = select(outside, quotient, root);
-  if constexpr (grade == Grade::ha) {
-    // root^2 - quotient^2 - |S| should vanish; it is 2 H times the relative error of the root, less that of the quotient.
-    const Vec2d inside = s & c.minus_zero;  // a sign
-    const Vec2d high = split(root).high;
-    const Vec2d rest = ((root - high) * (root + high) - quotient * quotient) - (square.low ^ inside);
-    const Vec2d residue = (high * high - (excess ^ inside)) + rest;
-    const Vec2d error = (residue * (root_seeds::inverse(h) * c.half)) ^ inside;
-    w = w - w * error;
-    cosine = cosine + cosine * error;
-  }
-  return quadrant_of(a, w, cosine);
+  return quadrant_of(a, select(outside, root, quotient), select(outside, quotient, root));
 }
 // The same in floats, with S/2 and H/2.
 template <Grade, class>
@@ -92,7 +77,7 @@ ORIN_INLINE Quadrant<Vec4f> in_quadrant(Vec4f x, Vec4f y) {
 template <Grade grade>
 ORIN_INLINE Vec2d logarithm_of_growth(Vec2d growth) {
   const OnePlus<Vec2d> u = one_plus(growth);
-  return logarithm < grade == Grade::ha ? Grade::la : grade > (u.sum, u.rest);
+  return logarithm<grade>(u.sum, u.rest);
 }
 template <Grade grade>
 ORIN_INLINE Vec4f logarithm_of_growth(Vec4f growth) {
@@ -226,9 +211,9 @@ struct InverseSine : F {
 
 }  // namespace
 
-ORIN_COMPLEX_IN_FLOATS(asin, InverseSine<ArcSine<false>>)
-ORIN_COMPLEX_IN_FLOATS(asinh, InverseSine<ArcSine<true>>)
-ORIN_COMPLEX_IN_FLOATS(acos, InverseSine<ArcCosine<false>>)
-ORIN_COMPLEX_IN_FLOATS(acosh, InverseSine<ArcCosine<true>>)
+ORIN_COMPLEX_IN_FLOATS_WITHOUT_HA(asin, InverseSine<ArcSine<false>>)
+ORIN_COMPLEX_IN_FLOATS_WITHOUT_HA(asinh, InverseSine<ArcSine<true>>)
+ORIN_COMPLEX_IN_FLOATS_WITHOUT_HA(acos, InverseSine<ArcCosine<false>>)
+ORIN_COMPLEX_IN_FLOATS_WITHOUT_HA(acosh, InverseSine<ArcCosine<true>>)
 
 }  // namespace orin::vector_math

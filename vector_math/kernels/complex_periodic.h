@@ -6,6 +6,8 @@
 //   last_word<T>            high word of the largest |re| that `of` takes, in precision T
 //   of<grade>(x, parts)     the value at x + i y, x in Vec2d or, in LA and EP, Vec4f; parts: Parts<V, grade> of y
 //   special<T, grade>(z)    the Outcome of one special argument of precision T, in double
+// and where HA of doubles is made of the functions of 2 x and 2 y
+//   ha_of_twice             of_twice(x, y, angle), angle giving the Parts of 2 y
 // Turned<F> is the function along the other axis: arguments have their parts exchanged, results are F::turned_back.
 // Single precision: LA and EP in floats, HA in doubles of grade EP, for 2^-26 is an eighth of its ulp.
 #ifndef ORIN_VECTOR_MATH_KERNELS_COMPLEX_PERIODIC_H
@@ -20,6 +22,7 @@
 #include "vector_math/kernels/exponential.h"
 #include "vector_math/kernels/sincos_core_s.h"
 #include "vector_math/kernels/sincos_points_d.h"
+#include "vector_math/kernels/sincos_points_s.h"
 #include "vector_math/simd/complex.h"
 
 namespace orin::vector_math::complex_periodic {
@@ -61,6 +64,13 @@ struct Angles<Vec4f, grade> {
   static constexpr std::int32_t last_word = sincos_s::last_word<grade>;
   static ORIN_INLINE Parts near(Vec4f y) { return Parts(sincos_s::QuarterTurns<grade>::reduce(y)); }
   static ORIN_INLINE Parts any(Vec4f y) { return Parts(sincos_s::QuarterTurns<grade>::reduce_any(y)); }
+};
+template <>
+struct Angles<Vec4f, Grade::ha> {
+  using Parts = sincos_points_s::Parts;
+  static constexpr std::int32_t last_word = 0x497fffff;  // below 2^20
+  static ORIN_INLINE Parts near(Vec4f y) { return Parts(sincos_points_s::reduce(y)); }
+  static ORIN_INLINE Parts any(Vec4f y) { return Parts(sincos_points_s::reduce_any(y)); }
 };
 template <class V, Grade grade>
 using Parts = typename Angles<V, grade>::Parts;
@@ -144,12 +154,16 @@ struct Periodic : OneToOne<ComplexOf<T>> {
   using V = typename W::V;
   using Z = ComplexOf<T>;
   static constexpr bool is_double = sizeof(T) == 8;
+  static constexpr bool of_twice = is_double && grade == Grade::ha && requires { F::ha_of_twice; };
+  static constexpr std::int32_t doubling = of_twice ? 0x00100000 : 0;  // in words
   static constexpr const char* name = is_double ? F::name_z : F::name_c;
   static constexpr Z ordinary{T(0.5), T(0.5)};
   static constexpr int groups_per_step = 1;
 
-  static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> w) { return outside(w, is_double ? 0x7fefffff : 0x7f7fffff); }
-  static ORIN_INLINE Vec4i beyond_fast(Complex<Vec4i> w) { return outside(w, W::last_word); }
+  static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> w) {
+    return outside(w, (is_double ? 0x7fefffff : 0x7f7fffff) - doubling);
+  }
+  static ORIN_INLINE Vec4i beyond_fast(Complex<Vec4i> w) { return outside(w, W::last_word - doubling); }
   static ORIN_INLINE Complex<V> fast(Complex<V> z) {
     return value(
         z, [](auto y) __attribute__((always_inline)) { return W::Angle::near(y); });
@@ -175,6 +189,7 @@ struct Periodic : OneToOne<ComplexOf<T>> {
   template <class R>
   static ORIN_INLINE Complex<R> one(Complex<R> z, auto angle) {
     z = F::turn(z);
+    if constexpr (of_twice) return F::turned_back(F::of_twice(z.re, z.im, angle));
     return F::turned_back(F::template of<W::in_grade>(z.re, angle(z.im)));
   }
   static ORIN_INLINE Complex<V> value(Complex<V> z, auto angle) {

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Method    z = x + iy, t = sqrt((|x| + |z|)/2), u = y/(2t): t + iu for x >= 0, |u| + it with the sign of y for x < 0
-//           LA, EP in their own precision, HA single in double; HA double is LA
-// Bounds    HA, LA 2 ulp of the modulus
+//           all grades in their own precision, but in double where squares of floats leave the range
+// Bounds    2.5 ulp of the modulus
 // Budget    in units of rounding: |z| 2.5, its sum 1, halved by the root 1.75, root 1, quotient and its t 2.75 and 1
 // Special   C Annex G: +-0 +- i0 -> +0 +- i0; an infinite y -> +inf + iy; x = -inf -> 0 +- i inf, x = +inf -> +inf +- i0
 //           (NaN for the part that y = NaN leaves open); NaN -> NaN. No statuses. Parts beyond the range of their squares
@@ -30,7 +30,7 @@ ORIN_INLINE Complex<V> root(Complex<V> z) {
   return {select(negative, abs(u), t), select(negative, with_sign_of(t, z.im), u)};
 }
 
-template <class T, bool accurate>
+template <class T>
 struct ComplexSqrt : OneToOne<ComplexOf<T>> {
   using Z = ComplexOf<T>;
   using V = typename RegisterOf<T>::type;
@@ -39,23 +39,12 @@ struct ComplexSqrt : OneToOne<ComplexOf<T>> {
   static constexpr int groups_per_step = 1;
 
   static ORIN_INLINE Vec4i special_lanes(Complex<Vec4i> w) {
-    if constexpr (!accurate || sizeof(T) == 8) {
+    if constexpr (sizeof(T) == 8)
       return Length<T, false>::special_lanes(w.re, w.im);
-    } else {
-      static constexpr Constant<std::int32_t> largest = 0x7f7fffff;
-      const Vec4i x = magnitude(w.re), y = magnitude(w.im);
-      return (x > in_memory(largest)) | (y > in_memory(largest)) | ((x | y) == Vec4i(0));
-    }
+    else
+      return outside<1, 0x7f7fffff>(larger_magnitude(w));
   }
-  static ORIN_INLINE Complex<V> fast(Complex<V> z) {
-    if constexpr (!accurate || sizeof(T) == 8) {
-      return root(z);
-    } else {
-      const TwoVec2d x = widen(z.re), y = widen(z.im);
-      const Complex<Vec2d> low = root<Vec2d>({x.low, y.low}), high = root<Vec2d>({x.high, y.high});
-      return {narrow({low.re, high.re}), narrow({low.im, high.im})};
-    }
-  }
+  static ORIN_INLINE Complex<V> fast(Complex<V> z) { return root(z); }
   static Outcome<Z> special(Z z) {
     constexpr T infinity = std::numeric_limits<T>::infinity(), nan = std::numeric_limits<T>::quiet_NaN();
     if (std::fabs(z.im) == infinity) return {{{infinity, z.im}}, KOR_STATUS_OK};
@@ -78,15 +67,24 @@ struct ComplexSqrt : OneToOne<ComplexOf<T>> {
   }
 };
 
+struct ComplexSqrtSingle : ComplexSqrt<float> {
+  static ORIN_INLINE Vec4i beyond_fast(Complex<Vec4i> w) { return Length<float, false>::special_lanes(w.re, w.im); }
+  static ORIN_INLINE Complex<Vec4f> wide(Complex<Vec4f> z) {
+    static constexpr Constant<float> one = 1;
+    const Vec4f far = from_bits(beyond_fast({bits(z.re), bits(z.im)}));
+    const TwoVec2d x = widen(z.re), y = widen(z.im);
+    const Complex<Vec2d> low = root<Vec2d>({x.low, y.low}), high = root<Vec2d>({x.high, y.high});
+    const Complex<Vec4f> usual = root<Vec4f>({select(far, in_memory(one), z.re), and_not(far, z.im)});
+    return {select(far, narrow({low.re, high.re}), usual.re), select(far, narrow({low.im, high.im}), usual.im)};
+  }
+};
+
 }  // namespace
 
-#define ORIN_COMPLEX_SQRT(name, T, accurate)                                    \
-  void ORIN_CALL name(std::int32_t n, const ComplexOf<T>* a, ComplexOf<T>* r) { \
-    elementwise<ComplexSqrt<T, accurate>>({}, n, {a}, {r});                     \
-  }
-ORIN_COMPLEX_SQRT(sqrt_c_la, float, false)
-ORIN_COMPLEX_SQRT(sqrt_c_ha, float, true)
-ORIN_COMPLEX_SQRT(sqrt_z, double, true)
+#define ORIN_COMPLEX_SQRT(name, Z, F) \
+  void ORIN_CALL name(std::int32_t n, const Z* a, Z* r) { elementwise<F>({}, n, {a}, {r}); }
+ORIN_COMPLEX_SQRT(sqrt_c, KorComplex8, ComplexSqrtSingle)
+ORIN_COMPLEX_SQRT(sqrt_z, KorComplex16, ComplexSqrt<double>)
 #undef ORIN_COMPLEX_SQRT
 
 }  // namespace orin::vector_math

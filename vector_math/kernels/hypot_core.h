@@ -83,6 +83,18 @@ struct Length {
   }
 };
 
+// The plain length of floats, with a path in double where their squares would leave the range.
+struct WidePlainLength : Length<float, true> {
+  using Plain = Length<float, false>;
+
+  static ORIN_INLINE Vec4i beyond_fast(Vec4i a, Vec4i b) { return Plain::special_lanes(a, b); }
+  static ORIN_INLINE Vec4f fast(Vec4f a, Vec4f b) { return Plain::fast(a, b); }
+  static ORIN_INLINE Vec4f wide(Vec4f a, Vec4f b) {
+    const Vec4f far = from_bits(beyond_fast(bits(a), bits(b)));
+    return select(far, Length::fast(a, b), fast(and_not(far, a), and_not(far, b)));
+  }
+};
+
 }  // namespace orin::vector_math
 
 #endif

@@ -8,8 +8,8 @@
 //           cosh x = B + (A sinh r + B (cosh r - 1));  n = +-1 has the point of 0, so that small x are r
 //           EP  x = n ln2/64 + r, T and T' nearest
 // Differs   from hyperbolic_core_d.h, which has one of the two to 0.55 ulp and pays for that with pairs
-// Budget    HA  in ulp: A and B exact for |n| < 64, else 1/2; what they lack 2^-4, from n = +-2 on up to 1/3; T and
-//           T' 0.43 where j = 64;  LA  sums 1/2 more;  EP  polynomials 2^-37
+// Budget    HA  in ulp: A and B exact for |n| < 256 but at j = 64, else 1/2; what they lack 2^-4, from n = +-2 on up to
+//           1/3; T and T' 0.43 where j = 64;  LA  sums 1/2 more;  EP  polynomials 2^-37
 // Data      data/complex_periodic_data.h from tools/tables/complex_periodic.py
 #ifndef ORIN_VECTOR_MATH_KERNELS_SINH_COSH_CORE_D_H
 #define ORIN_VECTOR_MATH_KERNELS_SINH_COSH_CORE_D_H
@@ -31,6 +31,7 @@ struct Fine {
   Constant<double> step_high = 0x1.62e42fefp-8;       // ln2/128 to 32 bits: n step_high is exact
   Constant<double> step_low = 0x1.473de6af278edp-41;  // the rest
   Constant<double> s0 = data::sinh_0, s1 = data::sinh_1, c0 = data::cosh_0, c1 = data::cosh_1;
+  Constant<double> whole_c0 = data::whole_cosh_0, whole_c1 = data::whole_cosh_1, whole_c2 = data::whole_cosh_2;
 };
 struct Coarse {
   static constexpr int log2_size = 6;
@@ -65,14 +66,16 @@ ORIN_INLINE Vec2l exponent(Vec2l n) {
 struct Bends {
   Vec2d sinh, cosh;
 };
+template <bool whole>
 ORIN_INLINE Bends bends(const Fine& c, Vec2d r) {
   const Vec2d r2 = r * r;
+  if constexpr (whole) return {(r * r2) * (c.s0 + r2 * c.s1), r2 * (c.whole_c0 + r2 * (c.whole_c1 + r2 * c.whole_c2))};
   return {(r * r2) * (c.s0 + r2 * c.s1), r2 * (c.c0 + r2 * c.c1)};
 }
 
 // sinh x = a_rest - minus_a, where that is a zero with the sign of x; cosh x = b + b_rest.
-// With `full`, for x >= 0: what rounding takes from a and b is added to the rests.
-template <Grade grade, bool full = false>
+// With `whole`, for x >= 0, cosh x is off by 2^-62 at most below 1, before b and b_rest are added, and b is off as a is.
+template <Grade grade, bool whole = false>
 struct SinhCosh {
   Vec2d minus_a, b, a_rest, b_rest;
 
@@ -86,8 +89,9 @@ struct SinhCosh {
     } else {
       const auto& c = in_memory(constants);
       const auto [r, n, j] = reduce(c, x);
-      const auto [sinh, cosh] = bends(c, r);
+      const auto [sinh, cosh] = bends<whole>(c, r);
       set<Fine>(n, j, r + sinh, cosh);
+      if constexpr (whole) b_rest = b_rest + look_up(data::cosh_lacks, j);
     }
   }
   ORIN_INLINE Vec2d sinh() const { return a_rest - minus_a; }
@@ -100,13 +104,13 @@ struct SinhCosh {
     const Vec2l k = exponent<Table::log2_size>(n);
     const Vec2d up = from_bits(bits(power) + k), down = from_bits(bits(inverse) - k);
     minus_a = down - up;
-    b = up + down;
+    if constexpr (whole)
+      b = (down + down) - minus_a;
+    else
+      b = up + down;
     a_rest = b * sine - minus_a * bend;
     b_rest = b * bend - minus_a * sine;
-    if constexpr (full) {
-      a_rest = a_rest + ((up + minus_a) - down);
-      b_rest = b_rest + ((up - b) + down);
-    }
+    if constexpr (whole) b_rest = b_rest + ((down + down) - (b + minus_a));
   }
 };
 
