@@ -25,7 +25,7 @@ namespace orin::vector_math {
 using ComplexD = simd::Complex<simd::Vec2d>;
 
 template <class F, class T, Grade grade>
-struct ComplexInHalves : simd::OneToOne<simd::ComplexOf<T>> {
+struct ComplexInDouble : simd::OneToOne<simd::ComplexOf<T>> {
   using Z = simd::ComplexOf<T>;
   using Half = typename F::template Half<simd::Vec2d>;
   static constexpr const char* name = sizeof(T) == 8 ? F::name_z : F::name_c;
@@ -46,13 +46,13 @@ struct ComplexInHalves : simd::OneToOne<simd::ComplexOf<T>> {
 };
 
 // One kernel of a function; single precision in HA is Grade::ep.
-#define ORIN_COMPLEX_IN_HALVES_KERNEL(name, F, T, grade)                        \
+#define ORIN_COMPLEX_IN_DOUBLE_KERNEL(name, F, T, grade)                        \
   void ORIN_CALL name(std::int32_t n, const ComplexOf<T>* a, ComplexOf<T>* r) { \
-    elementwise<ComplexInHalves<F, T, grade>>({}, n, {a}, {r});                 \
+    elementwise<ComplexInDouble<F, T, grade>>({}, n, {a}, {r});                 \
   }
 
-// The elements with a part above `largest`, and those next to a pole or branch point: from the words of the larger part and
-// of z, whose real axis has these.
+// The elements with a part above `largest`, and those next to a pole or branch point: from the words of the larger part
+// and of z, which has these on the real axis.
 template <std::int32_t largest, std::int32_t one, std::int32_t little>
 ORIN_INLINE simd::Vec4i outside_or_polar(simd::Vec4i larger, simd::Complex<simd::Vec4i> z) {
   static constexpr struct { simd::Constant<std::int32_t> last = largest, pole = one, least = little; } words{};

@@ -28,8 +28,9 @@ ORIN_INLINE ComplexS select(simd::Vec4f mask, ComplexS a, ComplexS b) {
 
 template <class F, Grade grade>
 struct ComplexInFloats : simd::OneToOne<KorComplex8> {
-  using InDouble = ComplexInHalves<F, float, Grade::ep>;
+  using InDouble = ComplexInDouble<F, float, Grade::ep>;
   using Half = typename F::template Half<simd::Vec4f>;
+  using FarHalf = simd::Two<typename InDouble::Half>;
   static constexpr const char* name = InDouble::name;
   static constexpr KorComplex8 ordinary = InDouble::ordinary;
   static constexpr int groups_per_step = 1;
@@ -43,12 +44,17 @@ struct ComplexInFloats : simd::OneToOne<KorComplex8> {
   static ORIN_INLINE ComplexS fast(ComplexS z) { return second_half(first_half(z)); }
   static ORIN_INLINE Half first_half(ComplexS z) { return F::template first_half<grade, float>(z); }
   static ORIN_INLINE ComplexS second_half(const Half& half) { return F::template second_half<grade>(half); }
+  static ORIN_INLINE FarHalf far_first_half(ComplexS z) {
+    const auto [low, high] = widened(z);
+    return {InDouble::first_half(low), InDouble::first_half(high)};
+  }
+  static ORIN_INLINE ComplexS far_second_half(const FarHalf& half) {
+    return narrowed({InDouble::second_half(half.first), InDouble::second_half(half.second)});
+  }
   static ORIN_INLINE ComplexS wide(ComplexS z) {
     const simd::Vec4f beyond = from_bits(beyond_fast({bits(z.re), bits(z.im)}));
-    const auto [low, high] = widened(z);
-    const ComplexS far = narrowed({InDouble::fast(low), InDouble::fast(high)});
-    if (lane_bits(beyond) == 15) return far;
-    return select(beyond, far, fast(select(beyond, {ordinary.re, ordinary.im}, z)));
+    const ComplexS near = fast(select(beyond, {ordinary.re, ordinary.im}, z));
+    return select(beyond, far_second_half(far_first_half(z)), near);
   }
   static simd::Outcome<KorComplex8> special(KorComplex8 z) { return InDouble::special(z); }
 };
@@ -60,13 +66,13 @@ struct ComplexInFloats : simd::OneToOne<KorComplex8> {
   }
 #define ORIN_COMPLEX_IN_FLOATS(name, F)      \
   ORIN_COMPLEX_IN_FLOATS_WITHOUT_HA(name, F) \
-  ORIN_COMPLEX_IN_HALVES_KERNEL(name##_z_ha, F, double, Grade::ha)
+  ORIN_COMPLEX_IN_DOUBLE_KERNEL(name##_z_ha, F, double, Grade::ha)
 #define ORIN_COMPLEX_IN_FLOATS_WITHOUT_HA(name, F)                 \
   ORIN_COMPLEX_IN_FLOATS_KERNEL(name##_c_la, F, Grade::la)         \
   ORIN_COMPLEX_IN_FLOATS_KERNEL(name##_c_ep, F, Grade::ep)         \
-  ORIN_COMPLEX_IN_HALVES_KERNEL(name##_c_ha, F, float, Grade::ep)  \
-  ORIN_COMPLEX_IN_HALVES_KERNEL(name##_z_la, F, double, Grade::la) \
-  ORIN_COMPLEX_IN_HALVES_KERNEL(name##_z_ep, F, double, Grade::ep)
+  ORIN_COMPLEX_IN_DOUBLE_KERNEL(name##_c_ha, F, float, Grade::ep)  \
+  ORIN_COMPLEX_IN_DOUBLE_KERNEL(name##_z_la, F, double, Grade::la) \
+  ORIN_COMPLEX_IN_DOUBLE_KERNEL(name##_z_ep, F, double, Grade::ep)
 
 }  // namespace orin::vector_math
 

@@ -5,7 +5,8 @@
 //           HA  L, t, E and F as pairs: L by log_core_d.h from |z|^2 as a pair; t by octant_angle.h, r with its rest;
 //               products as in pow_core_d.h; cos F and sin F from the table of sincos_core_d.h, rounded once
 //           EP  L, t in LA, the exponential and the sine to 2^-31;  LA is HA
-//           single precision: HA in double by EP; EP in floats where |w| < 32 and |z| is within 2^+-12, |F| < 248
+//           single precision: HA in double by EP; EP in floats where |w| < 32 and |z| is within 2^+-12, or 8 and 2^+-31,
+//           and |F| < 248
 // Bounds    in ulp of the modulus: HA 2 (single 1), EP 2^-26, 2^-11, while |w log z| < 1700; beyond, the error grows
 //           with |F|
 // Budget    HA  in 2^-53 of the modulus: exponent 1700 2^-63, e^E 1, each part of cos F + i sin F 1, products 1
@@ -297,6 +298,7 @@ struct PowerInFloats {
     Vec4f modulus, angle;
     ComplexS w;
   };
+  using FarHalf = Two<InDouble::Half>;
   static constexpr Z ordinary{1, 1};
   static constexpr bool nan_is_special = true;
   static constexpr int groups_per_step = 1;
@@ -307,11 +309,13 @@ struct PowerInFloats {
   static ORIN_INLINE Vec4i special_exponent(Complex<Vec4i> w) {
     return outside<0x00800000, 0x5d7fffff>(larger_magnitude(w));  // below 2^60
   }
-  static ORIN_INLINE Vec4i far_base(Complex<Vec4i> z) {
-    return outside<0x39800000, 0x457fffff>(larger_magnitude(z.re, z.im));  // 2^-12, 2^12
-  }
-  static ORIN_INLINE Vec4i far_exponent(Complex<Vec4i> w) {
-    return outside<0x00800000, 0x41ffffff>(larger_magnitude(w.re, w.im));  // below 32
+  // |w log z| is below 2^8 or little above.
+  static ORIN_INLINE Vec4i beyond(Complex<Vec4i> z, Complex<Vec4i> w) {
+    const Vec4i base = larger_magnitude(z.re, z.im), exponent = larger_magnitude(w.re, w.im);
+    const Vec4i moderate =
+        outside<0x39800000, 0x457fffff>(base) | outside<0x00800000, 0x41ffffff>(exponent);  // 2^+-12, 32
+    const Vec4i small = outside<0x30000000, 0x4effffff>(base) | outside<0x00800000, 0x40ffffff>(exponent);  // 2^+-31, 8
+    return moderate & small;
   }
   static ORIN_INLINE Half first_half(ComplexS z, ComplexS w) {
     return {modulus_log<Grade::la, Base::e, float>(z.re, z.im), PointAngle<float, Grade::la>::fast(z.im, z.re), w};
@@ -328,16 +332,18 @@ struct PowerInFloats {
         sincos_s::sine_and_cosine<Grade::ep>(sincos_s::QuarterTurns<Grade::ep>::reduce(imaginary));
     return {size * cosine | odd, size * sine};
   }
-  static ORIN_INLINE ComplexS near_or_far(Vec4f far, ComplexS z, ComplexS w) {
+  static ORIN_INLINE FarHalf far_first_half(ComplexS z, ComplexS w) {
     const auto [z_low, z_high] = widened(z);
     const auto [w_low, w_high] = widened(w);
-    const auto power = [](ComplexD a, ComplexD b) __attribute__((always_inline)) {
-      return InDouble::second_half(InDouble::first_half(a, b));
-    };
-    const ComplexS value = narrowed({power(z_low, w_low), power(z_high, w_high)});
-    if (lane_bits(far) == 15) return value;
+    return {InDouble::first_half(z_low, w_low), InDouble::first_half(z_high, w_high)};
+  }
+  static ORIN_INLINE ComplexS far_second_half(const FarHalf& half) {
+    return narrowed({InDouble::second_half(half.first), InDouble::second_half(half.second)});
+  }
+  static ORIN_INLINE ComplexS near_or_far(Vec4f far, ComplexS z, ComplexS w) {
     const ComplexS one{ordinary.re, ordinary.im};
-    return select(far, value, second_half(first_half(select(far, one, z), select(far, one, w))));
+    const ComplexS near = second_half(first_half(select(far, one, z), select(far, one, w)));
+    return select(far, far_second_half(far_first_half(z, w)), near);
   }
   static Outcome<Z> special_of(Z z, Z w) { return InDouble::special_of(z, w); }
 };
@@ -358,7 +364,7 @@ struct PowerOfVectors : TwoToOne<ComplexOf<T>>, Common {
   static Outcome<Z> special(Z z, Z w) { return Common::special_of(z, w); }
 };
 struct PowerOfVectorsInFloats : PowerOfVectors<float, PowerInFloats> {
-  static ORIN_INLINE Vec4i beyond_fast(Complex<Vec4i> z, Complex<Vec4i> w) { return far_base(z) | far_exponent(w); }
+  static ORIN_INLINE Vec4i beyond_fast(Complex<Vec4i> z, Complex<Vec4i> w) { return beyond(z, w); }
   static ORIN_INLINE ComplexS wide(ComplexS z, ComplexS w) {
     return near_or_far(from_bits(beyond_fast({bits(z.re), bits(z.im)}, {bits(w.re), bits(w.im)})), z, w);
   }
@@ -394,7 +400,10 @@ struct PowerOfScalarInFloats : PowerOfScalar<float, PowerInFloats> {
   using PowerOfScalar::PowerOfScalar;
   ORIN_INLINE Vec4i beyond_fast(Complex<Vec4i> z) const {
     const Vec4i word_re = bits(Vec4f(w.re)), word_im = bits(Vec4f(w.im));
-    return far_base(z) | far_exponent({word_re, word_im});
+    return beyond(z, {word_re, word_im});
+  }
+  ORIN_INLINE FarHalf far_first_half(ComplexS z) const {
+    return PowerInFloats::far_first_half(z, ComplexS{ordinary_w.re, ordinary_w.im});
   }
   ORIN_INLINE ComplexS wide(ComplexS z) const {
     const ComplexS exponent{ordinary_w.re, ordinary_w.im};

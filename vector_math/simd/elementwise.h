@@ -32,6 +32,8 @@
 //   first_half(v...), second_half(half)    fast(v...) = second_half(first_half(v...)). A block of groups goes through the
 //                          first half, then through the second: each is short enough for several groups to be under way
 //                          at once.
+// and, for wide where every lane of a register is beyond fast,
+//   FarHalf, far_first_half(v...), far_second_half(half)    the same, with the bits of wide
 //
 // The loop guarantees: nothing outside the vectors is touched; they need only the alignment of a float; a result vector
 // may be an argument vector; an element's bits depend on its own arguments alone, since a tail and a group with a
@@ -215,6 +217,7 @@ class Elementwise {
   static constexpr bool has_careful = requires(F f, GroupOf<R> y) { f.doubtful_results(y.words()); };
   static constexpr bool has_wide = requires { &F::beyond_fast; };
   static constexpr bool has_halves = requires { typename F::Half; };
+  static constexpr bool has_far_halves = requires { typename F::FarHalf; };
   static constexpr bool has_medium = requires(F f, GroupOf<T> x) { f.beyond_medium(x.words()); };
   static_assert(!(marks_results || has_careful) || F::groups_per_step == 1);
   static_assert(!has_careful || !(has_halves || has_wide));
@@ -249,44 +252,77 @@ class Elementwise {
     }
     return left - 8;
   }
-  template <int registers, class F_ = F>
+  template <int registers, class Half>
   struct HalvesOf {
-    typename F_::Half low, high;
+    Half low, high;
   };
-  template <class F_>
-  struct HalvesOf<1, F_> {
-    typename F_::Half low;
+  template <class Half>
+  struct HalvesOf<1, Half> {
+    Half low;
   };
-  template <class V>
+  template <bool far, class V>
   static ORIN_INLINE auto first_half(const F& f, V a, [[maybe_unused]] V b) {
+    const auto call = [&](auto... x) __attribute__((always_inline)) {
+      if constexpr (far)
+        return f.far_first_half(x...);
+      else
+        return f.first_half(x...);
+    };
     if constexpr (F::inputs == 1)
-      return f.first_half(a);
+      return call(a);
     else
-      return f.first_half(a, b);
+      return call(a, b);
   }
-  // Some of the `groups` next groups from i on: the first half of fast for all of them, then the second. Returns how many.
-  static std::int32_t block(const F& f, std::int32_t i, std::int32_t groups, Arguments a, Results r) {
+  template <bool far, class Half>
+  static ORIN_INLINE auto second_half(const F& f, const Half& half) {
+    if constexpr (far)
+      return f.far_second_half(half);
+    else
+      return f.second_half(half);
+  }
+  template <bool far>
+  static ORIN_INLINE bool takes_halves(const F& f, const In& x) {
+    const unsigned odd = lane_bits(odd_lanes(f, x));
+    if constexpr (far) return odd == 15 && lane_bits(special_lanes(f, x)) == 0;
+    return odd == 0;
+  }
+  // Some of the `groups` next groups from i on, as long as halves take them: the first half for all of them, then the
+  // second. Returns how many.
+  template <bool far>
+  static std::int32_t halves(const F& f, std::int32_t i, std::int32_t groups, Arguments a, Results r) {
     constexpr std::int32_t capacity = 16;
-    HalvesOf<GroupOf<T>::registers> halves[capacity];
+    constexpr int registers = GroupOf<T>::registers;
+    using V = decltype(GroupOf<T>::low);
+    using Half = decltype(first_half<far>(f, V{}, V{}));
+    HalvesOf<registers, Half> halves[capacity];
     const std::int32_t most = groups < capacity ? groups : capacity;
     std::int32_t count = 0;
     for (; count < most; ++count) {
       const In x = load(a, i + 4 * count, 4);
-      if (lane_bits(odd_lanes(f, x)) != 0) [[unlikely]]
+      if (!takes_halves<far>(f, x)) [[unlikely]]
         break;
-      halves[count].low = first_half(f, x[0].low, x[F::inputs - 1].low);
-      if constexpr (GroupOf<T>::registers == 2) halves[count].high = first_half(f, x[0].high, x[F::inputs - 1].high);
+      halves[count].low = first_half<far>(f, x[0].low, x[F::inputs - 1].low);
+      if constexpr (registers == 2) halves[count].high = first_half<far>(f, x[0].high, x[F::inputs - 1].high);
     }
     for (std::int32_t k = 0; k < count; ++k) {
       Out y;
-      y[0].low = f.second_half(halves[k].low);
-      if constexpr (GroupOf<T>::registers == 2) y[0].high = f.second_half(halves[k].high);
+      y[0].low = second_half<far>(f, halves[k].low);
+      if constexpr (registers == 2) y[0].high = second_half<far>(f, halves[k].high);
       store_or_decide(f, y, i + 4 * k, 4, a, r);
     }
-    if (count == most) [[likely]]
+    return count;
+  }
+  // Some of the `groups` next groups from i on, at least one. Returns how many.
+  static std::int32_t block(const F& f, std::int32_t i, std::int32_t groups, Arguments a, Results r) {
+    std::int32_t count = halves<false>(f, i, groups, a, r);
+    if (count > 0) [[likely]]
       return count;
-    group<true>(f, i + 4 * count, 4, a, r);
-    return count + 1;
+    if constexpr (has_far_halves) {
+      count = halves<true>(f, i, groups, a, r);
+      if (count > 0) return count;
+    }
+    group<true>(f, i, 4, a, r);
+    return 1;
   }
 
   // By value, so that the second group is in registers before the first one's lookups go through memory.
