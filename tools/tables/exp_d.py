@@ -4,7 +4,7 @@
 #   python3 tools/tables/exp_d.py > vector_math/data/exp_d_data.h
 from mpmath import mpf, mp
 
-from minimax import Header, exponent_text, fit, hex_double, max_error, to_bits, to_double
+from minimax import Header, exponent_text, hex_double, max_error, to_bits, to_double
 
 ln2 = mp.log(2)
 slack = 1 + mpf(2) ** -20  # reduction may leave the interval by its own rounding
@@ -17,28 +17,34 @@ for j in range(64):
 out.comment("2^(j/64) = high + low: high rounded to 38 bits, low the remainder rounded to double.")
 out.table("ha_pairs", pairs, per_line=2)
 
-# e^r as a monic cubic: one multiplication less than with a coefficient of its own, which the table takes over.
+# e^r as a monic cubic: one multiplication less than with a coefficient of its own, which the table takes over. Taylor's,
+# but with the nearest multiple of r^2 in the place of r^4/24; e^0 is 1.
 h = ln2 / 2048 * slack
-c, _ = fit(mp.exp, [lambda x: mpf(1), lambda x: x, lambda x: x**2, lambda x: x**3], -h, h)
-la = [to_double(c[k] / c[3]) for k in range(3)]
-error = max_error(lambda x: c[3] * (((x + la[2]) * x + la[1]) * x + la[0]), mp.exp, -h, h)
-out.comment(f"e^r = s (((r + la_2) r + la_1) r + la_0), |r| <= ln2/2048, relative error below {exponent_text(error)}.")
+la = [mpf(6), mpf(6), to_double(3 + (mp.sqrt(2) - 1) * h**2 / 2)]
+s = mpf(1) / 6
+assert float(to_double(s)) * 6.0 == 1.0
+error = max_error(lambda x: s * (((x + la[2]) * x + la[1]) * x + la[0]), mp.exp, -h, h)
+out.comment(f"e^r = (((r + la_2) r + la_1) r + la_0)/6, |r| <= ln2/2048, relative error below {exponent_text(error)}.")
 for k in range(3):
     out.constant(f"la_{k}", hex_double(la[k]))
-out.comment("s 2^(j/1024), nearest.")
-out.table("la_powers", [hex_double(to_double(c[3] * mpf(2) ** (mpf(j) / 1024))) for j in range(1024)])
+out.comment("2^(j/1024)/6, nearest.")
+out.table("la_powers", [hex_double(to_double(s * mpf(2) ** (mpf(j) / 1024))) for j in range(1024)])
 
 # 2^(2u) = s (w^2 + b) with w = u + 369/512: the square of e^(r/2) sqrt 2 would ask for the shift 1/(2 ln2), of which
-# 369/512 is the nearest that the shifter can carry.
+# 369/512 is the nearest that the shifter can carry. 2^0 is 1.
 h = mpf(2) ** -10 * slack
 shift = mpf(369) / 512
 power = lambda x: mpf(2) ** (2 * x)
-c, _ = fit(power, [lambda x: mpf(1), lambda x: (x + shift) ** 2], -h, h)
-b = to_double(c[0] / c[1])
-error = max_error(lambda x: c[1] * ((x + shift) ** 2 + b), power, -h, h)
+a = 2 * ln2
+s = to_double((a + a**3 * h**2 / 8) / (2 * shift))  # a u + (a u)^3/6 by Chebyshev's cubic; what remains is even
+while float(s) * (1 / float(s)) != 1:
+    s += mpf(2) ** -53
+b = mpf(1 / float(s)) - shift**2
+assert float(s) * (float(shift) ** 2 + float(b)) == 1
+error = max_error(lambda x: s * ((x + shift) ** 2 + b), power, -h, h)
 out.comment(f"2^(2u) = s ((u + 369/512)^2 + ep_0), |u| <= 1/1024, relative error below {exponent_text(error)}.")
 out.constant("ep_0", hex_double(b))
 out.constant("ep_shift", hex_double(shift))
 out.comment("s 2^(j/256), nearest.")
-out.table("ep_powers", [hex_double(to_double(c[1] * mpf(2) ** (mpf(j) / 256))) for j in range(256)])
+out.table("ep_powers", [hex_double(to_double(s * mpf(2) ** (mpf(j) / 256))) for j in range(256)])
 out.write()

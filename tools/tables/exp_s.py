@@ -46,8 +46,10 @@ out.table("la_powers", [hex_float(c[1] * mpf(2) ** (mpf(j) / 256)) for j in rang
 
 h = slack / 2
 power = lambda x: mpf(2) ** x
-c, _ = fit(power, [lambda x, m=m: x**m for m in range(4)], -h, h)
-ep = [to_float(value) for value in c]
+# 2^0 is 1. Odd part by Chebyshev's polynomial of degree 5, even part by the nearest multiple of y^2 to y^4, y = f ln2.
+y2 = (h * ln2) ** 2
+c = [1, 1 - 5 * y2**2 / 16 / 120, mpf(1) / 2 + (mp.sqrt(2) - 1) * y2 / 12, mpf(1) / 6 + 5 * y2 / 4 / 120]
+ep = [to_float(value * ln2**m) for m, value in enumerate(c)]
 error = max_error(lambda x: sum(value * x**m for m, value in enumerate(ep)), power, -h, h)
 out.comment(f"2^f = ep_0 + ep_1 f + ep_2 f^2 + ep_3 f^3, |f| <= 1/2, relative error below {exponent_text(error)}.")
 for k in range(4):

@@ -12,6 +12,7 @@ out = Header(
 out.comment("pi in parts of 12 and 14 bits, whose products with n are exact, and what remains after each, all but the first")
 out.comment("negative: 0 times one of them is -0, and +0 with that +0.")
 rest = +mp.pi
+pieces, rests = [], []
 for k, count in enumerate((12, 14)):
     exponent = mp.frexp(rest)[1] - count
     piece = mp.ldexp(mp.ceil(mp.ldexp(rest, -exponent)), exponent)
@@ -19,6 +20,8 @@ for k, count in enumerate((12, 14)):
     rest -= piece
     assert rest < 0
     out.constant(f"rest_{k}", hex_float(rest), "float")
+    pieces.append(piece)
+    rests.append(rest)
 out.constant("inverse", hex_float(1 / mp.pi), "float")
 high = to_bits(mp.pi, 33)
 out.comment("pi in two doubles, the first of 33 bits.")
@@ -56,8 +59,42 @@ def polynomial(name, text, tail, count, divisions):
     write(name, c)
 
 
-polynomial("la_half_s", "(sin r)/r", sine_tail, 4, 2)
-polynomial("ep_half_s", "(sin r)/r", sine_tail, 2, 2)
+def sine_in_floats(r, c):
+    """r + r^3 (c0 + c1 r^2 + ..), every operation rounded."""
+    r2 = to_float(r * r)
+    p = c[-1]
+    for value in reversed(c[:-1]):
+        p = to_float(value + to_float(r2 * p))
+    return to_float(r + to_float(to_float(r * r2) * p))
+
+
+def half_turn_polynomial(name, c, r):
+    """The coefficients c of (sin r)/r, with the last one changed as little as it takes for cos 0, the sine of a right
+    angle reduced to r, to be 1."""
+    c = [to_float(value) for value in c]
+    last = c[-1]
+    spacing = mp.ldexp(1, mp.frexp(last)[1] - 24)
+    for k in range(1 << 16):
+        c[-1] = last + spacing * (k // 2 + 1 if k % 2 else -(k // 2))
+        if sine_in_floats(r, c) == 1:
+            break
+    else:
+        raise ArithmeticError(f"no {name} has cos 0 = 1")
+    approximation = lambda x: 1 + x * x * sum(value * x ** (2 * m) for m, value in enumerate(c))
+    error = max_error(approximation, lambda x: 1 + x * x * sine_tail(x), 0, mp.pi / 2 * (1 + mpf(2) ** -10))
+    out.comment(f"(sin r)/r = 1 + r^2 ({name}0 + {name}1 r^2 + ..), |r| <= pi/2, relative error below {exponent_text(error)}.")
+    write(name, c)
+
+
+h = mp.pi / 2 * (1 + mpf(2) ** -10)
+weight = lambda x: x * x / (1 + x * x * sine_tail(x))
+c, _ = fit(lambda x: weight(x) * sine_tail(x), [lambda x, m=m: weight(x) * x ** (2 * m) for m in range(4)], h / 4, h,
+           relative=False)
+half_turn_polynomial("la_half_s", c, to_float(to_float(pieces[0] / 2 + pieces[1] / 2) + to_float(rests[1]) / 2))
+# The parabola in r^2 through the values at 0, pi/sqrt 8 and pi/2.
+near, far = sine_tail(mp.pi / mp.sqrt(8)), sine_tail(mp.pi / 2)
+slope = (far - near) / (mp.pi**2 / 8)
+half_turn_polynomial("ep_half_s", [near - slope * mp.pi**2 / 8, slope], to_float(pieces[0] / 2 + to_float(rests[0]) / 2))
 polynomial("la_s", "(sin r)/r", sine_tail, 3, 4)
 polynomial("la_c", "cos r", cosine_tail, 3, 4)
 polynomial("ep_s", "(sin r)/r", sine_tail, 2, 4)

@@ -218,11 +218,11 @@ alignas(64) inline constexpr float la_powers[256] = {
     0x1.fc50b80000000p-1f, 0x1.fdb1880000000p-1f, 0x1.ff134e0000000p-1f, 0x1.003b040000000p+0f,
 };
 
-// 2^f = ep_0 + ep_1 f + ep_2 f^2 + ep_3 f^3, |f| <= 1/2, relative error below 2^-13.6.
-inline constexpr float ep_0 = 0x1.fff68c0000000p-1f;
-inline constexpr float ep_1 = 0x1.62f3280000000p-1f;
-inline constexpr float ep_2 = 0x1.f0e08e0000000p-3f;
-inline constexpr float ep_3 = 0x1.c3f69a0000000p-5f;
+// 2^f = ep_0 + ep_1 f + ep_2 f^2 + ep_3 f^3, |f| <= 1/2, relative error below 2^-12.7.
+inline constexpr float ep_0 = 0x1p+0f;
+inline constexpr float ep_1 = 0x1.62e0c20000000p-1f;
+inline constexpr float ep_2 = 0x1.f0124a0000000p-3f;
+inline constexpr float ep_3 = 0x1.ca1c160000000p-5f;
 
 }  // namespace orin::vector_math::exp_s_data
 

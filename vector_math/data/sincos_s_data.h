@@ -22,15 +22,15 @@ inline constexpr double wide_inverse = 0x1.45f306dc9c883p-2;
 // The second over pi.
 inline constexpr float low_per_x = 0x1.544db00000000p-35f;
 
-// (sin r)/r = 1 + r^2 (la_half_s0 + la_half_s1 r^2 + ..), |r| <= pi/2, relative error below 2^-26.0.
+// (sin r)/r = 1 + r^2 (la_half_s0 + la_half_s1 r^2 + ..), |r| <= pi/2, relative error below 2^-26.2.
 inline constexpr float la_half_s0 = -0x1.55554c0000000p-3f;
 inline constexpr float la_half_s1 = 0x1.110ed00000000p-7f;
 inline constexpr float la_half_s2 = -0x1.9f6f5c0000000p-13f;
-inline constexpr float la_half_s3 = 0x1.5db44c0000000p-19f;
+inline constexpr float la_half_s3 = 0x1.5db5ac0000000p-19f;
 
-// (sin r)/r = 1 + r^2 (ep_half_s0 + ep_half_s1 r^2 + ..), |r| <= pi/2, relative error below 2^-12.8.
-inline constexpr float ep_half_s0 = -0x1.543a540000000p-3f;
-inline constexpr float ep_half_s1 = 0x1.f5b0220000000p-8f;
+// (sin r)/r = 1 + r^2 (ep_half_s0 + ep_half_s1 r^2 + ..), |r| <= pi/2, relative error below 2^-12.3.
+inline constexpr float ep_half_s0 = -0x1.5428880000000p-3f;
+inline constexpr float ep_half_s1 = 0x1.f3e2ca0000000p-8f;
 
 // (sin r)/r = 1 + r^2 (la_s0 + la_s1 r^2 + ..), |r| <= pi/4, relative error below 2^-26.8.
 inline constexpr float la_s0 = -0x1.5555460000000p-3f;

@@ -4,10 +4,10 @@
 // Method    HA  x = n ln2/64 + r, n = 64 k + j;    e^x = 2^k (T + T p(r)), T = 2^(j/64) as a pair, p of degree 5
 //           LA  x = n ln2/1024 + r, n = 1024 k + j;  e^x = 2^k T q(r), q a monic cubic, T = 2^(j/1024) / 6
 //           EP  x 256/ln2 = n + 512 u, n = 256 k + j;  e^x = 2^k T (w^2 + b), w = u + 369/512, T near 2^(j/256)
-// Bounds    HA 0.55 ulp; LA relative 2^-50, EP 2^-26
+// Bounds    HA 0.55 ulp; LA relative 2^-50, EP 2^-26; e^0 = 1
 // Budget    HA  in ulp: polynomial 2^-6; roundings of r, p, T p and T p + T low 2^-8 each, of the result 1/2
-//           LA  in 2^-53: polynomial 1.1, r 2, q 2, table 1, product 1
-//           EP  polynomial 2^-31.1, x 256/ln2 2^-43
+//           LA  in 2^-53: polynomial 0.9, r 2, q 2, table 1, product 1
+//           EP  polynomial 2^-30, x 256/ln2 2^-43
 // Data      data/exp_d_data.h from tools/tables/exp_d.py
 // Source    P. T. P. Tang, Table-driven implementation of the exponential function, ACM TOMS 15 (1989), 144-157
 #ifndef ORIN_VECTOR_MATH_KERNELS_EXP_CORE_D_H

@@ -4,10 +4,10 @@
 // Method    HA  x = n ln2/256 + r, n = 256 k + j;  e^x = 2^k (T + T (tail + p(r))), T (1 + tail) = 2^(j/256)
 //           LA  the same reduction, shifted by 368 steps;  e^x = 2^k T (w^2 + b), w = r + 368 ln2/256
 //           EP  x/ln2 = k + f;  e^x = 2^k q(f), q a cubic
-// Bounds    HA 0.53 ulp; LA relative 2^-21, EP 2^-11
+// Bounds    HA 0.53 ulp; LA relative 2^-21, EP 2^-11; e^0 = 1
 // Budget    HA  in ulp: reduction 2^-6, polynomial 2^-8; roundings of tail + p and its product 2^-9, of the result 1/2
 //           LA  in 2^-24: w 1, its square 1/2, the sum 1, table 1, product 1
-//           EP  polynomial 2^-13.6, reduction x/ln2 2^-18
+//           EP  polynomial 2^-12.7, reduction x/ln2 2^-18
 // Data      data/exp_s_data.h from tools/tables/exp_s.py
 // Source    P. T. P. Tang, Table-driven implementation of the exponential function, ACM TOMS 15 (1989), 144-157
 #ifndef ORIN_VECTOR_MATH_KERNELS_EXP_CORE_S_H

@@ -1,16 +1,17 @@
 // sincos_core_s.h: sine, cosine and tangent of floats, shared by every function that takes one in LA or EP.
 // SPDX-License-Identifier: MIT
 //
-// Use       sine<grade>(HalfTurns<grade, 0>::reduce(x)), with HalfTurns<grade, 1> the cosine; QuarterTurns<grade>::reduce
-//           for sine_and_cosine and tangent. reduce takes |x| up to last_word<grade>, reduce_any every finite x with the
-//           same bits. Single HA computes in doubles with sincos_core_d.h; reduce_any_single is its reduction.
+// Use       sine<grade>(HalfTurns<grade, 0>::reduce(x)), cosine<grade>(HalfTurns<grade, 1>::reduce(x));
+//           QuarterTurns<grade>::reduce for sine_and_cosine and tangent. reduce takes |x| up to last_word<grade>, reduce_any
+//           every finite x with the same bits. Single HA computes in doubles with sincos_core_d.h; reduce_any_single is its
+//           reduction.
 // Method    x = n pi - r, for the cosine x = (n - 1/2) pi - r;  (-1)^(n+1) sin r = (-1)^(n+1) r (1 + r^2 p(r^2))
 //           x = n pi/2 - r;  sin r, cos r, exchanged where n is odd;  tan r = r (1 + p r^2)/(1 + q r^2 + q' r^4)
 // Reduction in floats up to 1536: x - n pi in three parts of pi, two in EP up to 248, each product exact but the last (Cody
 //           and Waite); in doubles below 2^20, and by the digits of 64/pi beyond, as in sincos_core_d.h. r is the opposite
 //           of the usual one, so that zero keeps its sign: the first part of pi is above pi, the others are negative.
-// Budget    LA  in 2^-24: r 2, polynomial 1/2, its product 1, last two 2;  EP polynomial 2^-12.8
-// Special   sin -0 = -0, tan -0 = -0 and f(x) = x for subnormal x come out by themselves
+// Budget    LA  in 2^-24: r 2, polynomial 1/2, its product 1, last two 2;  EP polynomial 2^-12.3
+// Special   sin -0 = -0, tan -0 = -0, cos 0 = 1 and f(x) = x for subnormal x come out by themselves
 // Data      data/sincos_s_data.h from tools/tables/sincos_s.py
 #ifndef ORIN_VECTOR_MATH_KERNELS_SINCOS_CORE_S_H
 #define ORIN_VECTOR_MATH_KERNELS_SINCOS_CORE_S_H
@@ -155,18 +156,29 @@ inline constexpr LowAccuracy constants{};
 template <>
 inline constexpr Enhanced constants<Grade::ep>{};
 
+// ((sin r)/r - 1)/r^2, |r| <= pi/2.
+template <Grade grade>
+ORIN_INLINE Vec4f bend(const auto& c, Vec4f r2) {
+  if constexpr (grade == Grade::la)
+    return c.half_s0 + r2 * (c.half_s1 + r2 * (c.half_s2 + r2 * c.half_s3));
+  else
+    return c.half_s0 + r2 * c.half_s1;
+}
 // Of an angle in half turns.
 template <Grade grade>
 ORIN_INLINE Vec4f sine(const Angle& angle) {
   const auto& c = in_memory(constants<grade>);
   const Vec4f r = angle.r;
   const Vec4f r2 = r * r;
-  Vec4f p;
-  if constexpr (grade == Grade::la)
-    p = c.half_s0 + r2 * (c.half_s1 + r2 * (c.half_s2 + r2 * c.half_s3));
-  else
-    p = c.half_s0 + r2 * c.half_s1;
-  return (r * (c.one + r2 * p)) ^ from_bits(shift_left<31>(angle.m));
+  return (r * (c.one + r2 * bend<grade>(c, r2))) ^ from_bits(shift_left<31>(angle.m));
+}
+// Of an angle in half turns, of x + pi/2: cos 0 is 1. A zero would lose its sign.
+template <Grade grade>
+ORIN_INLINE Vec4f cosine(const Angle& angle) {
+  const Vec4f r = angle.r;
+  const Vec4f r2 = r * r;
+  const Vec4f p = bend<grade>(in_memory(constants<grade>), r2);
+  return (r + (r * r2) * p) ^ from_bits(shift_left<31>(angle.m));
 }
 
 // first and second, exchanged in the lanes where m is odd.

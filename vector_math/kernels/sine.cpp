@@ -28,7 +28,7 @@ struct Cosine {
   static constexpr const char* name_d = "vdCos";
   using Reduction = sincos_s::HalfTurns<grade, 1>;
   static ORIN_INLINE Vec2d of(const sincos_d::Angle& angle) { return sincos_d::cosine<grade>(angle); }
-  static ORIN_INLINE Vec4f of(const sincos_s::Angle& angle) { return sincos_s::sine<grade>(angle); }
+  static ORIN_INLINE Vec4f of(const sincos_s::Angle& angle) { return sincos_s::cosine<grade>(angle); }
 };
 
 template <Grade grade>
