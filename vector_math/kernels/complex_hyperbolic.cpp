@@ -167,7 +167,7 @@ struct Tanh {
     const DoubleDouble sum = fast_two_sum(h.b, cosine.leading);
     const Vec2d below = sum.high + (sum.low + (h.b_rest + cosine.rest()));
     const ComplexD value{with_sign_of(h.sinh() / below, x), parts.sine() / below};
-    // The error of the sum is 2^-64 of 1.
+    // The error of the sum is 2^-61.
     const Vec2d lost = below < in_memory(visible);
     if (lane_bits(lost) == 0) [[likely]]
       return value;

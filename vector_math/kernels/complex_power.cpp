@@ -10,7 +10,7 @@
 // Bounds    in ulp of the modulus: HA 2 (single 1), EP 2^-26, 2^-11, while |w log z| < 1700; beyond, the error grows
 //           with |F|
 // Budget    HA  in 2^-53 of the modulus: exponent 1700 2^-63, e^E 1, each part of cos F + i sin F 1, products 1
-//           EP in floats: L, t 2^-21 of |log z|, times |w log z| < 263 2^-13; exponential 2^-13.6
+//           EP in floats: L, t 2^-21 of |log z|, times |w log z| < 263 2^-13; exponential 2^-12.7
 // Special   z^0 = 1; 0^w = 0 for Re w > 0, infinite with status 2 for w real and negative; arguments that are not
 //           finite, and other powers of 0, by C Annex G in e^(w log z): a part that has no limit is NaN, status 1;
 //           overflow of a part, status 3; a modulus below normal numbers, status 4
