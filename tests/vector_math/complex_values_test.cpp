@@ -3,6 +3,7 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -412,7 +413,7 @@ TEST(ComplexGrades, FollowHighAccuracyOverAllFloats) {
         function.call(static_cast<int>(grade), count, z.data(), w.data(), r.data());
         for (std::size_t i = 0; i < z.size(); ++i) {
           const double modulus = std::hypot(static_cast<double>(exact[i].re), static_cast<double>(exact[i].im));
-          const double spacing = std::fmax(std::ldexp(1.0, std::ilogb(modulus) - 23), 0x1p-149);
+          const double spacing = std::ldexp(1.0, std::max(std::ilogb(std::fmax(modulus, 0x1p-149)) - 23, -149));
           const double tolerance = (function.bound(grade) + 1) * spacing;
           const auto follows = [&](float got, float wanted) {
             if (!std::isfinite(wanted)) return std::isnan(wanted) ? std::isnan(got) : got == wanted;
