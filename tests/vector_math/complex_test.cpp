@@ -252,6 +252,34 @@ TYPED_TEST(ComplexElementwise, TheCallersFloatingPointStateIsItsOwn) {
   });
 }
 
+// In the flushing mode a subnormal part is a zero of its sign: same bits, same status.
+TYPED_TEST(ComplexElementwise, SubnormalPartsCountAsZero) {
+  using T = TypeParam;
+  using Element = typename TestFixture::Z;
+  const T subnormal = std::numeric_limits<T>::min() / 3;
+  const T parts[] = {subnormal, -subnormal, 0, -T(0), 2, -3};
+  const auto flushed = [](T x) { return std::fabs(x) < 1 ? std::copysign(T(0), x) : x; };
+  _korSetMode(KOR_HA | KOR_ERRMODE_IGNORE | KOR_FTZDAZ_ON);
+  this->for_each_kernel([&](const auto& function, int grade) {
+    for (T re : parts) {
+      for (T im : parts) {
+        for (const auto& [a, b] :
+             {std::pair<Element, Element>{{re, im}, {2, -3}}, {{2, -3}, {re, im}}, {{re, im}, {im, re}}}) {
+          const Element other_a{flushed(a.re), flushed(a.im)}, other_b{flushed(b.re), flushed(b.im)};
+          _korClearErrStatus();
+          const Element result = function.call(grade, a, b);
+          const std::int32_t status = _korGetErrStatus();
+          _korClearErrStatus();
+          const Element expected = function.call(grade, other_a, other_b);
+          EXPECT_EQ(std::memcmp(&result, &expected, function.result_size()), 0)
+              << a.re << ' ' << a.im << ", " << b.re << ' ' << b.im << " -> " << result.re << ' ' << result.im;
+          EXPECT_EQ(status, _korGetErrStatus()) << a.re << ' ' << a.im << ", " << b.re << ' ' << b.im;
+        }
+      }
+    }
+  });
+}
+
 // A report names element, argument and result with both parts, and what the callback changes becomes the result.
 TYPED_TEST(ComplexElementwise, ReportsTellWhatHappened) {
   this->for_each_kernel([&](const auto& function, int grade) {

@@ -221,6 +221,30 @@ TYPED_TEST(Elementwise, FlushToZeroIsTheModesAlone) {
   });
 }
 
+// In the flushing mode a subnormal argument is a zero of its sign: same bits, same status.
+TYPED_TEST(Elementwise, SubnormalArgumentsCountAsZero) {
+  using T = TypeParam;
+  const T subnormal = std::numeric_limits<T>::min() / 3;
+  _korSetMode(KOR_HA | KOR_ERRMODE_IGNORE | KOR_FTZDAZ_ON);
+  this->for_each_kernel([&](const auto& function, int grade) {
+    const auto expect_same = [&](T x, T y, T flushed_x, T flushed_y) {
+      _korClearErrStatus();
+      const T result = function.call(grade, x, y);
+      const std::int32_t status = _korGetErrStatus();
+      _korClearErrStatus();
+      EXPECT_EQ(bits_of(result), bits_of(function.call(grade, flushed_x, flushed_y))) << x << ' ' << y;
+      EXPECT_EQ(status, _korGetErrStatus()) << x << ' ' << y;
+    };
+    for (const T sign : {T(1), T(-1)}) {
+      for (const T other : {sign * subnormal, sign * T(0), T(2), T(-3)}) {
+        const T flushed = std::fabs(other) < 1 ? sign * T(0) : other;
+        expect_same(sign * subnormal, other, sign * T(0), flushed);
+        if (!this->has_scalar(function)) expect_same(other, sign * subnormal, flushed, sign * T(0));
+      }
+    }
+  });
+}
+
 // The report names element, argument and result, in place too, and the callback's answer decides about the result.
 TYPED_TEST(Elementwise, ReportsTellWhatHappened) {
   using T = TypeParam;

@@ -42,7 +42,7 @@ struct ComplexSqrt : OneToOne<ComplexOf<T>> {
     if constexpr (sizeof(T) == 8)
       return Length<T, false>::special_lanes(w.re, w.im);
     else
-      return outside<1, 0x7f7fffff>(larger_magnitude(w));
+      return outside<0x00800000, 0x7f7fffff>(larger_magnitude(w));  // normal numbers: others may count as 0
   }
   static ORIN_INLINE Complex<V> fast(Complex<V> z) { return root(z); }
   static Outcome<Z> special(Z z) {
@@ -54,7 +54,7 @@ struct ComplexSqrt : OneToOne<ComplexOf<T>> {
       return {{{rest, rest != rest ? infinity : std::copysign(infinity, z.im)}}, KOR_STATUS_OK};
     }
     if (is_nan(z)) return {{{nan, nan}}, KOR_STATUS_OK};
-    if (z.re == 0 && z.im == 0) return {{{0, z.im}}, KOR_STATUS_OK};
+    if (z.re == 0 && z.im == 0) return {{{0, z.im + z.im}}, KOR_STATUS_OK};  // 0, also where subnormal numbers are
     if constexpr (sizeof(T) == 4) {
       const auto wide = root<Vec2d>({Vec2d(static_cast<double>(z.re)), Vec2d(static_cast<double>(z.im))});
       return {{{static_cast<T>(first_lane(wide.re)), static_cast<T>(first_lane(wide.im))}}, KOR_STATUS_OK};

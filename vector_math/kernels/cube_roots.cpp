@@ -187,7 +187,8 @@ struct CubeRoot : OneToOne<T> {
     const T y = std::fabs(x);
     const auto signed_as_x = [&](T value) { return power == Power::two_thirds ? value : std::copysign(value, x); };
     if (y == 0 || y > Limits::max()) {
-      if constexpr (power != Power::inverse_third) return {{signed_as_x(y)}, KOR_STATUS_OK};
+      if constexpr (power != Power::inverse_third)
+        return {{signed_as_x(y + y)}, KOR_STATUS_OK};  // 0, also of a y flushed
       if (y != 0) return {{signed_as_x(T(0))}, KOR_STATUS_OK};
       return {{signed_as_x(Limits::infinity())}, KOR_STATUS_SING};
     }

@@ -194,7 +194,9 @@ struct InverseHyperbolic : OneToOne<T> {
     } else {
       const DoubleDouble u = F::pair(y);
       const Vec2d result = F::finish(logarithm<grade>(u.high, u.low));
-      return with_sign_of(select(y < constants<V>().linear_below, y, result), x);
+      const auto& c = constants<V>();
+      // A product, for subnormal arguments to be flushed where the mode asks.
+      return with_sign_of(select(y < c.linear_below, y * c.one, result), x);
     }
   }
 

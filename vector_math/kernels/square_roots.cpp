@@ -57,7 +57,7 @@ struct Sqrt : Root<T> {
   static ORIN_INLINE Vec4i special_lanes(Vec4i words) { return words; }  // the sign bits
   static ORIN_INLINE V fast(V x) { return sqrt(x); }
   static Outcome<T> special(T x) {
-    return Root<T>::special(x, [&]() -> Outcome<T> { return {{x}, KOR_STATUS_OK}; });
+    return Root<T>::special(x, [&]() -> Outcome<T> { return {{x + x}, KOR_STATUS_OK}; });  // -0
   }
 };
 
@@ -146,7 +146,7 @@ struct Pow3o2 : Root<T> {
   }
   static Outcome<T> special(T x) {
     return Root<T>::special(x, [&]() -> Outcome<T> {
-      if (x == 0 || x > Limits::max()) return {{x}, KOR_STATUS_OK};
+      if (x == 0 || x > Limits::max()) return {{x + x}, KOR_STATUS_OK};  // 0, also of an x flushed
       constexpr T scale = is_double ? T(0x1p300) : T(0x1p36);
       // The scale is the square root of what x is multiplied by; the last product rounds once more below the normal
       // numbers. High accuracy for all grades: they agree on where a status begins.
