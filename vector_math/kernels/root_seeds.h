@@ -1,4 +1,4 @@
-// root_seeds.h: inverses, inverse square and cube roots to begin with, by integer arithmetic.
+// root_seeds.h: inverse square and cube roots to begin with, by integer arithmetic.
 // SPDX-License-Identifier: MIT
 //
 // Method    the bits of a positive normal x are a piecewise linear log2 x: bits y = seed - (bits x)/n
@@ -19,15 +19,12 @@ inline constexpr struct {
   Constant<std::int64_t> square = roots_data::square_seed_d, cube = roots_data::cube_seed_d;
   Constant<std::int64_t> monic = roots_data::monic_seed_d;
   Constant<std::int64_t> third = 0x55555556;  // of 2^32
-  Constant<std::int64_t> inverse = INT64_C(0x7fdf000000000000);
 } seeds_d{};
 inline constexpr struct {
   Constant<std::int32_t> square = roots_data::square_seed_s, monic = roots_data::monic_seed_s;
   Constant<float> cube = static_cast<float>(roots_data::cube_seed_s), third = 1.0f / 3;
 } seeds_s{};
 
-// 1/x within 8 %, for the rest of a quotient.
-ORIN_INLINE Vec2d inverse(Vec2d x) { return from_bits(in_memory(seeds_d).inverse - bits(x)); }
 ORIN_INLINE Vec2d inverse_square_root(Vec2d x) {
   return from_bits(in_memory(seeds_d).square - shift_right<1>(bits(x)));
 }
